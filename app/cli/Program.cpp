@@ -1,0 +1,37 @@
+#include "Program.hpp"
+
+#include <cstdio>
+#include <fmt/format.h>
+
+namespace brevant::cli {
+
+namespace {
+
+constexpr int kUsageStatus = 2;
+
+void printUsage(std::FILE* stream) {
+    fmt::print(stream,
+               "Brevant {}: finds photos saved more than once.\n"
+               "\n"
+               "Usage:\n"
+               "  brevant --version\n"
+               "  brevant --help\n",
+               BREVANT_VERSION);
+}
+
+} // namespace
+
+int run(const std::vector<std::string>& arguments) {
+    if (arguments.size() == 2 && arguments[1] == "--version") {
+        fmt::print("brevant {}\n", BREVANT_VERSION);
+        return 0;
+    }
+    if (arguments.size() == 2 && (arguments[1] == "--help" || arguments[1] == "-h")) {
+        printUsage(stdout);
+        return 0;
+    }
+    printUsage(stderr);
+    return arguments.size() == 1 ? 0 : kUsageStatus;
+}
+
+} // namespace brevant::cli
