@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstdint>
+#include <nlohmann/json_fwd.hpp>
+#include <vector>
+
+namespace brevant {
+
+// What Capture One knows about one image and its variants.
+struct CaptureOneRef {
+    std::int64_t imageID = 0;
+    std::int64_t variantID = 0;
+    int variants = 0;
+    int rating = 0;
+    std::vector<int> colorTags;
+    bool isEdited = false;
+    int albums = 0;
+    int keywords = 0;
+
+    friend bool operator==(const CaptureOneRef&, const CaptureOneRef&) = default;
+};
+
+void to_json(nlohmann::ordered_json& j, const CaptureOneRef& value);
+void from_json(const nlohmann::ordered_json& j, CaptureOneRef& value);
+
+} // namespace brevant

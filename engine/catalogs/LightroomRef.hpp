@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdint>
+#include <nlohmann/json_fwd.hpp>
+#include <string>
+#include <vector>
+
+namespace brevant {
+
+// What Lightroom Classic knows about one master photo.
+struct LightroomRef {
+    std::int64_t imageID = 0;
+    int pick = 0;
+    int rating = 0;
+    bool isEdited = false;
+    int virtualCopies = 0;
+    int collections = 0;
+    int keywords = 0;
+    std::string colorLabel;
+    std::vector<std::string> sidecarExtensions;
+
+    friend bool operator==(const LightroomRef&, const LightroomRef&) = default;
+};
+
+void to_json(nlohmann::ordered_json& j, const LightroomRef& value);
+void from_json(const nlohmann::ordered_json& j, LightroomRef& value);
+
+} // namespace brevant

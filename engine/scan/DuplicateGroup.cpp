@@ -1,0 +1,42 @@
+#include "DuplicateGroup.hpp"
+
+#include "engine/support/Json.hpp"
+
+#include <algorithm>
+
+namespace brevant {
+
+DuplicateGroup DuplicateGroup::make(std::string sha256, std::int64_t size,
+                                    std::vector<PhotoAsset> members, MatchKind kind,
+                                    std::optional<float> spread) {
+    return DuplicateGroup{std::move(sha256), size, std::move(members), kind, spread};
+}
+
+std::int64_t DuplicateGroup::extraBytes() const {
+    std::int64_t total = 0;
+    std::int64_t largest = 0;
+    for (const auto& member : members) {
+        total += member.snapshot.size;
+        largest = std::max(largest, member.snapshot.size);
+    }
+    return total - largest;
+}
+
+void to_json(nlohmann::ordered_json& j, const DuplicateGroup& value) {
+    j = json::Json::object();
+    j["id"] = json::text(value.id);
+    j["size"] = value.size;
+    j["members"] = value.members;
+    j["kind"] = json::enumValue(value.kind);
+    json::putOptional(j, "spread", value.spread);
+}
+
+void from_json(const nlohmann::ordered_json& j, DuplicateGroup& value) {
+    value.id = json::getText(j, "id");
+    value.size = json::get<std::int64_t>(j, "size");
+    value.members = json::get<std::vector<PhotoAsset>>(j, "members");
+    value.kind = json::getEnum<MatchKind>(j, "kind");
+    value.spread = json::getOptional<float>(j, "spread");
+}
+
+} // namespace brevant

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "engine/scan/MatchKind.hpp"
+#include "engine/scan/PhotoAsset.hpp"
+
+#include <cstdint>
+#include <nlohmann/json_fwd.hpp>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace brevant {
+
+// Pictures that match one another.
+struct DuplicateGroup {
+    // For identical groups the lowercase hex SHA-256 of the shared contents.
+    std::string id;
+    std::int64_t size = 0;
+    std::vector<PhotoAsset> members;
+    MatchKind kind = MatchKind::identical;
+    // The largest distance within a similar group; absent for identical ones.
+    std::optional<float> spread;
+
+    [[nodiscard]] static DuplicateGroup make(std::string sha256, std::int64_t size,
+                                             std::vector<PhotoAsset> members, MatchKind kind,
+                                             std::optional<float> spread = std::nullopt);
+
+    // What removing all but the largest copy would free.
+    [[nodiscard]] std::int64_t extraBytes() const;
+
+    friend bool operator==(const DuplicateGroup&, const DuplicateGroup&) = default;
+};
+
+void to_json(nlohmann::ordered_json& j, const DuplicateGroup& value);
+void from_json(const nlohmann::ordered_json& j, DuplicateGroup& value);
+
+} // namespace brevant

@@ -1,0 +1,100 @@
+#include "PhotoFormat.hpp"
+
+#include "engine/platform/ContentTypes.hpp"
+#include "engine/scan/PathRules.hpp"
+
+#include <algorithm>
+#include <array>
+#include <ostream>
+
+namespace brevant {
+
+std::string_view rawValue(PhotoFormat format) {
+    switch (format) {
+    case PhotoFormat::jpeg:
+        return "jpeg";
+    case PhotoFormat::png:
+        return "png";
+    case PhotoFormat::heic:
+        return "heic";
+    case PhotoFormat::tiff:
+        return "tiff";
+    case PhotoFormat::raw:
+        return "raw";
+    case PhotoFormat::other:
+        return "other";
+    }
+    return "other";
+}
+
+std::string_view displayName(PhotoFormat format) {
+    switch (format) {
+    case PhotoFormat::jpeg:
+        return "JPEG";
+    case PhotoFormat::png:
+        return "PNG";
+    case PhotoFormat::heic:
+        return "HEIC";
+    case PhotoFormat::tiff:
+        return "TIFF";
+    case PhotoFormat::raw:
+        return "RAW";
+    case PhotoFormat::other:
+        return "Other";
+    }
+    return "Other";
+}
+
+void PrintTo(PhotoFormat format, std::ostream* os) {
+    *os << rawValue(format);
+}
+
+bool isRawExtension(std::string_view lowercasedExtension) {
+    return std::ranges::find(kRawExtensions, lowercasedExtension) != kRawExtensions.end();
+}
+
+std::optional<PhotoFormat> photoFormatFromExtension(std::string_view extension) {
+    std::string ext = PathRules::asciiLowercased(extension);
+    if (ext == "jpg" || ext == "jpeg" || ext == "jpe") {
+        return PhotoFormat::jpeg;
+    }
+    if (ext == "png") {
+        return PhotoFormat::png;
+    }
+    if (ext == "heic" || ext == "heif") {
+        return PhotoFormat::heic;
+    }
+    if (ext == "tif" || ext == "tiff") {
+        return PhotoFormat::tiff;
+    }
+    if (isRawExtension(ext)) {
+        return PhotoFormat::raw;
+    }
+    return std::nullopt;
+}
+
+PhotoFormat photoFormatFromUti(const std::optional<std::string>& uti) {
+    if (!uti) {
+        return PhotoFormat::other;
+    }
+    const std::string& type = *uti;
+    if (type == "public.jpeg" || type == "image/jpeg") {
+        return PhotoFormat::jpeg;
+    }
+    if (type == "public.png" || type == "image/png") {
+        return PhotoFormat::png;
+    }
+    if (type == "public.heic" || type == "public.heif" || type == "image/heic" ||
+        type == "image/heif") {
+        return PhotoFormat::heic;
+    }
+    if (type == "public.tiff" || type == "image/tiff") {
+        return PhotoFormat::tiff;
+    }
+    if (type == "public.camera-raw-image" || platform::isCameraRawType(type)) {
+        return PhotoFormat::raw;
+    }
+    return PhotoFormat::other;
+}
+
+} // namespace brevant

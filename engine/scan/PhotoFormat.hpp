@@ -1,0 +1,48 @@
+#pragma once
+
+#include "engine/support/RawValue.hpp"
+
+#include <array>
+#include <iosfwd>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace brevant {
+
+enum class PhotoFormat {
+    jpeg,
+    png,
+    heic,
+    tiff,
+    raw,
+    other,
+};
+
+template <> struct EnumCases<PhotoFormat> {
+    static constexpr std::array kAll{PhotoFormat::jpeg, PhotoFormat::png, PhotoFormat::heic,
+                                     PhotoFormat::tiff, PhotoFormat::raw, PhotoFormat::other};
+};
+
+[[nodiscard]] std::string_view rawValue(PhotoFormat format);
+// The display name: "JPEG", "PNG", "HEIC", "TIFF", "RAW", "Other".
+[[nodiscard]] std::string_view displayName(PhotoFormat format);
+void PrintTo(PhotoFormat format, std::ostream* os);
+
+// The format a file name extension stands for, without regard to case; no
+// format means the file is not a picture. Never gives `other`.
+[[nodiscard]] std::optional<PhotoFormat> photoFormatFromExtension(std::string_view extension);
+
+// The format of a type identifier: the platform identifiers ("public.jpeg")
+// and their MIME types ("image/jpeg") are both understood; a type that
+// conforms to camera RAW (image/x-dcraw) gives `raw`; anything else `other`.
+[[nodiscard]] PhotoFormat photoFormatFromUti(const std::optional<std::string>& uti);
+
+// Lowercase extensions of camera RAW files.
+inline constexpr std::array<std::string_view, 25> kRawExtensions = {
+    "dng", "cr2", "cr3", "crw", "nef", "nrw", "arw", "srf", "sr2", "raf", "orf", "rw2", "pef",
+    "srw", "raw", "rwl", "3fr", "fff", "iiq", "mos", "mrw", "x3f", "erf", "kdc", "dcr"};
+
+[[nodiscard]] bool isRawExtension(std::string_view lowercasedExtension);
+
+} // namespace brevant
