@@ -1,0 +1,16 @@
+#pragma once
+
+namespace brevant {
+
+// Faces big enough to judge in one photo, and how many of them have an eye
+// closed or smile.
+struct FaceReading {
+    int faces = 0;
+    int eyesClosed = 0;
+    int smiling = 0;
+    int revision = 0;
+
+    friend bool operator==(const FaceReading&, const FaceReading&) = default;
+};
+
+} // namespace brevant

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "engine/similarity/FaceReading.hpp"
+#include "engine/support/Date.hpp"
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace brevant {
+
+// A 256-bit detail hash as four words.
+using DetailHash = std::array<std::uint64_t, 4>;
+
+// One picture measured once for likeness and quality.
+struct ImageFeatures {
+    static constexpr int pipelineVersion = 3;
+
+    // DCT hashes of the 32x32 rendition: as it stands, then turned a
+    // quarter, a half and three quarters clockwise.
+    std::vector<std::uint64_t> hashes;
+    // The same four turns of the 64x64 rendition.
+    std::vector<DetailHash> detailHashes;
+    std::optional<std::vector<std::uint8_t>> featurePrint;
+    int featurePrintRevision = 0;
+    double sharpness = 0;
+    double meanLuma = 0;
+    double clipped = 0;
+    std::optional<Date> captureDate;
+    // As displayed, so turned by the orientation tag.
+    int pixelWidth = 0;
+    int pixelHeight = 0;
+    int version = pipelineVersion;
+    // All three present or all absent.
+    std::optional<int> qualityScore;
+    std::optional<bool> isUtility;
+    std::optional<int> qualityRevision;
+    std::optional<FaceReading> faces;
+
+    [[nodiscard]] std::int64_t pixels() const {
+        return static_cast<std::int64_t>(pixelWidth) * pixelHeight;
+    }
+
+    friend bool operator==(const ImageFeatures&, const ImageFeatures&) = default;
+};
+
+} // namespace brevant
