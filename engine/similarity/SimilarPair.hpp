@@ -1,0 +1,23 @@
+#pragma once
+
+#include <nlohmann/json_fwd.hpp>
+#include <optional>
+
+namespace brevant {
+
+// One evaluated pair of pictures, by their indices in the index's pictures.
+struct SimilarPair {
+    int a = 0; // the smaller index
+    int b = 0;
+    float distance = 0;
+    int detail = 0;
+    bool shapesAgree = false;
+    std::optional<float> vision;
+
+    friend bool operator==(const SimilarPair&, const SimilarPair&) = default;
+};
+
+void to_json(nlohmann::ordered_json& j, const SimilarPair& value);
+void from_json(const nlohmann::ordered_json& j, SimilarPair& value);
+
+} // namespace brevant

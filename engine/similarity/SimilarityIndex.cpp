@@ -1,0 +1,257 @@
+#include "SimilarityIndex.hpp"
+
+#include "engine/similarity/CaptureTimeline.hpp"
+
+#include <algorithm>
+#include <utility>
+
+namespace brevant {
+
+namespace {
+
+bool pairOrder(const SimilarPair& x, const SimilarPair& y) {
+    return x.a != y.a ? x.a < y.a : x.b < y.b;
+}
+
+// Accepted pairs by key, for the complete-link checks.
+class AcceptedPairs {
+public:
+    explicit AcceptedPairs(std::vector<const SimilarPair*> accepted)
+        : byKey_(std::move(accepted)) {
+        std::ranges::sort(
+            byKey_, [](const SimilarPair* x, const SimilarPair* y) { return pairOrder(*x, *y); });
+    }
+
+    [[nodiscard]] const SimilarPair* find(int x, int y) const {
+        SimilarPair probe{.a = std::min(x, y), .b = std::max(x, y)};
+        auto it = std::ranges::lower_bound(
+            byKey_, &probe,
+            [](const SimilarPair* p, const SimilarPair* q) { return pairOrder(*p, *q); });
+        if (it == byKey_.end() || (*it)->a != probe.a || (*it)->b != probe.b) {
+            return nullptr;
+        }
+        return *it;
+    }
+
+    [[nodiscard]] bool linksAll(int picture, const std::vector<int>& cluster) const {
+        return std::ranges::all_of(cluster,
+                                   [&](int member) { return find(picture, member) != nullptr; });
+    }
+
+    [[nodiscard]] float spread(const std::vector<int>& members) const {
+        float largest = 0;
+        for (std::size_t i = 0; i < members.size(); ++i) {
+            for (std::size_t j = i + 1; j < members.size(); ++j) {
+                if (const SimilarPair* pair = find(members[i], members[j])) {
+                    largest = std::max(largest, pair->distance);
+                }
+            }
+        }
+        return largest;
+    }
+
+private:
+    std::vector<const SimilarPair*> byKey_;
+};
+
+} // namespace
+
+SimilarityIndex::SimilarityIndex(std::vector<PhotoAsset> pictures,
+                                 std::vector<std::optional<ImageFeatures>> features,
+                                 std::vector<SimilarPair> pairs, std::int64_t candidatesProposed,
+                                 std::vector<std::string> unmeasured)
+    : pictures(std::move(pictures))
+    , features(std::move(features))
+    , pairs(std::move(pairs))
+    , candidatesProposed(candidatesProposed)
+    , unmeasured(std::move(unmeasured)) {
+    std::ranges::sort(this->pairs, pairOrder);
+    indexByPath_.reserve(this->pictures.size());
+    for (std::size_t i = 0; i < this->pictures.size(); ++i) {
+        indexByPath_.emplace(this->pictures[i].path, static_cast<int>(i));
+    }
+}
+
+std::optional<int> SimilarityIndex::indexOf(const std::string& path) const {
+    auto it = indexByPath_.find(path);
+    if (it == indexByPath_.end()) {
+        return std::nullopt;
+    }
+    return it->second;
+}
+
+const ImageFeatures* SimilarityIndex::featuresFor(const PhotoAsset& picture) const {
+    auto index = indexOf(picture.path);
+    if (!index || static_cast<std::size_t>(*index) >= features.size()) {
+        return nullptr;
+    }
+    const auto& found = features[*index];
+    return found ? &found.value() : nullptr;
+}
+
+std::optional<float> SimilarityIndex::distance(int a, int b) const {
+    SimilarPair probe{.a = std::min(a, b), .b = std::max(a, b)};
+    auto it = std::ranges::lower_bound(pairs, probe, pairOrder);
+    if (it == pairs.end() || it->a != probe.a || it->b != probe.b) {
+        return std::nullopt;
+    }
+    return it->distance;
+}
+
+std::vector<int> SimilarityIndex::paired() const {
+    std::vector<bool> seen(pictures.size(), false);
+    for (const auto& pair : pairs) {
+        seen[pair.a] = true;
+        seen[pair.b] = true;
+    }
+    std::vector<int> result;
+    for (std::size_t i = 0; i < seen.size(); ++i) {
+        if (seen[i]) {
+            result.push_back(static_cast<int>(i));
+        }
+    }
+    return result;
+}
+
+SimilarityIndex
+SimilarityIndex::withFaces(const std::unordered_map<std::string, FaceReading>& readings) const {
+    SimilarityIndex copy = *this;
+    for (std::size_t i = 0; i < copy.pictures.size(); ++i) {
+        auto reading = readings.find(copy.pictures[i].path);
+        auto& measured = copy.features[i];
+        if (reading != readings.end() && measured) {
+            measured->faces = reading->second;
+        }
+    }
+    return copy;
+}
+
+std::vector<DuplicateGroup> SimilarityIndex::groups(SimilarityPreset preset) const {
+    return completeLinkGroups([preset](const SimilarPair& pair) { return accepts(preset, pair); });
+}
+
+std::vector<DuplicateGroup> SimilarityIndex::groups(double maxDistance) const {
+    return completeLinkGroups([maxDistance](const SimilarPair& pair) {
+        return pair.shapesAgree && pair.distance <= maxDistance;
+    });
+}
+
+std::vector<DuplicateGroup> SimilarityIndex::completeLinkGroups(const Accept& accept) const {
+    std::vector<const SimilarPair*> accepted;
+    for (const auto& pair : pairs) {
+        if (accept(pair)) {
+            accepted.push_back(&pair);
+        }
+    }
+    AcceptedPairs lookup(accepted);
+    std::ranges::sort(accepted, [](const SimilarPair* x, const SimilarPair* y) {
+        if (x->distance != y->distance) {
+            return x->distance < y->distance;
+        }
+        return pairOrder(*x, *y);
+    });
+
+    constexpr int kNone = -1;
+    std::vector<int> clusterOf(pictures.size(), kNone);
+    std::vector<std::vector<int>> clusters;
+    auto join = [&](int picture, int cluster) {
+        clusters[cluster].push_back(picture);
+        clusterOf[picture] = cluster;
+    };
+    for (const SimilarPair* pair : accepted) {
+        int ca = clusterOf[pair->a];
+        int cb = clusterOf[pair->b];
+        if (ca == kNone && cb == kNone) {
+            clusters.push_back({});
+            join(pair->a, static_cast<int>(clusters.size()) - 1);
+            join(pair->b, static_cast<int>(clusters.size()) - 1);
+        } else if (cb == kNone) {
+            if (lookup.linksAll(pair->b, clusters[ca])) {
+                join(pair->b, ca);
+            }
+        } else if (ca == kNone) {
+            if (lookup.linksAll(pair->a, clusters[cb])) {
+                join(pair->a, cb);
+            }
+        } else if (ca != cb) {
+            bool complete = std::ranges::all_of(
+                clusters[cb], [&](int member) { return lookup.linksAll(member, clusters[ca]); });
+            if (complete) {
+                for (int member : std::exchange(clusters[cb], {})) {
+                    join(member, ca);
+                }
+            }
+        }
+    }
+
+    std::vector<DuplicateGroup> result;
+    for (auto& cluster : clusters) {
+        if (cluster.size() >= 2) {
+            float spread = lookup.spread(cluster);
+            result.push_back(makeGroup(std::move(cluster), MatchKind::similar, spread));
+        }
+    }
+    sortGroupsBySavings(result);
+    return result;
+}
+
+std::vector<DuplicateGroup> SimilarityIndex::series(double window, double relatedDistance) const {
+    std::vector<DuplicateGroup> result;
+    auto close = [&](std::vector<int>& run) {
+        if (run.size() >= 2) {
+            float spread = 0;
+            for (std::size_t x = 0; x < run.size(); ++x) {
+                for (std::size_t y = x + 1; y < run.size(); ++y) {
+                    spread = std::max(spread, distance(run[x], run[y]).value_or(0));
+                }
+            }
+            result.push_back(makeGroup(run, MatchKind::series, spread));
+        }
+        run.clear();
+    };
+    for (const auto& [folder, dated] : capturesByFolder(pictures, features)) {
+        std::vector<int> run;
+        for (std::size_t k = 0; k < dated.size(); ++k) {
+            if (k > 0) {
+                auto related = distance(dated[k - 1].index, dated[k].index);
+                bool extends = dated[k].seconds - dated[k - 1].seconds <= window && related &&
+                               *related <= relatedDistance;
+                if (!extends) {
+                    close(run);
+                }
+            }
+            run.push_back(dated[k].index);
+        }
+        close(run);
+    }
+    sortGroupsBySavings(result);
+    return result;
+}
+
+DuplicateGroup SimilarityIndex::makeGroup(std::vector<int> members, MatchKind kind,
+                                          float spread) const {
+    std::ranges::sort(members);
+    std::vector<PhotoAsset> assets;
+    assets.reserve(members.size());
+    std::int64_t largest = 0;
+    for (int member : members) {
+        assets.push_back(pictures[member]);
+        largest = std::max(largest, pictures[member].size());
+    }
+    std::string id = std::string(rawValue(kind)) + ":" + assets.front().path;
+    return DuplicateGroup::make(std::move(id), largest, std::move(assets), kind, spread);
+}
+
+void sortGroupsBySavings(std::vector<DuplicateGroup>& groups) {
+    // First paths differ between groups of one kind, so this order is total.
+    std::ranges::sort(groups, [](const DuplicateGroup& x, const DuplicateGroup& y) {
+        std::int64_t freedX = x.extraBytes();
+        std::int64_t freedY = y.extraBytes();
+        if (freedX != freedY) {
+            return freedX > freedY;
+        }
+        return x.members.front().path < y.members.front().path;
+    });
+}
+
+} // namespace brevant

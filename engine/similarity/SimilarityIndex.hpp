@@ -1,0 +1,74 @@
+#pragma once
+
+#include "engine/scan/DuplicateGroup.hpp"
+#include "engine/scan/PhotoAsset.hpp"
+#include "engine/similarity/FaceReading.hpp"
+#include "engine/similarity/ImageFeatures.hpp"
+#include "engine/similarity/SimilarPair.hpp"
+#include "engine/similarity/SimilarityPreset.hpp"
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace brevant {
+
+// The measured pictures of a scan and their evaluated pairs. Grouping only
+// filters the stored pairs, so changing the preset never measures again.
+class SimilarityIndex {
+public:
+    std::vector<PhotoAsset> pictures;
+    // Parallel to pictures; absent where measuring failed.
+    std::vector<std::optional<ImageFeatures>> features;
+    // Sorted by (a, b), each unordered pair once, a < b.
+    std::vector<SimilarPair> pairs;
+    std::int64_t candidatesProposed = 0;
+    std::vector<std::string> unmeasured;
+
+    SimilarityIndex() = default;
+    SimilarityIndex(std::vector<PhotoAsset> pictures,
+                    std::vector<std::optional<ImageFeatures>> features,
+                    std::vector<SimilarPair> pairs, std::int64_t candidatesProposed,
+                    std::vector<std::string> unmeasured);
+
+    [[nodiscard]] const ImageFeatures* featuresFor(const PhotoAsset& picture) const;
+    [[nodiscard]] std::optional<int> indexOf(const std::string& path) const;
+    // The evaluated pair's distance, if the two were evaluated as a pair.
+    [[nodiscard]] std::optional<float> distance(int a, int b) const;
+    // Indices of the pictures that occur in any pair, ascending.
+    [[nodiscard]] std::vector<int> paired() const;
+
+    // A copy whose features carry these face readings, by path.
+    [[nodiscard]] SimilarityIndex
+    withFaces(const std::unordered_map<std::string, FaceReading>& readings) const;
+
+    [[nodiscard]] std::vector<DuplicateGroup> groups(SimilarityPreset preset) const;
+    [[nodiscard]] std::vector<DuplicateGroup> groups(double maxDistance) const;
+    // Bursts: shots of one folder at most `window` seconds apart whose pair
+    // is within `relatedDistance`.
+    [[nodiscard]] std::vector<DuplicateGroup> series(double window, double relatedDistance) const;
+
+    // Members in ascending picture index; the id is the kind and the first
+    // member's path, unique because groups of one kind never share a member.
+    [[nodiscard]] DuplicateGroup makeGroup(std::vector<int> members, MatchKind kind,
+                                           float spread) const;
+
+    friend bool operator==(const SimilarityIndex& a, const SimilarityIndex& b) {
+        return a.pictures == b.pictures && a.features == b.features && a.pairs == b.pairs &&
+               a.candidatesProposed == b.candidatesProposed && a.unmeasured == b.unmeasured;
+    }
+
+private:
+    using Accept = std::function<bool(const SimilarPair&)>;
+    [[nodiscard]] std::vector<DuplicateGroup> completeLinkGroups(const Accept& accept) const;
+
+    std::unordered_map<std::string, int> indexByPath_;
+};
+
+// Largest freed bytes first, then by the first member's path.
+void sortGroupsBySavings(std::vector<DuplicateGroup>& groups);
+
+} // namespace brevant
