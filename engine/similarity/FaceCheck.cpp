@@ -1,0 +1,62 @@
+#include "FaceCheck.hpp"
+
+#include <fmt/format.h>
+
+namespace brevant {
+
+namespace {
+
+bool comparable(const std::optional<FaceReading>& a, const std::optional<FaceReading>& b) {
+    // The same people are assumed only when the face counts agree.
+    return a && b && a->faces > 0 && a->faces == b->faces;
+}
+
+} // namespace
+
+const std::string& FaceCheck::explanation() {
+    static const std::string text =
+        "From OpenCV's face, eye and smile detectors, run on this computer. It counts open and "
+        "closed eyes and smiles in faces big enough to judge, and keeps nothing about who anyone "
+        "is. Someone looking down, wearing dark glasses or turned away can read as eyes closed.";
+    return text;
+}
+
+int FaceCheck::compareEyes(const std::optional<FaceReading>& a,
+                           const std::optional<FaceReading>& b) {
+    if (!comparable(a, b) || a->eyesClosed == b->eyesClosed) {
+        return 0;
+    }
+    return a->eyesClosed < b->eyesClosed ? -1 : 1;
+}
+
+int FaceCheck::compareSmiles(const std::optional<FaceReading>& a,
+                             const std::optional<FaceReading>& b) {
+    if (!comparable(a, b) || a->smiling == b->smiling) {
+        return 0;
+    }
+    return a->smiling > b->smiling ? -1 : 1;
+}
+
+std::optional<std::string> FaceCheck::notes(const FaceReading& reading) {
+    if (reading.faces <= 0) {
+        return std::nullopt;
+    }
+    std::string eyes;
+    if (reading.faces == 1) {
+        eyes = reading.eyesClosed > 0 ? "Eyes closed or looking down" : "Eyes open";
+    } else if (reading.eyesClosed == 0) {
+        eyes = "All eyes open";
+    } else {
+        eyes = fmt::format("{} of {} with eyes closed or looking down", reading.eyesClosed,
+                           reading.faces);
+    }
+    if (reading.smiling == 0) {
+        return eyes;
+    }
+    if (reading.faces == 1) {
+        return eyes + ", smiling";
+    }
+    return fmt::format("{}, {} of {} smiling", eyes, reading.smiling, reading.faces);
+}
+
+} // namespace brevant

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "engine/similarity/FaceReading.hpp"
+
+#include <optional>
+#include <string>
+
+namespace brevant {
+
+// Counts faces, closed eyes and smiles, and compares two photos by them.
+struct FaceCheck {
+    static constexpr int kRenditionSize = 1600;
+    static constexpr double kMinFaceFraction = 0.05;
+    static constexpr int kRevision = 1;
+
+    // Shown beside the notes.
+    [[nodiscard]] static const std::string& explanation();
+
+    // -1 when a is better, 1 when b is, 0 when they cannot be told apart
+    // (missing readings, no faces, or a different number of faces).
+    [[nodiscard]] static int compareEyes(const std::optional<FaceReading>& a,
+                                         const std::optional<FaceReading>& b);
+    [[nodiscard]] static int compareSmiles(const std::optional<FaceReading>& a,
+                                           const std::optional<FaceReading>& b);
+
+    // A short note such as "All eyes open, 2 of 3 smiling"; nothing when no
+    // face was big enough to judge.
+    [[nodiscard]] static std::optional<std::string> notes(const FaceReading& reading);
+};
+
+} // namespace brevant
