@@ -6,9 +6,9 @@ namespace brevant {
 
 namespace {
 
-bool comparable(const std::optional<FaceReading>& a, const std::optional<FaceReading>& b) {
-    // The same people are assumed only when the face counts agree.
-    return a && b && a->faces > 0 && a->faces == b->faces;
+// The same people are assumed only when the face counts agree.
+bool samePeople(const FaceReading& a, const FaceReading& b) {
+    return a.faces > 0 && a.faces == b.faces;
 }
 
 } // namespace
@@ -23,7 +23,7 @@ const std::string& FaceCheck::explanation() {
 
 int FaceCheck::compareEyes(const std::optional<FaceReading>& a,
                            const std::optional<FaceReading>& b) {
-    if (!comparable(a, b) || a->eyesClosed == b->eyesClosed) {
+    if (!a || !b || !samePeople(*a, *b) || a->eyesClosed == b->eyesClosed) {
         return 0;
     }
     return a->eyesClosed < b->eyesClosed ? -1 : 1;
@@ -31,7 +31,7 @@ int FaceCheck::compareEyes(const std::optional<FaceReading>& a,
 
 int FaceCheck::compareSmiles(const std::optional<FaceReading>& a,
                              const std::optional<FaceReading>& b) {
-    if (!comparable(a, b) || a->smiling == b->smiling) {
+    if (!a || !b || !samePeople(*a, *b) || a->smiling == b->smiling) {
         return 0;
     }
     return a->smiling > b->smiling ? -1 : 1;

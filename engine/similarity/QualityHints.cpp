@@ -120,12 +120,11 @@ QualityHints::ByPath QualityHints::faceNotes(const DuplicateGroup& group,
         return result;
     }
     for (const auto& member : *members) {
-        if (!member.features->faces) {
+        const auto& reading = member.features->faces;
+        if (!reading) {
             return {};
         }
-    }
-    for (const auto& member : *members) {
-        if (auto note = FaceCheck::notes(*member.features->faces)) {
+        if (auto note = FaceCheck::notes(*reading)) {
             result[*member.path] = *note;
         }
     }

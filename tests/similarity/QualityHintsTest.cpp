@@ -33,16 +33,17 @@ struct Fixture {
             PhotoAsset asset;
             asset.path = "/p/" + std::to_string(i) + ".jpg";
             pictures.push_back(asset);
-            if (!members[i]) {
+            const auto& member = members[i];
+            if (!member) {
                 features.emplace_back();
                 continue;
             }
             ImageFeatures f;
-            f.sharpness = members[i]->sharpness;
-            f.meanLuma = members[i]->meanLuma;
-            f.clipped = members[i]->clipped;
-            f.qualityScore = members[i]->score;
-            f.faces = members[i]->faces;
+            f.sharpness = member->sharpness;
+            f.meanLuma = member->meanLuma;
+            f.clipped = member->clipped;
+            f.qualityScore = member->score;
+            f.faces = member->faces;
             features.push_back(f);
         }
         group.members = pictures;
