@@ -94,6 +94,7 @@ std::optional<std::vector<DetectedFace>> FaceDetector::detect(const PixelBuffer&
         int smallest = std::max(24, minWidth);
         cascades.face.detectMultiScale(grey, faces, 1.1, 4, 0, cv::Size(smallest, smallest));
         std::vector<DetectedFace> result;
+        result.reserve(faces.size());
         for (const auto& face : faces) {
             result.push_back(judge(cascades, grey, face));
         }
