@@ -133,14 +133,13 @@ int ScanCommand::run(const std::vector<std::string>& arguments, const Environmen
     if (environment.showProgress) {
         progress = [&line](const ScanProgress& now) { line.show(now); };
     }
-    ScanResult result =
-        ExactMatcher::scan(options->folders, false, std::nullopt, cancel, progress);
+    ScanResult result = ExactMatcher::scan(options->folders, false, std::nullopt, cancel, progress);
     line.clear();
 
     for (const auto& item : result.excluded) {
         if (item.kind == Kind::refusedRoot) {
-            fmt::print(environment.err, "brevant: {}: {}\n",
-                       shownPath(item.path, environment.home), item.detail);
+            fmt::print(environment.err, "brevant: {}: {}\n", shownPath(item.path, environment.home),
+                       item.detail);
         }
     }
     if (options->json) {

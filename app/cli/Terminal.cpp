@@ -25,8 +25,7 @@ std::string humanBytes(std::int64_t bytes) {
     if (bytes < 1000) {
         return fmt::format("{} {}", bytes, bytes == 1 ? "byte" : "bytes");
     }
-    static constexpr std::array<std::string_view, 6> kUnits = {"kB", "MB", "GB",
-                                                               "TB", "PB", "EB"};
+    static constexpr std::array<std::string_view, 6> kUnits = {"kB", "MB", "GB", "TB", "PB", "EB"};
     double value = static_cast<double>(bytes) / 1000.0;
     std::size_t unit = 0;
     // 999.96 kB would print as 1000.0 kB; show it as 1.0 MB.

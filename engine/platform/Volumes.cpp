@@ -109,10 +109,9 @@ VolumeInfo volumeInfo(const std::string& path, const MountTable& mounts) {
         info.name = PathRules::lastComponent(mount->mountPoint);
     }
     const MountEntry* root = mounts.mountFor("/");
-    bool rootDevice =
-        root != nullptr && root->major == mount->major && root->minor == mount->minor;
-    info.isExternal = !rootDevice && (isUnderRemovableMountFolder(mount->mountPoint) ||
-                                      isRemovableOrUsb(*mount));
+    bool rootDevice = root != nullptr && root->major == mount->major && root->minor == mount->minor;
+    info.isExternal =
+        !rootDevice && (isUnderRemovableMountFolder(mount->mountPoint) || isRemovableOrUsb(*mount));
     return info;
 }
 

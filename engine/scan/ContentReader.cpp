@@ -87,11 +87,9 @@ std::expected<std::string, Failure> ContentReader::sha256(const std::string& pat
     return digest.hexDigest();
 }
 
-std::expected<bool, Failure> ContentReader::sameBytes(const std::string& a,
-                                                      const FileSnapshot& snapshotA,
-                                                      const std::string& b,
-                                                      const FileSnapshot& snapshotB,
-                                                      const CancellationFlag& cancel) {
+std::expected<bool, Failure>
+ContentReader::sameBytes(const std::string& a, const FileSnapshot& snapshotA, const std::string& b,
+                         const FileSnapshot& snapshotB, const CancellationFlag& cancel) {
     if (snapshotA.size != snapshotB.size) {
         return false;
     }

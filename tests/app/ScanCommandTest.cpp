@@ -1,8 +1,9 @@
 #include "app/cli/ScanCommand.hpp"
 
-#include "app/cli/Terminal.hpp"
 #include "tests/fixtures/TempTree.hpp"
 #include "tests/scan/ScanFixtures.hpp"
+
+#include "app/cli/Terminal.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -37,7 +38,7 @@ Outcome runProgram(const TempTree& tree, const std::string& arguments) {
 
 // Runs the command in this process, with streams in memory.
 Outcome runHere(const std::vector<std::string>& arguments, const CancellationFlag& cancel,
-            const std::string& home = "/nonexistent-home") {
+                const std::string& home = "/nonexistent-home") {
     char* outText = nullptr;
     std::size_t outSize = 0;
     char* errText = nullptr;

@@ -1,7 +1,8 @@
 #include "engine/platform/ReadOnlyFile.hpp"
 
-#include "engine/platform/Sha256.hpp"
 #include "tests/fixtures/TempTree.hpp"
+
+#include "engine/platform/Sha256.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
-#include "engine/scan/FolderSource.hpp"
-
 #include "tests/fixtures/ImageFixtures.hpp"
 #include "tests/fixtures/TempTree.hpp"
 #include "tests/scan/ScanFixtures.hpp"
+
+#include "engine/scan/FolderSource.hpp"
 
 #include <gtest/gtest.h>
 
@@ -30,8 +30,7 @@ TEST(Inspection, ReadsTheSizeOfEachDecodableFormat) {
 TEST(Inspection, ReadsAPictureByItsContentsNotItsName) {
     TempTree tree;
     std::string jpegNamedPng = tree.file("really-a-jpeg.png", testing::jpegBytes(5, 40, 30));
-    EXPECT_EQ(FolderSource::inspect(jpegNamedPng, PhotoFormat::png),
-              Inspection::readable(40, 30));
+    EXPECT_EQ(FolderSource::inspect(jpegNamedPng, PhotoFormat::png), Inspection::readable(40, 30));
 }
 
 TEST(Inspection, TextAndRandomBytesAreDamaged) {
@@ -76,8 +75,7 @@ TEST(Inspection, RealCameraRawFiles) {
     EXPECT_EQ(FolderSource::inspect(*dng, PhotoFormat::raw), Inspection::readable(1224, 816));
     EXPECT_TRUE(FolderSource::decodesFully(*dng));
     // Its header reads, but the picture data is cut short.
-    EXPECT_EQ(FolderSource::inspect(*truncated, PhotoFormat::raw).kind,
-              Inspection::Kind::readable);
+    EXPECT_EQ(FolderSource::inspect(*truncated, PhotoFormat::raw).kind, Inspection::Kind::readable);
     EXPECT_FALSE(FolderSource::decodesFully(*truncated));
     EXPECT_EQ(FolderSource::inspect(*stub, PhotoFormat::raw), Inspection::notDecodableHere());
 }
