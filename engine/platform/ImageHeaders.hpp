@@ -22,9 +22,11 @@ struct ImageHeaders {
     [[nodiscard]] static bool canDecode(PhotoFormat format);
 
     // The pixel size in the header. The loader is chosen by the file's
-    // contents, so a JPEG named .png is read as the JPEG it is. Nothing when
-    // the file cannot be opened, is no picture or its header cannot be read.
-    [[nodiscard]] static std::optional<PixelSize> pixelSize(const std::string& path);
+    // contents, so a JPEG named .png is read as the JPEG it is; `named` is
+    // the format its name says, tried first. Nothing when the file cannot be
+    // opened, is no picture or its header cannot be read.
+    [[nodiscard]] static std::optional<PixelSize> pixelSize(const std::string& path,
+                                                            PhotoFormat named);
 };
 
 } // namespace brevant::platform

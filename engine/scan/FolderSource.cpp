@@ -335,7 +335,7 @@ FolderSource::Inspection FolderSource::inspect(const std::string& path, PhotoFor
         if (!platform::ImageHeaders::canDecode(format)) {
             return Inspection::notDecodableHere();
         }
-        size = platform::ImageHeaders::pixelSize(path);
+        size = platform::ImageHeaders::pixelSize(path, format);
     }
     if (!size || size->width < 1 || size->height < 1) {
         return Inspection::damaged();
