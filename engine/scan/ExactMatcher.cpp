@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <fmt/format.h>
 #include <limits>
+#include <span>
 #include <unordered_set>
 
 namespace brevant {
@@ -29,11 +30,11 @@ struct Candidate {
     Indices members;
 };
 
-// The buckets of two or more items, each as the indices of `items` it holds,
-// in the order of their first item.
-std::vector<std::pair<std::string, Indices>> sharedBuckets(const ExactMatcher::Buckets& buckets,
-                                                           const Indices& items) {
-    std::vector<std::pair<std::string, Indices>> shared;
+// The buckets of two or more items, each with the indices of `items` it
+// holds, in the order of their first item.
+void addSharedBuckets(const ExactMatcher::Buckets& buckets, const Indices& items,
+                      std::vector<Candidate>& shared) {
+    std::size_t first = shared.size();
     for (const auto& [digest, positions] : buckets) {
         if (positions.size() < 2) {
             continue;
@@ -43,10 +44,25 @@ std::vector<std::pair<std::string, Indices>> sharedBuckets(const ExactMatcher::B
         for (std::size_t position : positions) {
             members.push_back(items[position]);
         }
-        shared.emplace_back(digest, std::move(members));
+        shared.push_back({digest, std::move(members)});
     }
-    std::ranges::sort(shared, {}, [](const auto& bucket) { return bucket.second.front(); });
-    return shared;
+    std::sort(shared.begin() + static_cast<std::ptrdiff_t>(first), shared.end(),
+              [](const Candidate& a, const Candidate& b) {
+                  return a.members.front() < b.members.front();
+              });
+}
+
+// The next batch: from `start`, sets until they hold at least
+// ExactMatcher::kBatchSize items (counted by `items`) or the sets run out.
+template <class Set, class Count>
+std::size_t batchEnd(const std::vector<Set>& sets, std::size_t start, Count items) {
+    std::size_t end = start;
+    std::size_t count = 0;
+    while (end < sets.size() && count < ExactMatcher::kBatchSize) {
+        count += items(sets[end]);
+        ++end;
+    }
+    return end;
 }
 
 // The bytes removing all copies but one would free, without overflowing.
@@ -80,9 +96,10 @@ private:
     void noteInspection(std::size_t index, const Inspection& inspection);
     std::vector<Indices> sameSizeGroups() const;
     bool compare(const std::vector<Indices>& sizeGroups);
-    bool hashInBuckets(const Indices& items, std::optional<std::int64_t> limit,
-                       std::vector<std::pair<std::string, Indices>>& shared);
+    bool hashGroups(std::span<const Indices> groups, std::optional<std::int64_t> limit,
+                    std::vector<Candidate>& shared);
     bool verify();
+    bool verifyBatch(std::span<const Candidate> batch);
     bool noteFailure(std::size_t index, const Failure& failure);
     void skip(std::size_t index, SkipReason reason, std::optional<std::string> detail);
     void makeGroups();
@@ -239,88 +256,139 @@ std::vector<Indices> Scanner::sameSizeGroups() const {
     return groups;
 }
 
+// Size groups are hashed a batch at a time: one parallel pass over the
+// members of several groups keeps every worker busy although most groups
+// hold two pictures. The flag is read before each batch and each file.
 bool Scanner::compare(const std::vector<Indices>& sizeGroups) {
     report(Stage::comparing);
-    std::vector<std::pair<std::string, Indices>> partial;
-    std::vector<std::pair<std::string, Indices>> full;
-    for (const Indices& group : sizeGroups) {
+    std::vector<Candidate> partial;
+    std::vector<Indices> shared;
+    for (std::size_t start = 0; start < sizeGroups.size();) {
         if (cancel_.isCancelled()) {
             return false;
         }
+        std::size_t end =
+            batchEnd(sizeGroups, start, [](const Indices& group) { return group.size(); });
         partial.clear();
-        if (!hashInBuckets(group, ExactMatcher::kPartialHashBytes, partial)) {
+        if (!hashGroups({sizeGroups.begin() + static_cast<std::ptrdiff_t>(start),
+                         sizeGroups.begin() + static_cast<std::ptrdiff_t>(end)},
+                        ExactMatcher::kPartialHashBytes, partial)) {
             return false;
         }
-        for (const auto& bucket : partial) {
-            full.clear();
-            if (!hashInBuckets(bucket.second, std::nullopt, full)) {
-                return false;
-            }
-            for (auto& [digest, members] : full) {
-                candidates_.push_back({std::move(digest), std::move(members)});
-            }
+        shared.clear();
+        for (auto& bucket : partial) {
+            shared.push_back(std::move(bucket.members));
+        }
+        if (!hashGroups(shared, std::nullopt, candidates_)) {
+            return false;
         }
         report(Stage::comparing);
+        start = end;
     }
     return true;
 }
 
-// Hashes the pictures in parallel and answers the buckets of two or more.
+// Hashes the members of all the groups in one parallel pass, then splits
+// each group by digest and adds its parts of two or more to `shared`.
 // False when the scan was cancelled.
-bool Scanner::hashInBuckets(const Indices& items, std::optional<std::int64_t> limit,
-                            std::vector<std::pair<std::string, Indices>>& shared) {
-    auto hashes = ExactMatcher::parallelMap(items, cancel_, [&](std::size_t index) {
-        return ContentReader::sha256(picture(index).path, picture(index).snapshot, limit,
-                                     &cancel_);
-    });
-    ExactMatcher::Failures failures;
-    auto buckets = ExactMatcher::buckets(hashes, failures);
-    bool going = true;
-    for (const auto& [position, failure] : failures) {
-        going = noteFailure(items[position], failure) && going;
+bool Scanner::hashGroups(std::span<const Indices> groups, std::optional<std::int64_t> limit,
+                         std::vector<Candidate>& shared) {
+    Indices all;
+    for (const Indices& group : groups) {
+        all.insert(all.end(), group.begin(), group.end());
     }
-    shared = sharedBuckets(buckets, items);
+    auto hashes = ExactMatcher::parallelMap(all, cancel_, [&](std::size_t index) {
+        return ContentReader::sha256(picture(index).path, picture(index).snapshot, limit, &cancel_);
+    });
+    bool going = true;
+    auto next = hashes.begin();
+    for (const Indices& group : groups) {
+        std::vector<std::optional<ExactMatcher::HashResult>> results(
+            std::make_move_iterator(next),
+            std::make_move_iterator(next + static_cast<std::ptrdiff_t>(group.size())));
+        next += static_cast<std::ptrdiff_t>(group.size());
+        ExactMatcher::Failures failures;
+        auto buckets = ExactMatcher::buckets(results, failures);
+        for (const auto& [position, failure] : failures) {
+            going = noteFailure(group[position], failure) && going;
+        }
+        addSharedBuckets(buckets, group, shared);
+    }
     return going;
 }
 
+// Each set of equal full digests is confirmed against its first member, a
+// batch of sets at a time, for the same reason as the hashing.
 bool Scanner::verify() {
     report(Stage::verifying);
-    for (const Candidate& candidate : candidates_) {
+    for (std::size_t start = 0; start < candidates_.size();) {
         if (cancel_.isCancelled()) {
             return false;
         }
-        std::size_t reference = candidate.members.front();
-        Indices others(candidate.members.begin() + 1, candidate.members.end());
-        const auto& first = picture(reference);
-        auto answers = ExactMatcher::parallelMap(others, cancel_, [&](std::size_t index) {
-            return ContentReader::sameBytes(first.path, first.snapshot, picture(index).path,
-                                            picture(index).snapshot, cancel_);
+        std::size_t end = batchEnd(candidates_, start, [](const Candidate& candidate) {
+            return candidate.members.size() - 1;
         });
-        Indices members = {reference};
-        bool going = true;
-        for (std::size_t position = 0; position < others.size(); ++position) {
-            const auto& answer = answers[position];
-            if (!answer) {
-                going = false;
-            } else if (!*answer) {
-                // Either file may be the one that failed.
-                std::size_t culprit =
-                    answer->error().path == first.path ? reference : others[position];
-                going = noteFailure(culprit, answer->error()) && going;
-            } else if (**answer) {
-                members.push_back(others[position]);
-            }
-        }
-        if (!going) {
+        if (!verifyBatch({candidates_.begin() + static_cast<std::ptrdiff_t>(start),
+                          candidates_.begin() + static_cast<std::ptrdiff_t>(end)})) {
             return false;
         }
-        if (!failed_.contains(reference) && members.size() >= 2) {
+        start = end;
+    }
+    return true;
+}
+
+// Compares every member with its set's first member, in one parallel pass.
+// Members found equal join the first; a set becomes a group when it is
+// finished (every comparison answered) and keeps two or more members that
+// did not fail. False when the scan was cancelled.
+bool Scanner::verifyBatch(std::span<const Candidate> batch) {
+    struct Comparison {
+        std::size_t reference;
+        std::size_t other;
+    };
+
+    std::vector<Comparison> comparisons;
+    for (const Candidate& candidate : batch) {
+        for (auto other = candidate.members.begin() + 1; other != candidate.members.end();
+             ++other) {
+            comparisons.push_back({candidate.members.front(), *other});
+        }
+    }
+    auto answers =
+        ExactMatcher::parallelMap(comparisons, cancel_, [this](const Comparison& comparison) {
+            const auto& a = picture(comparison.reference);
+            const auto& b = picture(comparison.other);
+            return ContentReader::sameBytes(a.path, a.snapshot, b.path, b.snapshot, cancel_);
+        });
+    bool going = true;
+    std::size_t position = 0;
+    for (const Candidate& candidate : batch) {
+        std::size_t reference = candidate.members.front();
+        Indices members = {reference};
+        bool finished = true;
+        for (std::size_t i = 1; i < candidate.members.size(); ++i, ++position) {
+            const auto& answer = answers[position];
+            if (!answer) {
+                finished = false;
+            } else if (!*answer) {
+                // Either file may be the one that failed.
+                std::size_t culprit = answer->error().path == picture(reference).path
+                                          ? reference
+                                          : candidate.members[i];
+                bool cancelled = !noteFailure(culprit, answer->error());
+                finished = finished && !cancelled;
+            } else if (**answer) {
+                members.push_back(candidate.members[i]);
+            }
+        }
+        going = going && finished;
+        if (finished && !failed_.contains(reference) && members.size() >= 2) {
             confirmedMembers_ += static_cast<int>(members.size());
             confirmed_.push_back({candidate.digest, std::move(members)});
         }
-        report(Stage::verifying);
     }
-    return true;
+    report(Stage::verifying);
+    return going;
 }
 
 // Turns a failed read into a skipped picture. False when it was a
@@ -437,8 +505,7 @@ PhotoAsset Scanner::asset(std::size_t index) {
     static const FolderSource::NameSet kNoNames;
     auto names = walk_.namesByFolder.find(folder);
     asset.relationships = FolderSource::relationships(
-        found.path, names == walk_.namesByFolder.end() ? kNoNames : names->second,
-        stemsOf(folder));
+        found.path, names == walk_.namesByFolder.end() ? kNoNames : names->second, stemsOf(folder));
     asset.isCloudSynced = ExactMatcher::isCloudSynced(found.path);
     const auto& volume = volumeOf(found);
     asset.isReadOnlyVolume = volume.isReadOnly;

@@ -45,6 +45,12 @@ struct ExactMatcher {
     // Bytes hashed first: enough to tell most different photos apart.
     static constexpr std::int64_t kPartialHashBytes = 65'536;
 
+    // Files hashed, or pairs compared, in one parallel pass. Most size
+    // groups hold two pictures: passes over several groups at once keep
+    // every worker busy. Groups are finished, and progress reported, a batch
+    // at a time.
+    static constexpr std::size_t kBatchSize = 64;
+
     // `only`, when given, limits the walk to those paths; `keepPictures`
     // returns every picture read in `ScanResult::pictures`. `progress` is
     // called on the calling thread and must not block.

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fmt/format.h>
 
 namespace brevant {
 namespace {
@@ -147,13 +148,14 @@ TEST(ExactMatcher, AFileRewrittenBeforeTheByteComparisonIsLeftOut) {
 }
 
 TEST(ExactMatcher, CancellingWhileConfirmingKeepsTheGroupsAlreadyMade) {
+    // More pairs than one batch confirms, each of its own size.
     TempTree tree;
-    std::string big = testing::photoOfSize(7, 80'000);
-    tree.file("big1.jpg", big);
-    tree.file("big2.jpg", big);
-    std::string small = testing::photoOfSize(8, 30'000);
-    tree.file("small1.jpg", small);
-    tree.file("small2.jpg", small);
+    const int pairs = static_cast<int>(ExactMatcher::kBatchSize) + 8;
+    for (int i = 0; i < pairs; ++i) {
+        std::string bytes = testing::photoOfSize(100 + i, 20'000 + 100 * i);
+        tree.file(fmt::format("a/{}.jpg", i), bytes);
+        tree.file(fmt::format("b/{}.jpg", i), bytes);
+    }
     CancellationFlag cancel;
     std::vector<ScanProgress> seen;
     auto progress = [&](const ScanProgress& now) {
@@ -166,14 +168,16 @@ TEST(ExactMatcher, CancellingWhileConfirmingKeepsTheGroupsAlreadyMade) {
     ScanResult result = ExactMatcher::scan({tree.root()}, false, std::nullopt, cancel, progress);
 
     EXPECT_TRUE(result.cancelled);
-    // The biggest copies are confirmed first.
-    ASSERT_EQ(result.groups.size(), 1u);
-    EXPECT_EQ(result.groups[0].size, 80'000);
+    // The first batch was finished; the biggest copies were confirmed first.
+    ASSERT_EQ(result.groups.size(), ExactMatcher::kBatchSize);
+    for (std::size_t i = 0; i < result.groups.size(); ++i) {
+        EXPECT_EQ(result.groups[i].size, 20'000 + 100 * (pairs - 1 - static_cast<int>(i)));
+    }
     EXPECT_LE(result.started, result.finished);
     ASSERT_FALSE(seen.empty());
     EXPECT_EQ(seen.back().stage, ScanProgress::Stage::finishing);
-    EXPECT_EQ(seen.back().matched, 2);
-    EXPECT_EQ(seen.back().examined, 4);
+    EXPECT_EQ(seen.back().matched, 2 * static_cast<int>(ExactMatcher::kBatchSize));
+    EXPECT_EQ(seen.back().examined, 2 * pairs);
 }
 
 TEST(ExactMatcher, ReportsEveryStageInOrder) {
