@@ -100,6 +100,24 @@ private:
     bool drawn_ = false;
 };
 
+// A heading and how many items there are of each kind, in the order of the
+// kinds; nothing when there are no items.
+template <class Item, class Key, class Label>
+void appendCounts(std::string& text, std::string_view heading, const std::vector<Item>& items,
+                  Key Item::* key, Label label) {
+    std::map<Key, int> counts;
+    for (const auto& item : items) {
+        counts[item.*key] += 1;
+    }
+    if (counts.empty()) {
+        return;
+    }
+    text += fmt::format("{}:\n", heading);
+    for (const auto& [kind, count] : counts) {
+        text += fmt::format("  {}: {}\n", label(kind), count);
+    }
+}
+
 void printUsageError(std::FILE* err, std::string_view message) {
     fmt::print(err, "brevant scan: {}\n\nUsage:\n{}", message, ScanCommand::usage());
 }
@@ -168,26 +186,9 @@ std::string ScanCommand::report(const ScanResult& result, std::string_view home)
                         found, plural(found, "picture", "pictures"), result.examined, groups,
                         plural(groups, "group", "groups"), humanBytes(freed));
 
-    std::map<SkipReason, int> skipped;
-    for (const auto& file : result.skipped) {
-        skipped[file.reason] += 1;
-    }
-    if (!skipped.empty()) {
-        text += "Skipped:\n";
-        for (const auto& [reason, count] : skipped) {
-            text += fmt::format("  {}: {}\n", title(reason), count);
-        }
-    }
-    std::map<Kind, int> excluded;
-    for (const auto& item : result.excluded) {
-        excluded[item.kind] += 1;
-    }
-    if (!excluded.empty()) {
-        text += "Excluded:\n";
-        for (const auto& [kind, count] : excluded) {
-            text += fmt::format("  {}: {}\n", excludedLabel(kind), count);
-        }
-    }
+    appendCounts(text, "Skipped", result.skipped, &SkippedFile::reason,
+                 [](SkipReason reason) -> std::string_view { return title(reason); });
+    appendCounts(text, "Excluded", result.excluded, &ExcludedItem::kind, excludedLabel);
     if (result.cancelled) {
         text += "cancelled\n";
     }
