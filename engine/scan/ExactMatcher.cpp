@@ -138,6 +138,9 @@ ScanResult Scanner::run(const std::vector<std::string>& paths,
     result_.excluded = std::move(prepared.refused);
     report(Stage::preparing);
 
+    if (cancel_.isCancelled()) {
+        return finish(true);
+    }
     walk(result_.roots, only);
     if (walk_.cancelled || !read()) {
         return finish(true);
