@@ -108,9 +108,7 @@ public:
         return std::uniform_int_distribution<std::size_t>(0, bases_.size() - 1)(random_);
     }
 
-    bool chance(double probability) {
-        return std::bernoulli_distribution(probability)(random_);
-    }
+    bool chance(double probability) { return std::bernoulli_distribution(probability)(random_); }
 
     std::string write(const std::string& relative, const std::string& bytes) {
         std::string path = root_ + "/" + relative;
