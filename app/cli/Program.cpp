@@ -1,5 +1,7 @@
 #include "Program.hpp"
 
+#include "app/cli/ScanCommand.hpp"
+
 #include <cstdio>
 #include <fmt/format.h>
 
@@ -14,14 +16,18 @@ void printUsage(std::FILE* stream) {
                "Brevant {}: finds photos saved more than once.\n"
                "\n"
                "Usage:\n"
+               "{}"
                "  brevant --version\n"
                "  brevant --help\n",
-               BREVANT_VERSION);
+               BREVANT_VERSION, ScanCommand::usage());
 }
 
 } // namespace
 
 int run(const std::vector<std::string>& arguments) {
+    if (arguments.size() >= 2 && arguments[1] == "scan") {
+        return ScanCommand::main({arguments.begin() + 2, arguments.end()});
+    }
     if (arguments.size() == 2 && arguments[1] == "--version") {
         fmt::print("brevant {}\n", BREVANT_VERSION);
         return 0;

@@ -1,8 +1,10 @@
 #include "FolderSource.hpp"
 
+#include "engine/platform/CameraRaw.hpp"
 #include "engine/platform/ContentTypes.hpp"
 #include "engine/platform/DirectoryWalker.hpp"
 #include "engine/platform/FileStatus.hpp"
+#include "engine/platform/ImageHeaders.hpp"
 #include "engine/platform/Mounts.hpp"
 #include "engine/scan/PathRules.hpp"
 #include "engine/support/Texts.hpp"
@@ -10,6 +12,7 @@
 #include <algorithm>
 #include <array>
 #include <fmt/format.h>
+#include <ostream>
 
 namespace brevant {
 
@@ -319,6 +322,31 @@ std::vector<Relationship> FolderSource::relationships(std::string_view path, con
     return found;
 }
 
+FolderSource::Inspection FolderSource::inspect(const std::string& path, PhotoFormat format) {
+    std::optional<platform::PixelSize> size;
+    if (format == PhotoFormat::raw) {
+        // LibRaw tells what the file is by opening it; one it cannot open
+        // is a RAW this computer does not know.
+        size = platform::CameraRaw::pixelSize(path);
+        if (!size) {
+            return Inspection::notDecodableHere();
+        }
+    } else {
+        if (!platform::ImageHeaders::canDecode(format)) {
+            return Inspection::notDecodableHere();
+        }
+        size = platform::ImageHeaders::pixelSize(path, format);
+    }
+    if (!size || size->width < 1 || size->height < 1) {
+        return Inspection::damaged();
+    }
+    return Inspection::readable(size->width, size->height);
+}
+
+bool FolderSource::decodesFully(const std::string& path) {
+    return platform::CameraRaw::decodesFully(path);
+}
+
 bool FolderSource::isManagedLibraryExtension(std::string_view lowercasedExtension) {
     return contains(kManagedLibraryExtensions, lowercasedExtension);
 }
@@ -376,6 +404,30 @@ const std::string& FolderSource::packageSentence() {
 const std::string& FolderSource::notPlainFileSentence() {
     static const std::string text = "It disappeared or is not a plain file.";
     return text;
+}
+
+std::string_view rawValue(FolderSource::Inspection::Kind kind) {
+    using InspectionKind = FolderSource::Inspection::Kind;
+    switch (kind) {
+    case InspectionKind::readable:
+        return "readable";
+    case InspectionKind::notDecodableHere:
+        return "notDecodableHere";
+    case InspectionKind::damaged:
+        return "damaged";
+    }
+    return "damaged";
+}
+
+void PrintTo(FolderSource::Inspection::Kind kind, std::ostream* os) {
+    *os << rawValue(kind);
+}
+
+void PrintTo(const FolderSource::Inspection& inspection, std::ostream* os) {
+    *os << rawValue(inspection.kind);
+    if (inspection.kind == FolderSource::Inspection::Kind::readable) {
+        *os << "(" << inspection.width << "x" << inspection.height << ")";
+    }
 }
 
 } // namespace brevant

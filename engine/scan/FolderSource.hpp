@@ -8,6 +8,7 @@
 #include "engine/scan/SkipReason.hpp"
 
 #include <functional>
+#include <iosfwd>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -47,6 +48,30 @@ struct FolderSource {
         bool cancelled = false;
     };
 
+    // What a picture's header says.
+    struct Inspection {
+        enum class Kind {
+            readable,
+            notDecodableHere,
+            damaged,
+        };
+
+        Kind kind = Kind::damaged;
+        // Set only when readable, both at least 1.
+        int width = 0;
+        int height = 0;
+
+        [[nodiscard]] static Inspection readable(int width, int height) {
+            return {Kind::readable, width, height};
+        }
+
+        [[nodiscard]] static Inspection notDecodableHere() { return {Kind::notDecodableHere}; }
+
+        [[nodiscard]] static Inspection damaged() { return {Kind::damaged}; }
+
+        friend bool operator==(const Inspection&, const Inspection&) = default;
+    };
+
     using NameSet = std::unordered_set<std::string>;
     using OnlyPaths = std::optional<std::unordered_set<std::string>>;
 
@@ -67,6 +92,14 @@ struct FolderSource {
 
     [[nodiscard]] static NameSet stems(const NameSet& names);
 
+    // Reads only the picture's header: whether this computer has a decoder
+    // for it, and its pixel size.
+    [[nodiscard]] static Inspection inspect(const std::string& path, PhotoFormat format);
+
+    // Decodes and renders the whole camera RAW picture; false when this
+    // computer cannot.
+    [[nodiscard]] static bool decodesFully(const std::string& path);
+
     [[nodiscard]] static bool isManagedLibraryExtension(std::string_view lowercasedExtension);
     [[nodiscard]] static bool isPackageExtension(std::string_view lowercasedExtension);
 
@@ -81,5 +114,14 @@ struct FolderSource {
     [[nodiscard]] static const std::string& packageSentence();
     [[nodiscard]] static const std::string& notPlainFileSentence();
 };
+
+template <> struct EnumCases<FolderSource::Inspection::Kind> {
+    using Kind = FolderSource::Inspection::Kind;
+    static constexpr std::array kAll{Kind::readable, Kind::notDecodableHere, Kind::damaged};
+};
+
+[[nodiscard]] std::string_view rawValue(FolderSource::Inspection::Kind kind);
+void PrintTo(FolderSource::Inspection::Kind kind, std::ostream* os);
+void PrintTo(const FolderSource::Inspection& inspection, std::ostream* os);
 
 } // namespace brevant

@@ -1,0 +1,112 @@
+#include "ImageHeaders.hpp"
+
+#include "engine/platform/ReadOnlyFile.hpp"
+#include "engine/platform/VipsRuntime.hpp"
+
+#include <glib.h>
+#include <string_view>
+#include <vips/vips8>
+
+namespace brevant::platform {
+
+namespace {
+
+// libtiff and the loaders report every odd tag of a camera's file as a
+// warning on standard error; a scan over thousands of photos must not.
+void silenceWarnings() {
+    static const bool silenced = [] {
+        g_log_set_handler(
+            "VIPS", static_cast<GLogLevelFlags>(G_LOG_LEVEL_WARNING | G_LOG_LEVEL_MESSAGE),
+            [](const gchar*, GLogLevelFlags, const gchar*, gpointer) {}, nullptr);
+        return true;
+    }();
+    (void)silenced;
+}
+
+bool started() {
+    if (!VipsRuntime::ensureStarted()) {
+        return false;
+    }
+    silenceWarnings();
+    return true;
+}
+
+// Loaders of text tables, which can recognise a text file by its first line
+// but never hold a photo.
+bool isTableLoader(std::string_view loader) {
+    return loader.starts_with("matrixload") || loader.starts_with("csvload");
+}
+
+// The libvips loader that reads the format from a source.
+const char* loaderFor(PhotoFormat format) {
+    switch (format) {
+    case PhotoFormat::jpeg:
+        return "jpegload_source";
+    case PhotoFormat::png:
+        return "pngload_source";
+    case PhotoFormat::heic:
+        return "heifload_source";
+    case PhotoFormat::tiff:
+        return "tiffload_source";
+    case PhotoFormat::raw:
+    case PhotoFormat::other:
+        return nullptr;
+    }
+    return nullptr;
+}
+
+// The loader for the source's contents. The one its name suggests is asked
+// first, which spares sniffing with every loader libvips has for nearly
+// every picture; a file whose contents are another format gets that
+// format's loader.
+const char* loaderOf(vips::VSource& source, PhotoFormat named) {
+    const char* expected = loaderFor(named);
+    if (expected != nullptr && vips_foreign_is_a_source(expected, source.get_source()) != 0) {
+        return expected;
+    }
+    const char* found = vips_foreign_find_load_source(source.get_source());
+    if (found == nullptr) {
+        return nullptr;
+    }
+    return vips_nickname_find(g_type_from_name(found));
+}
+
+} // namespace
+
+bool ImageHeaders::canDecode(PhotoFormat format) {
+    const char* loader = loaderFor(format);
+    return loader != nullptr && started() && vips_type_find("VipsOperation", loader) != 0;
+}
+
+std::optional<PixelSize> ImageHeaders::pixelSize(const std::string& path, PhotoFormat named) {
+    if (!started()) {
+        return std::nullopt;
+    }
+    auto file = ReadOnlyFile::open(path);
+    if (!file) {
+        return std::nullopt;
+    }
+    try {
+        // libvips reads through a copy of our descriptor, so the file it
+        // reads is the one opened without following a link.
+        vips::VSource source = vips::VSource::new_from_descriptor(file->descriptor());
+        const char* loader = loaderOf(source, named);
+        if (loader == nullptr || isTableLoader(loader)) {
+            vips_error_clear();
+            return std::nullopt;
+        }
+        // Opening an image reads its header; pixels would be decoded only
+        // when asked for, which never happens here.
+        vips::VImage image;
+        vips::VImage::call(loader, vips::VImage::option()
+                                       ->set("source", source)
+                                       ->set("out", &image)
+                                       ->set("access", VIPS_ACCESS_SEQUENTIAL));
+        return PixelSize{image.width(), image.height()};
+    } catch (const vips::VError&) {
+        vips_error_clear();
+        return std::nullopt;
+    }
+}
+
+} // namespace brevant::platform
