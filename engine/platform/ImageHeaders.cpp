@@ -3,33 +3,12 @@
 #include "engine/platform/ReadOnlyFile.hpp"
 #include "engine/platform/VipsRuntime.hpp"
 
-#include <glib.h>
 #include <string_view>
 #include <vips/vips8>
 
 namespace brevant::platform {
 
 namespace {
-
-// libtiff and the loaders report every odd tag of a camera's file as a
-// warning on standard error; a scan over thousands of photos must not.
-void silenceWarnings() {
-    static const bool silenced = [] {
-        g_log_set_handler(
-            "VIPS", static_cast<GLogLevelFlags>(G_LOG_LEVEL_WARNING | G_LOG_LEVEL_MESSAGE),
-            [](const gchar*, GLogLevelFlags, const gchar*, gpointer) {}, nullptr);
-        return true;
-    }();
-    (void)silenced;
-}
-
-bool started() {
-    if (!VipsRuntime::ensureStarted()) {
-        return false;
-    }
-    silenceWarnings();
-    return true;
-}
 
 // Loaders of text tables, which can recognise a text file by its first line
 // but never hold a photo.
@@ -75,11 +54,12 @@ const char* loaderOf(vips::VSource& source, PhotoFormat named) {
 
 bool ImageHeaders::canDecode(PhotoFormat format) {
     const char* loader = loaderFor(format);
-    return loader != nullptr && started() && vips_type_find("VipsOperation", loader) != 0;
+    return loader != nullptr && VipsRuntime::ensureStarted() &&
+           vips_type_find("VipsOperation", loader) != 0;
 }
 
 std::optional<PixelSize> ImageHeaders::pixelSize(const std::string& path, PhotoFormat named) {
-    if (!started()) {
+    if (!VipsRuntime::ensureStarted()) {
         return std::nullopt;
     }
     auto file = ReadOnlyFile::open(path);

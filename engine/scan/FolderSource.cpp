@@ -113,6 +113,11 @@ private:
 };
 
 bool Walker::walkRoot(const std::string& root) {
+    // Checked before opening too: glibc's fts leaks when closed unread.
+    if (cancel_.isCancelled()) {
+        walk_.cancelled = true;
+        return false;
+    }
     std::vector<ExcludedItem> unreadable;
     int error = 0;
     auto walker = platform::DirectoryWalker::open(root, error);

@@ -8,14 +8,6 @@
 
 #include <random>
 
-// The HEVC encoder behind the HEIC fixtures keeps one block for the life of
-// the process; LeakSanitizer is told so by library name, as for the other
-// system libraries.
-// NOLINTNEXTLINE(bugprone-reserved-identifier,readability-identifier-naming): the hook's name
-extern "C" const char* __lsan_default_suppressions() {
-    return "leak:libx265.so\n";
-}
-
 namespace brevant {
 namespace {
 
