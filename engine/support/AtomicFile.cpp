@@ -60,7 +60,9 @@ bool AtomicFile::write(const std::string& path, std::span<const std::uint8_t> by
 }
 
 std::optional<std::vector<std::uint8_t>> AtomicFile::read(const std::string& path) {
-    int descriptor = ::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
+    // Non-blocking so that a FIFO put in the file's place cannot hang the
+    // open; reads of a regular file are unaffected.
+    int descriptor = ::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
     if (descriptor < 0) {
         return std::nullopt;
     }
