@@ -9,8 +9,10 @@
 
 namespace brevant::platform {
 
-// Binary property lists (format "bplist00") through libplist.
+// Binary property lists (format "bplist00"): written here, read through
+// libplist.
 struct BinaryPlist {
+    // Nothing for text that is not valid UTF-8.
     [[nodiscard]] static std::optional<std::vector<std::uint8_t>> encode(const PlistValue& value);
 
     // Nothing for bytes that are not a well-formed binary property list.

@@ -36,6 +36,32 @@ TEST(BinaryPlist, EveryKindOfValueRoundTrips) {
     EXPECT_EQ(decoded->find("negative")->intValue(), -42);
 }
 
+TEST(BinaryPlist, LargeAndWideValuesRoundTrip) {
+    // Past 255 and 65,535 objects references widen; past 14 items lengths
+    // take an integer of their own.
+    PlistValue::Array many;
+    for (std::int64_t i = 0; i < 70000; ++i) {
+        if (i % 3 == 0) {
+            many.emplace_back(i * 1000003);
+        } else {
+            many.emplace_back(static_cast<double>(i) / 2);
+        }
+    }
+    PlistValue value = PlistValue::Dictionary{
+        {"many", many},
+        {"long text", std::string(300, 'x')},
+        {"astral \xF0\x9F\x93\xB7 camera", std::string("\xE5\x86\x99\xE7\x9C\x9F")},
+        {"long data", PlistValue::Data(70000, 7)},
+        {"repeated", PlistValue::Array{PlistValue::Dictionary{{"a", 1}, {"b", 2}},
+                                       PlistValue::Dictionary{{"b", 3}, {"a", 4}}}},
+    };
+    auto bytes = BinaryPlist::encode(value);
+    ASSERT_TRUE(bytes.has_value());
+    EXPECT_EQ(BinaryPlist::decode(*bytes), value);
+    EXPECT_FALSE(BinaryPlist::encode(PlistValue(std::string("bad \xC3"))));
+    EXPECT_FALSE(BinaryPlist::encode(PlistValue::Dictionary{{"\xFF", 1}}));
+}
+
 TEST(BinaryPlist, DamagedBytesDecodeToNothing) {
     auto bytes = *BinaryPlist::encode(PlistValue::Array{1, 2, std::string("three")});
     EXPECT_FALSE(BinaryPlist::decode({}));
