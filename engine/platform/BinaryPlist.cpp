@@ -195,6 +195,26 @@ private:
         return units;
     }
 
+    // References to the children, whose subtrees follow one another from
+    // number `first`, then the subtrees themselves.
+    [[nodiscard]] bool appendChildren(const std::vector<const PlistValue*>& children,
+                                      std::uint64_t first) {
+        std::vector<std::uint64_t> ids;
+        ids.reserve(children.size());
+        std::uint64_t next = first;
+        for (const PlistValue* child : children) {
+            ids.push_back(next);
+            appendNumber(next, referenceSize_);
+            next += countOf(*child);
+        }
+        for (std::size_t i = 0; i < children.size(); ++i) {
+            if (!writeObject(*children[i], ids[i])) {
+                return false;
+            }
+        }
+        return true;
+    }
+
     [[nodiscard]] bool writeObject(const PlistValue& value, std::uint64_t id) {
         offsets_[id] = bytes_.size();
         const PlistValue::Storage& storage = value.storage();
@@ -213,37 +233,21 @@ private:
             bytes_.insert(bytes_.end(), data->begin(), data->end());
         } else if (const auto* array = std::get_if<PlistValue::Array>(&storage)) {
             appendMarker(0xA0, array->size());
-            std::vector<std::uint64_t> ids;
-            ids.reserve(array->size());
-            std::uint64_t next = id + 1;
+            std::vector<const PlistValue*> children;
+            children.reserve(array->size());
             for (const PlistValue& item : *array) {
-                ids.push_back(next);
-                appendNumber(next, referenceSize_);
-                next += countOf(item);
+                children.push_back(&item);
             }
-            for (std::size_t i = 0; i < array->size(); ++i) {
-                if (!writeObject((*array)[i], ids[i])) {
-                    return false;
-                }
-            }
+            return appendChildren(children, id + 1);
         } else if (const auto* dictionary = std::get_if<PlistValue::Dictionary>(&storage)) {
             appendMarker(0xD0, dictionary->size());
-            for (const auto& entry : *dictionary) {
-                appendNumber(keyIds_.at(entry.first), referenceSize_);
+            std::vector<const PlistValue*> children;
+            children.reserve(dictionary->size());
+            for (const auto& [key, item] : *dictionary) {
+                appendNumber(keyIds_.at(key), referenceSize_);
+                children.push_back(&item);
             }
-            std::vector<std::uint64_t> ids;
-            ids.reserve(dictionary->size());
-            std::uint64_t next = id + 1;
-            for (const auto& entry : *dictionary) {
-                ids.push_back(next);
-                appendNumber(next, referenceSize_);
-                next += countOf(entry.second);
-            }
-            for (std::size_t i = 0; i < dictionary->size(); ++i) {
-                if (!writeObject((*dictionary)[i].second, ids[i])) {
-                    return false;
-                }
-            }
+            return appendChildren(children, id + 1);
         }
         return true;
     }
