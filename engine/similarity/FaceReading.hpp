@@ -1,5 +1,9 @@
 #pragma once
 
+#include "engine/support/PlistValue.hpp"
+
+#include <optional>
+
 namespace brevant {
 
 // Faces big enough to judge in one photo, and how many of them have an eye
@@ -12,5 +16,10 @@ struct FaceReading {
 
     friend bool operator==(const FaceReading&, const FaceReading&) = default;
 };
+
+// Stored form: a dictionary with the keys "faces", "eyesClosed", "smiling",
+// "revision".
+[[nodiscard]] PlistValue toPlist(const FaceReading& reading);
+[[nodiscard]] std::optional<FaceReading> faceReadingFromPlist(const PlistValue& value);
 
 } // namespace brevant

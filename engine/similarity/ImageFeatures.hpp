@@ -2,6 +2,7 @@
 
 #include "engine/similarity/FaceReading.hpp"
 #include "engine/support/Date.hpp"
+#include "engine/support/PlistValue.hpp"
 
 #include <array>
 #include <cstdint>
@@ -15,7 +16,7 @@ using DetailHash = std::array<std::uint64_t, 4>;
 
 // One picture measured once for likeness and quality.
 struct ImageFeatures {
-    static constexpr int pipelineVersion = 3;
+    static constexpr int kPipelineVersion = 3;
 
     // DCT hashes of the 32x32 rendition: as it stands, then turned a
     // quarter, a half and three quarters clockwise.
@@ -31,7 +32,7 @@ struct ImageFeatures {
     // As displayed, so turned by the orientation tag.
     int pixelWidth = 0;
     int pixelHeight = 0;
-    int version = pipelineVersion;
+    int version = kPipelineVersion;
     // All three present or all absent.
     std::optional<int> qualityScore;
     std::optional<bool> isUtility;
@@ -44,5 +45,13 @@ struct ImageFeatures {
 
     friend bool operator==(const ImageFeatures&, const ImageFeatures&) = default;
 };
+
+// Stored form: a dictionary whose keys are the field names; absent optional
+// fields are left out. The capture date is stored as a real (seconds since
+// 2001-01-01 GMT) so that it comes back bit for bit; a stored date value is
+// read too. Decoding answers nothing for a record with a missing or
+// mistyped field.
+[[nodiscard]] PlistValue toPlist(const ImageFeatures& features);
+[[nodiscard]] std::optional<ImageFeatures> imageFeaturesFromPlist(const PlistValue& value);
 
 } // namespace brevant
