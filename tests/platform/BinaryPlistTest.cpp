@@ -7,7 +7,6 @@ namespace {
 
 // The ASSERTs before each access guard these optionals; the check cannot
 // see through GoogleTest's macros.
-// NOLINTBEGIN(bugprone-unchecked-optional-access)
 
 using platform::BinaryPlist;
 
@@ -75,8 +74,6 @@ TEST(BinaryPlist, DamagedBytesDecodeToNothing) {
     }
     EXPECT_FALSE(BinaryPlist::decode(*BinaryPlist::encode(deep)));
 }
-
-// NOLINTEND(bugprone-unchecked-optional-access)
 
 } // namespace
 } // namespace brevant

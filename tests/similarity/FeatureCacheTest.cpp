@@ -18,7 +18,6 @@ namespace {
 
 // The ASSERTs before each access guard these optionals; the check cannot
 // see through GoogleTest's macros.
-// NOLINTBEGIN(bugprone-unchecked-optional-access)
 
 using testing::TempTree;
 
@@ -241,8 +240,6 @@ TEST(FeatureCache, WorkersStoreAndLookUpTogether) {
     cache.save();
     EXPECT_EQ(FeatureCache(cachePath(tree)).count(), 400U);
 }
-
-// NOLINTEND(bugprone-unchecked-optional-access)
 
 } // namespace
 } // namespace brevant

@@ -18,7 +18,6 @@ namespace {
 
 // The ASSERTs before each access guard these optionals; the check cannot
 // see through GoogleTest's macros.
-// NOLINTBEGIN(bugprone-unchecked-optional-access)
 
 using testing::makeScene;
 using testing::saveImage;
@@ -213,8 +212,6 @@ TEST(FeatureExtractor, UnreadableOrNonImageFilesGiveNoFeatures) {
     // The good file is still measured after all that.
     EXPECT_TRUE(FeatureExtractor::features(good, false));
 }
-
-// NOLINTEND(bugprone-unchecked-optional-access)
 
 } // namespace
 } // namespace brevant

@@ -12,7 +12,6 @@ namespace {
 
 // The ASSERTs before each access guard these optionals; the check cannot
 // see through GoogleTest's macros.
-// NOLINTBEGIN(bugprone-unchecked-optional-access)
 
 using platform::GreySquare;
 using testing::ScopedTimeZone;
@@ -122,8 +121,6 @@ TEST(FeatureHashes, ExifDateMustMatchThePatternExactly) {
         EXPECT_FALSE(FeatureExtractor::captureDateFromExif(text)) << "'" << text << "'";
     }
 }
-
-// NOLINTEND(bugprone-unchecked-optional-access)
 
 } // namespace
 } // namespace brevant

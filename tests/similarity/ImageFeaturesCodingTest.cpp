@@ -12,7 +12,6 @@ namespace {
 
 // The ASSERTs before each access guard these optionals; the check cannot
 // see through GoogleTest's macros.
-// NOLINTBEGIN(bugprone-unchecked-optional-access)
 
 std::vector<std::string> keysOf(const PlistValue& value) {
     std::vector<std::string> keys;
@@ -110,8 +109,6 @@ TEST(QualityScore, PointsMapMinusOneToOneOntoZeroToAHundred) {
     EXPECT_EQ(QualityScore::points(std::numeric_limits<double>::quiet_NaN()), 0);
     EXPECT_EQ(QualityScore::kMargin, 10);
 }
-
-// NOLINTEND(bugprone-unchecked-optional-access)
 
 } // namespace
 } // namespace brevant

@@ -17,7 +17,6 @@ namespace {
 
 // The ASSERTs before each access guard these optionals; the check cannot
 // see through GoogleTest's macros.
-// NOLINTBEGIN(bugprone-unchecked-optional-access)
 
 using testing::ScopedTimeZone;
 using testing::TempTree;
@@ -145,8 +144,6 @@ TEST(SamplePhotos, DamagedSamplesGiveNoFeaturesOrAPartialPicture) {
         }
     }
 }
-
-// NOLINTEND(bugprone-unchecked-optional-access)
 
 } // namespace
 } // namespace brevant

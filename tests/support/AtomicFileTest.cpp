@@ -11,7 +11,6 @@ namespace {
 
 // The ASSERTs before each access guard these optionals; the check cannot
 // see through GoogleTest's macros.
-// NOLINTBEGIN(bugprone-unchecked-optional-access)
 
 using testing::TempTree;
 
@@ -54,8 +53,6 @@ TEST(AtomicFile, AFailedWriteLeavesTheOldFile) {
     EXPECT_FALSE(AtomicFile::write(tree.file("plain", "old") + "/child", bytesOf("x")));
     EXPECT_EQ(testing::readFile(tree.path("plain")), "old");
 }
-
-// NOLINTEND(bugprone-unchecked-optional-access)
 
 } // namespace
 } // namespace brevant
