@@ -9,7 +9,7 @@
 //   Holidays/  originals, a resized copy, a quarter-turned copy, an XMP
 //              sidecar and a Live Photo pair (HEIC + MOV)
 //   Backup/    byte-for-byte copies of two originals
-//   Exports/   a JPEG re-saved at quality 60 and a 16:9 crop
+//   Exports/   a JPEG re-saved at quality 60, a darker edit and a 16:9 crop
 //   Burst/     four frames one second apart, the subject moving
 //   Others/    unrelated pictures
 #include "tests/fixtures/ImageFixtures.hpp"
@@ -93,6 +93,8 @@ void makeLibrary() {
     // Other versions of the same photos.
     saveImage(beach.resize(0.5), at("Holidays/IMG_1001 small.jpg"), {.quality = 85});
     saveImage(harbour, at("Exports/IMG_1002 web.jpg"), {.quality = 60});
+    saveImage((beach * 0.55).cast(VIPS_FORMAT_UCHAR), at("Exports/IMG_1001 evening.jpg"),
+              {.quality = 88});
     saveImage(market.rot90(), at("Holidays/IMG_1003 turned.jpg"), {.quality = 88});
     int cropHeight = kWidth * 9 / 16;
     saveImage(hills.extract_area(0, (kHeight - cropHeight) / 2, kWidth, cropHeight),

@@ -1,12 +1,18 @@
 #include "CommandLineReport.hpp"
 
-#include "engine/scan/PathRules.hpp"
-#include "engine/support/PathText.hpp"
+#include "app/cli/Interrupts.hpp"
+#include "app/cli/ProgressLine.hpp"
+#include "app/cli/Terminal.hpp"
+#include "engine/platform/ProcessInfo.hpp"
+#include "engine/scan/ExactMatcher.hpp"
+#include "engine/similarity/QualityHints.hpp"
+#include "engine/similarity/SimilarityMatcher.hpp"
+#include "engine/similarity/SimilarityThresholds.hpp"
 
 #include <algorithm>
 #include <fmt/format.h>
 
-namespace brevant {
+namespace brevant::cli {
 
 std::optional<CommandLineReport::Request>
 CommandLineReport::parse(const std::vector<std::string>& arguments) {
@@ -33,11 +39,57 @@ CommandLineReport::parse(const std::vector<std::string>& arguments) {
     return request;
 }
 
-std::string CommandLineReport::shownPath(const std::string& path, const std::string& home) {
-    if (!home.empty() && home != "/" && PathRules::isInside(path, home)) {
-        return path_text::display("~" + path.substr(home.size()));
+std::optional<int> CommandLineReport::runIfAsked(const std::vector<std::string>& arguments) {
+    auto request = parse(arguments);
+    if (!request) {
+        return std::nullopt;
     }
-    return path_text::display(path);
+    return run(*request, stdout, isTerminal(stderr));
+}
+
+int CommandLineReport::run(const Request& request, std::FILE* out, bool progress) {
+    ProgressLine line(stderr);
+    ScanResult scan;
+    {
+        CancellationFlag cancel;
+        InterruptWatcher watcher(cancel, kCancelled);
+        ExactMatcher::Progress shown;
+        if (progress) {
+            shown = [&line](const ScanProgress& now) { line.show(now); };
+        }
+        scan = ExactMatcher::scan(request.folders, true, std::nullopt, cancel, shown);
+    }
+    std::optional<SimilarityIndex> index;
+    if (!scan.cancelled) {
+        CancellationFlag cancel;
+        InterruptWatcher watcher(cancel, kCancelled);
+        int total = static_cast<int>(scan.pictures.size());
+        SimilarityMatcher::Progress shown;
+        if (progress) {
+            shown = [&line, total](int done) {
+                line.show(ScanProgress::Stage::measuring, done, total);
+            };
+        }
+        index = SimilarityMatcher::index(std::move(scan.pictures), nullptr, false, cancel, shown);
+    }
+    line.clear();
+    if (!index) {
+        fmt::print(out, "cancelled\n");
+        return kCancelled;
+    }
+
+    std::vector<DuplicateGroup> groups =
+        request.mode == Mode::similar ? index->groups(request.preset)
+                                      : index->series(3.0, SimilarityThresholds::kSeriesRelated);
+    std::unordered_map<std::string, std::string> hints;
+    std::unordered_map<std::string, int> scores;
+    for (const auto& group : groups) {
+        hints.merge(QualityHints::hints(group, *index));
+        scores.merge(QualityHints::scores(group, *index));
+    }
+    fmt::print(out, "{}", render(request, groups, *index, hints, scores, platform::homeFolder()));
+    std::fflush(out);
+    return kSuccess;
 }
 
 std::string CommandLineReport::render(const Request& request,
@@ -70,4 +122,4 @@ std::string CommandLineReport::render(const Request& request,
     return out;
 }
 
-} // namespace brevant
+} // namespace brevant::cli

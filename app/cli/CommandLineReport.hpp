@@ -4,12 +4,13 @@
 #include "engine/similarity/SimilarityIndex.hpp"
 #include "engine/similarity/SimilarityPreset.hpp"
 
+#include <cstdio>
 #include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
-namespace brevant {
+namespace brevant::cli {
 
 // Prints similar groups or series for some folders when the program is
 // started with --similar or --series, without changing any file.
@@ -31,19 +32,22 @@ struct CommandLineReport {
     // nothing when it asks for no report.
     [[nodiscard]] static std::optional<Request> parse(const std::vector<std::string>& arguments);
 
+    static constexpr int kSuccess = 0;
+    static constexpr int kCancelled = 1;
+
     // When the arguments ask for a report: runs it, prints it to standard
-    // output and answers the exit status (0, or 1 when measuring was
-    // cancelled). Nothing otherwise, and the program goes on as usual.
+    // output and answers the exit status (0, or 1 with "cancelled" when
+    // Ctrl-C stopped it). Nothing otherwise, and the program goes on as usual.
     [[nodiscard]] static std::optional<int> runIfAsked(const std::vector<std::string>& arguments);
+
+    // The run itself, with a progress line on standard error when `progress`.
+    [[nodiscard]] static int run(const Request& request, std::FILE* out, bool progress);
 
     // The report's text for groups made from the index.
     [[nodiscard]] static std::string
     render(const Request& request, const std::vector<DuplicateGroup>& groups,
            const SimilarityIndex& index, const std::unordered_map<std::string, std::string>& hints,
            const std::unordered_map<std::string, int>& scores, const std::string& home);
-
-    // The path as shown: the home folder as "~", on one line.
-    [[nodiscard]] static std::string shownPath(const std::string& path, const std::string& home);
 };
 
-} // namespace brevant
+} // namespace brevant::cli

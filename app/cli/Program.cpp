@@ -1,5 +1,6 @@
 #include "Program.hpp"
 
+#include "app/cli/CommandLineReport.hpp"
 #include "app/cli/ScanCommand.hpp"
 
 #include <cstdio>
@@ -16,6 +17,8 @@ void printUsage(std::FILE* stream) {
                "Brevant {}: finds photos saved more than once.\n"
                "\n"
                "Usage:\n"
+               "  brevant --similar [conservative|balanced|broad] FOLDER...\n"
+               "  brevant --series FOLDER...\n"
                "{}"
                "  brevant --version\n"
                "  brevant --help\n",
@@ -25,6 +28,10 @@ void printUsage(std::FILE* stream) {
 } // namespace
 
 int run(const std::vector<std::string>& arguments) {
+    // The report looks at the whole argument list before anything else.
+    if (auto status = CommandLineReport::runIfAsked(arguments)) {
+        return *status;
+    }
     if (arguments.size() >= 2 && arguments[1] == "scan") {
         return ScanCommand::main({arguments.begin() + 2, arguments.end()});
     }

@@ -1,6 +1,7 @@
 #include "ScanCommand.hpp"
 
 #include "app/cli/Interrupts.hpp"
+#include "app/cli/ProgressLine.hpp"
 #include "app/cli/Terminal.hpp"
 #include "engine/platform/ProcessInfo.hpp"
 #include "engine/scan/ExactMatcher.hpp"
@@ -65,40 +66,6 @@ std::string_view excludedLabel(Kind kind) {
     }
     return "Folders left out";
 }
-
-// Redraws one line of progress on a terminal, at most ten times a second.
-class ProgressLine {
-public:
-    explicit ProgressLine(std::FILE* stream)
-        : stream_(stream) {}
-
-    void show(const ScanProgress& progress) {
-        auto now = std::chrono::steady_clock::now();
-        if (progress.stage == stage_ && now - shown_ < std::chrono::milliseconds(100)) {
-            return;
-        }
-        stage_ = progress.stage;
-        shown_ = now;
-        fmt::print(stream_, "\r\033[K{}: {} found, {} examined, {} skipped, {} matched",
-                   rawValue(progress.stage), progress.discovered, progress.examined,
-                   progress.skipped, progress.matched);
-        std::fflush(stream_);
-        drawn_ = true;
-    }
-
-    void clear() {
-        if (drawn_) {
-            fmt::print(stream_, "\r\033[K");
-            std::fflush(stream_);
-        }
-    }
-
-private:
-    std::FILE* stream_;
-    ScanProgress::Stage stage_ = ScanProgress::Stage::finishing;
-    std::chrono::steady_clock::time_point shown_;
-    bool drawn_ = false;
-};
 
 // A heading and how many items there are of each kind, in the order of the
 // kinds; nothing when there are no items.

@@ -1,6 +1,7 @@
 #include "BrisqueModel.hpp"
 
-#include <opencv2/imgproc.hpp>
+#include "engine/platform/OpenCvImage.hpp"
+
 #include <opencv2/quality.hpp>
 #include <string>
 
@@ -25,27 +26,14 @@ cv::Ptr<cv::quality::QualityBRISQUE> modelOfThisThread() {
 
 } // namespace
 
-std::optional<double> BrisqueModel::score(const PixelBuffer& image) {
-    if (!image.isValid()) {
-        return std::nullopt;
-    }
+std::optional<double> BrisqueModel::score(const DecodedImage& image) {
     auto model = modelOfThisThread();
-    if (!model) {
+    auto pixels = openCvImage(image);
+    if (!model || !pixels) {
         return std::nullopt;
     }
     try {
-        int type = image.bands == 1 ? CV_8UC1 : CV_8UC3;
-        // OpenCV only reads the pixels here.
-        cv::Mat pixels(image.height, image.width, type,
-                       const_cast<std::uint8_t*>(image.pixels.data())); // NOLINT
-        cv::Mat bgr;
-        if (image.bands == 3) {
-            cv::cvtColor(pixels, bgr, cv::COLOR_RGB2BGR);
-        } else {
-            bgr = pixels;
-        }
-        cv::Scalar result = model->compute(bgr);
-        return result[0];
+        return model->compute(*pixels)[0];
     } catch (const cv::Exception&) {
         return std::nullopt;
     }

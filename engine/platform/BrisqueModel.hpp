@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/platform/PixelBuffer.hpp"
+#include "engine/platform/DecodedImage.hpp"
 
 #include <optional>
 
@@ -10,7 +10,7 @@ namespace brevant::platform {
 // database). Lower is better: about 0 to 100 for ordinary photos.
 struct BrisqueModel {
     // Nothing when the model files are missing or the picture is unusable.
-    [[nodiscard]] static std::optional<double> score(const PixelBuffer& image);
+    [[nodiscard]] static std::optional<double> score(const DecodedImage& image);
 };
 
 } // namespace brevant::platform

@@ -1,5 +1,7 @@
 #include "FaceDetector.hpp"
 
+#include "engine/platform/OpenCvImage.hpp"
+
 #include <algorithm>
 #include <memory>
 #include <opencv2/imgproc.hpp>
@@ -69,25 +71,19 @@ DetectedFace judge(Cascades& cascades, const cv::Mat& grey, const cv::Rect& box)
 
 } // namespace
 
-std::optional<std::vector<DetectedFace>> FaceDetector::detect(const PixelBuffer& image,
+std::optional<std::vector<DetectedFace>> FaceDetector::detect(const DecodedImage& image,
                                                               int minWidth) {
-    if (!image.isValid()) {
-        return std::nullopt;
-    }
     Cascades& cascades = cascadesOfThisThread();
-    if (!cascades.loaded) {
+    auto pixels = openCvImage(image);
+    if (!cascades.loaded || !pixels) {
         return std::nullopt;
     }
     try {
-        int type = image.bands == 1 ? CV_8UC1 : CV_8UC3;
-        // OpenCV only reads the pixels here.
-        cv::Mat pixels(image.height, image.width, type,
-                       const_cast<std::uint8_t*>(image.pixels.data())); // NOLINT
         cv::Mat grey;
-        if (image.bands == 1) {
-            grey = pixels.clone();
+        if (pixels->channels() == 1) {
+            grey = *pixels;
         } else {
-            cv::cvtColor(pixels, grey, cv::COLOR_RGB2GRAY);
+            cv::cvtColor(*pixels, grey, cv::COLOR_BGR2GRAY);
         }
         cv::equalizeHist(grey, grey);
         std::vector<cv::Rect> faces;

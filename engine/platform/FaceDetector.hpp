@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/platform/PixelBuffer.hpp"
+#include "engine/platform/DecodedImage.hpp"
 
 #include <optional>
 #include <vector>
@@ -24,7 +24,7 @@ struct DetectedFace {
 struct FaceDetector {
     // Every face at least `minWidth` pixels wide; nothing when the detector
     // files cannot be loaded or the picture is unusable.
-    [[nodiscard]] static std::optional<std::vector<DetectedFace>> detect(const PixelBuffer& image,
+    [[nodiscard]] static std::optional<std::vector<DetectedFace>> detect(const DecodedImage& image,
                                                                          int minWidth);
 };
 

@@ -1,5 +1,10 @@
 #include "FaceCheck.hpp"
 
+#include "engine/platform/FaceDetector.hpp"
+#include "engine/platform/ImageDecoder.hpp"
+
+#include <algorithm>
+#include <cmath>
 #include <fmt/format.h>
 
 namespace brevant {
@@ -12,6 +17,35 @@ bool samePeople(const FaceReading& a, const FaceReading& b) {
 }
 
 } // namespace
+
+std::optional<FaceReading> FaceCheck::reading(const platform::DecodedImage& image) {
+    double longest = std::max(image.width(), image.height());
+    // Smaller faces are not looked for at all, so they count neither as open
+    // nor as closed.
+    int minWidth = static_cast<int>(std::ceil(kMinFaceFraction * longest));
+    auto faces = platform::FaceDetector::detect(image, minWidth);
+    if (!faces) {
+        return std::nullopt;
+    }
+    FaceReading result{.revision = kRevision};
+    for (const auto& face : *faces) {
+        if (face.width < kMinFaceFraction * longest) {
+            continue;
+        }
+        result.faces += 1;
+        result.eyesClosed += (face.leftEyeClosed || face.rightEyeClosed) ? 1 : 0;
+        result.smiling += face.smiling ? 1 : 0;
+    }
+    return result;
+}
+
+std::optional<FaceReading> FaceCheck::reading(const std::string& path) {
+    auto decoded = platform::ImageDecoder::decode(path, kRenditionSize);
+    if (!decoded) {
+        return std::nullopt;
+    }
+    return reading(decoded->thumbnail);
+}
 
 const std::string& FaceCheck::explanation() {
     static const std::string text =

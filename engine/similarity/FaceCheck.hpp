@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/platform/DecodedImage.hpp"
 #include "engine/similarity/FaceReading.hpp"
 
 #include <optional>
@@ -12,6 +13,14 @@ struct FaceCheck {
     static constexpr int kRenditionSize = 1600;
     static constexpr double kMinFaceFraction = 0.05;
     static constexpr int kRevision = 1;
+
+    // Faces big enough to judge in an upright picture; nothing when the
+    // detector cannot run.
+    [[nodiscard]] static std::optional<FaceReading> reading(const platform::DecodedImage& image);
+
+    // The same for a file, decoded upright to at most kRenditionSize pixels
+    // on its long side; nothing when it cannot be read as a picture.
+    [[nodiscard]] static std::optional<FaceReading> reading(const std::string& path);
 
     // Shown beside the notes.
     [[nodiscard]] static const std::string& explanation();

@@ -1,8 +1,12 @@
 #include "app/cli/CommandLineReport.hpp"
 
+#include "tests/fixtures/TempTree.hpp"
+
 #include <gtest/gtest.h>
 
-namespace brevant {
+#include <cstdio>
+
+namespace brevant::cli {
 namespace {
 
 using Mode = CommandLineReport::Mode;
@@ -31,15 +35,6 @@ TEST(CommandLineReport, Grammar) {
     EXPECT_EQ(parse({"--series", "broad"}), (Request{Mode::series, SimilarityPreset::broad, {}}));
 }
 
-TEST(CommandLineReport, ShowsHomeAsTildeAndKeepsEachPathOnOneLine) {
-    EXPECT_EQ(CommandLineReport::shownPath("/home/anna/Pictures/a.jpg", "/home/anna"),
-              "~/Pictures/a.jpg");
-    EXPECT_EQ(CommandLineReport::shownPath("/home/annabel/a.jpg", "/home/anna"),
-              "/home/annabel/a.jpg");
-    EXPECT_EQ(CommandLineReport::shownPath("/home/anna/two\nlines.jpg", "/home/anna"),
-              "~/two\\nlines.jpg");
-}
-
 TEST(CommandLineReport, RendersGroupsScoresHintsAndSummary) {
     std::vector<PhotoAsset> pictures(3);
     pictures[0].path = "/home/anna/P/a.jpg";
@@ -64,5 +59,51 @@ TEST(CommandLineReport, RendersGroupsScoresHintsAndSummary) {
               "\n2 pictures measured, 1 close pairs, 0 series\n");
 }
 
+// Standard output of a command line.
+std::string outputOf(const std::string& commandLine) {
+    std::string out;
+    std::FILE* pipe = ::popen(commandLine.c_str(), "r");
+    if (pipe == nullptr) {
+        return out;
+    }
+    char buffer[4096];
+    for (std::size_t n; (n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;) {
+        out.append(buffer, n);
+    }
+    ::pclose(pipe);
+    return out;
+}
+
+std::string replaced(std::string text, const std::string& from, const std::string& to) {
+    for (auto at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size())) {
+        text.replace(at, from.size(), to);
+    }
+    return text;
+}
+
+TEST(CommandLineReport, PrintsTheSampleLibraryAsExpected) {
+    testing::TempTree tree;
+    std::string library = tree.path("library");
+    ASSERT_EQ(
+        testing::runCommand(std::string(BREVANT_SAMPLE_TOOL) + " '" + library + "' >/dev/null"), 0);
+    for (const std::string mode : {"similar", "series"}) {
+        std::string printed =
+            outputOf(std::string(BREVANT_BINARY) + " --" + mode + " '" + library + "' 2>/dev/null");
+        std::string expected = testing::readFile(std::string(BREVANT_SOURCE_DIR) +
+                                                 "/tests/app/expected/sample-" + mode + ".txt");
+        ASSERT_FALSE(expected.empty());
+        EXPECT_EQ(replaced(printed, library, "SAMPLE"), expected) << mode;
+    }
+    // Nothing was changed: the folder still holds what the tool wrote.
+    EXPECT_EQ(testing::runCommand("test $(find '" + library + "' -type f | wc -l) -eq 22"), 0);
+}
+
+TEST(CommandLineReport, ReportsOverNothingWithZeroCounts) {
+    testing::TempTree tree;
+    std::string printed = outputOf(std::string(BREVANT_BINARY) + " --series '" +
+                                   tree.path("missing") + "' 2>/dev/null; echo status $?");
+    EXPECT_EQ(printed, "\n0 pictures measured, 0 close pairs, 0 series\nstatus 0\n");
+}
+
 } // namespace
-} // namespace brevant
+} // namespace brevant::cli

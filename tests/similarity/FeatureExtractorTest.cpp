@@ -6,6 +6,7 @@
 
 #include "engine/platform/ImageDecoder.hpp"
 #include "engine/similarity/FaceCheck.hpp"
+#include "engine/similarity/QualityScore.hpp"
 
 #include <gtest/gtest.h>
 
@@ -47,12 +48,15 @@ TEST(FeatureExtractor, MeasuresEveryFieldOfAPicture) {
     EXPECT_GE(features->clipped, 0);
     EXPECT_LT(features->clipped, 1);
     EXPECT_FALSE(features->captureDate);
-    // No feature-print model or quality model on Linux yet: absent, as allowed.
+    // No feature-print model on Linux yet: absent, as allowed. The quality
+    // score comes with its utility verdict and revision.
     EXPECT_FALSE(features->featurePrint);
     EXPECT_EQ(features->featurePrintRevision, 0);
-    EXPECT_FALSE(features->qualityScore);
-    EXPECT_FALSE(features->isUtility);
-    EXPECT_FALSE(features->qualityRevision);
+    ASSERT_TRUE(features->qualityScore);
+    EXPECT_GE(*features->qualityScore, 0);
+    EXPECT_LE(*features->qualityScore, 100);
+    EXPECT_EQ(features->isUtility, false);
+    EXPECT_EQ(features->qualityRevision, QualityScore::kRevision);
     EXPECT_FALSE(features->faces);
 }
 
