@@ -39,7 +39,7 @@ TEST(QualityScore, RanksASharpPhotoAboveBlurredAndRecompressedCopies) {
         GTEST_SKIP() << "no sample photo at " << kPhoto;
     }
     testing::TempTree tree;
-    vips::VImage photo = vips::VImage::new_from_file(kPhoto.c_str());
+    vips::VImage photo = testing::openImage(kPhoto);
     std::string sharp = tree.path("sharp.png");
     testing::saveImage(photo, sharp);
     std::string blurred = tree.path("blurred.png");

@@ -1,5 +1,6 @@
 // Real photos from the shared sample folder; every test skips when it is
 // not there.
+#include "tests/fixtures/ImageFixtures.hpp"
 #include "tests/fixtures/ScopedTimeZone.hpp"
 #include "tests/fixtures/TempTree.hpp"
 
@@ -65,7 +66,7 @@ TEST(SamplePhotos, ResavedAndHalvedCopiesStayWithinTwelveBits) {
         ASSERT_TRUE(original) << photo;
         // Decoded upright once, then written again as a JPEG at quality 60
         // and at half the size.
-        VImage upright = VImage::new_from_file(photo.c_str()).autorot();
+        VImage upright = testing::openImage(photo).autorot();
         std::string resaved = tree.path("resaved.jpg");
         upright.jpegsave(resaved.c_str(), VImage::option()->set("Q", 60));
         std::string halved = tree.path("halved.jpg");
