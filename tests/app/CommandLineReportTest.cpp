@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <fmt/format.h>
 
 namespace brevant::cli {
 namespace {
@@ -88,7 +89,7 @@ TEST(CommandLineReport, PrintsTheSampleLibraryAsExpected) {
         testing::runCommand(std::string(BREVANT_SAMPLE_TOOL) + " '" + library + "' >/dev/null"), 0);
     for (const std::string mode : {"similar", "series"}) {
         std::string printed =
-            outputOf(std::string(BREVANT_BINARY) + " --" + mode + " '" + library + "' 2>/dev/null");
+            outputOf(fmt::format("{} --{} '{}' 2>/dev/null", BREVANT_BINARY, mode, library));
         std::string expected = testing::readFile(std::string(BREVANT_SOURCE_DIR) +
                                                  "/tests/app/expected/sample-" + mode + ".txt");
         ASSERT_FALSE(expected.empty());
