@@ -249,6 +249,7 @@ proposeInBlockWith(const HashTable& table, int block,
             result.pairs.push_back(*pair);
         }
     });
+    result.pairs.shrink_to_fit();
     return result;
 }
 
@@ -294,13 +295,25 @@ SimilarityMatcher::candidatePairs(const std::vector<PhotoAsset>& pictures,
         return std::nullopt;
     }
 
+    // Gathered into one list of exactly the right size, each block's list
+    // released as soon as it is copied: with millions of pairs the lists
+    // are most of the memory.
     Candidates candidates;
+    std::size_t total = neighbours.size();
+    for (const auto& chunk : chunks) {
+        if (!chunk) {
+            return std::nullopt;
+        }
+        total += chunk->pairs.size();
+    }
+    candidates.pairs.reserve(total);
     for (auto& chunk : chunks) {
         if (!chunk) {
             return std::nullopt;
         }
         candidates.proposed += chunk->proposed;
         candidates.pairs.insert(candidates.pairs.end(), chunk->pairs.begin(), chunk->pairs.end());
+        std::vector<SimilarPair>().swap(chunk->pairs);
     }
     // Time neighbours that the hashes did not propose.
     std::vector<int> compactOf(features.size(), -1);
