@@ -48,7 +48,11 @@ public:
     [[nodiscard]] std::vector<DuplicateGroup> groups(SimilarityPreset preset) const;
     [[nodiscard]] std::vector<DuplicateGroup> groups(double maxDistance) const;
     // Bursts: shots of one folder at most `window` seconds apart whose pair
-    // is within `relatedDistance`.
+    // is within `relatedDistance`. A picture without features or without a
+    // capture date cannot be placed in time, so it is left out and does not
+    // break a run. Series are formed over all pictures, whether or not they
+    // are also in a similar group: a burst is judged as a whole, and which
+    // copy of a near-identical pair to keep is the similar group's question.
     [[nodiscard]] std::vector<DuplicateGroup> series(double window, double relatedDistance) const;
 
     // Members in ascending picture index; the id is the kind and the first
