@@ -1,5 +1,6 @@
 #include "engine/scan/ExactMatcher.hpp"
 
+#include "tests/fixtures/Groups.hpp"
 #include "tests/fixtures/TempTree.hpp"
 #include "tests/scan/ScanFixtures.hpp"
 
@@ -13,6 +14,8 @@
 namespace brevant {
 namespace {
 
+using testing::memberPaths;
+
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using testing::TempTree;
@@ -21,15 +24,6 @@ ScanResult scanTree(const TempTree& tree, const ExactMatcher::Hooks& hooks = {},
                     const ExactMatcher::Progress& progress = nullptr, bool keepPictures = false) {
     CancellationFlag cancel;
     return ExactMatcher::scan({tree.root()}, keepPictures, std::nullopt, cancel, progress, hooks);
-}
-
-std::vector<std::string> memberPaths(const DuplicateGroup& group) {
-    std::vector<std::string> paths;
-    paths.reserve(group.members.size());
-    for (const auto& member : group.members) {
-        paths.push_back(member.path);
-    }
-    return paths;
 }
 
 const SkippedFile* skippedAt(const ScanResult& result, const std::string& path) {

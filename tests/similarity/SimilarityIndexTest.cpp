@@ -1,21 +1,16 @@
 #include "engine/similarity/SimilarityIndex.hpp"
 
+#include "tests/fixtures/Groups.hpp"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace brevant {
 namespace {
 
-using ::testing::ElementsAre;
+using testing::memberPaths;
 
-std::vector<std::string> paths(const DuplicateGroup& group) {
-    std::vector<std::string> result;
-    result.reserve(group.members.size());
-    for (const auto& member : group.members) {
-        result.push_back(member.path);
-    }
-    return result;
-}
+using ::testing::ElementsAre;
 
 SimilarityIndex indexOf(int count, std::vector<SimilarPair> pairs,
                         const std::vector<std::int64_t>& sizes = {},
@@ -49,7 +44,7 @@ TEST(SimilarityIndex, PresetsDecideWhichPairsGroup) {
     ASSERT_EQ(broad.size(), 3u);
     ASSERT_EQ(balanced.size(), 2u);
     ASSERT_EQ(conservative.size(), 1u);
-    EXPECT_THAT(paths(conservative[0]), ElementsAre("/p/e.jpg", "/p/f.jpg"));
+    EXPECT_THAT(memberPaths(conservative[0]), ElementsAre("/p/e.jpg", "/p/f.jpg"));
     EXPECT_EQ(conservative[0].kind, MatchKind::similar);
     EXPECT_EQ(conservative[0].id, "similar:/p/e.jpg");
     EXPECT_EQ(conservative[0].spread, 12.0f);
@@ -67,16 +62,16 @@ TEST(SimilarityIndex, GroupingIsCompleteLink) {
     auto chain = indexOf(3, {pair(0, 1, 2), pair(1, 2, 5)});
     auto groups = chain.groups(SimilarityPreset::balanced);
     ASSERT_EQ(groups.size(), 1u);
-    EXPECT_THAT(paths(groups[0]), ElementsAre("/p/a.jpg", "/p/b.jpg"));
+    EXPECT_THAT(memberPaths(groups[0]), ElementsAre("/p/a.jpg", "/p/b.jpg"));
 
     // With A-C as well, C joins; two clusters merge only when fully linked.
     auto full =
         indexOf(5, {pair(0, 1, 1), pair(1, 2, 3), pair(0, 2, 4), pair(3, 4, 1), pair(2, 3, 2)});
     auto merged = full.groups(SimilarityPreset::balanced);
     ASSERT_EQ(merged.size(), 2u);
-    EXPECT_THAT(paths(merged[0]), ElementsAre("/p/a.jpg", "/p/b.jpg", "/p/c.jpg"));
+    EXPECT_THAT(memberPaths(merged[0]), ElementsAre("/p/a.jpg", "/p/b.jpg", "/p/c.jpg"));
     EXPECT_EQ(merged[0].spread, 4.0f);
-    EXPECT_THAT(paths(merged[1]), ElementsAre("/p/d.jpg", "/p/e.jpg"));
+    EXPECT_THAT(memberPaths(merged[1]), ElementsAre("/p/d.jpg", "/p/e.jpg"));
 }
 
 TEST(SimilarityIndex, GroupsAreOrderedByBytesFreedThenPath) {
@@ -97,8 +92,8 @@ TEST(SimilarityIndex, SeriesFollowBurstsWithinTheWindow) {
     auto series = index.series(3.0, 34.0);
     ASSERT_EQ(series.size(), 2u);
     EXPECT_EQ(series[0].kind, MatchKind::series);
-    EXPECT_THAT(paths(series[0]), ElementsAre("/p/a.jpg", "/p/b.jpg")); // 2.5 s apart
-    EXPECT_THAT(paths(series[1]), ElementsAre("/p/c.jpg", "/p/d.jpg")); // 3.5 s gap before c
+    EXPECT_THAT(memberPaths(series[0]), ElementsAre("/p/a.jpg", "/p/b.jpg")); // 2.5 s apart
+    EXPECT_THAT(memberPaths(series[1]), ElementsAre("/p/c.jpg", "/p/d.jpg")); // 3.5 s gap before c
     EXPECT_EQ(series[0].spread, 30.0f);
     // Too far apart in looks ends the run too.
     EXPECT_TRUE(index.series(3.0, 29.0).empty());

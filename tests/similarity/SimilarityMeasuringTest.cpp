@@ -1,3 +1,4 @@
+#include "tests/fixtures/Groups.hpp"
 #include "tests/fixtures/ImageFixtures.hpp"
 #include "tests/fixtures/TempTree.hpp"
 
@@ -10,6 +11,8 @@
 namespace brevant {
 namespace {
 
+using testing::memberPaths;
+
 using ::testing::ElementsAre;
 
 PhotoAsset assetAt(const std::string& path) {
@@ -17,15 +20,6 @@ PhotoAsset assetAt(const std::string& path) {
     asset.path = path;
     asset.snapshot = FileSnapshot::read(path).value_or(FileSnapshot{});
     return asset;
-}
-
-std::vector<std::string> paths(const DuplicateGroup& group) {
-    std::vector<std::string> result;
-    result.reserve(group.members.size());
-    for (const auto& member : group.members) {
-        result.push_back(member.path);
-    }
-    return result;
 }
 
 TEST(SimilarityMeasuring, MeasuresThroughTheCacheAndGroups) {
@@ -51,7 +45,7 @@ TEST(SimilarityMeasuring, MeasuresThroughTheCacheAndGroups) {
         EXPECT_EQ(index->features[3], std::nullopt);
         auto groups = index->groups(SimilarityPreset::conservative);
         ASSERT_EQ(groups.size(), 1U);
-        EXPECT_THAT(paths(groups[0]), ElementsAre(original, small));
+        EXPECT_THAT(memberPaths(groups[0]), ElementsAre(original, small));
         EXPECT_FALSE(reported.empty());
         EXPECT_TRUE(std::ranges::is_sorted(reported));
         EXPECT_LE(reported.back(), 4);
