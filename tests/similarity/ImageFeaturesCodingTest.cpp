@@ -1,11 +1,9 @@
 #include "engine/platform/BinaryPlist.hpp"
 #include "engine/similarity/ImageFeatures.hpp"
-#include "engine/similarity/QualityScore.hpp"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 
 namespace brevant {
 namespace {
@@ -95,19 +93,6 @@ TEST(ImageFeaturesCoding, MissingOrMistypedFieldsAreNotARecord) {
     // A date value stored by another writer reads as the same instant.
     auto dated = without("captureDate", PlistValue(Date{86400}));
     EXPECT_TRUE(dated);
-}
-
-TEST(QualityScore, PointsMapMinusOneToOneOntoZeroToAHundred) {
-    EXPECT_EQ(QualityScore::points(-1), 0);
-    EXPECT_EQ(QualityScore::points(-3), 0);
-    EXPECT_EQ(QualityScore::points(-0.99), 1);
-    EXPECT_EQ(QualityScore::points(0), 50);
-    EXPECT_EQ(QualityScore::points(0.5), 75);
-    EXPECT_EQ(QualityScore::points(0.123), 56);
-    EXPECT_EQ(QualityScore::points(1), 100);
-    EXPECT_EQ(QualityScore::points(7), 100);
-    EXPECT_EQ(QualityScore::points(std::numeric_limits<double>::quiet_NaN()), 0);
-    EXPECT_EQ(QualityScore::kMargin, 10);
 }
 
 } // namespace

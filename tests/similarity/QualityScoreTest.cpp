@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <limits>
 
 namespace brevant {
 namespace {
@@ -30,7 +31,10 @@ TEST(QualityScore, MapsBrisqueOntoPoints) {
     EXPECT_EQ(QualityScore::points(QualityScore::rawFromBrisque(140)), 0);
     EXPECT_EQ(QualityScore::points(QualityScore::rawFromBrisque(-10)), 100);
     EXPECT_EQ(QualityScore::points(-1.0), 0);
+    EXPECT_EQ(QualityScore::points(-0.99), 1);
     EXPECT_EQ(QualityScore::points(0.5), 75);
+    EXPECT_EQ(QualityScore::points(7.0), 100);
+    EXPECT_EQ(QualityScore::points(std::numeric_limits<double>::quiet_NaN()), 0);
 }
 
 TEST(QualityScore, RanksASharpPhotoAboveBlurredAndRecompressedCopies) {
