@@ -479,7 +479,10 @@ ScanResult Scanner::finish(bool cancelled) {
     if (keepPictures_) {
         for (std::size_t index = 0; index < walk_.found.size(); ++index) {
             const auto& inspection = inspections_[index];
-            if (inspection && inspection->kind == Inspection::Kind::readable) {
+            // A picture skipped while its contents were read is not trusted
+            // by the later steps either.
+            if (inspection && inspection->kind == Inspection::Kind::readable &&
+                !failed_.contains(index)) {
                 result_.pictures.push_back(asset(index));
             }
         }

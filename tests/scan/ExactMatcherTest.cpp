@@ -131,13 +131,16 @@ TEST(ExactMatcher, AFileRewrittenBeforeTheByteComparisonIsLeftOut) {
         ExactMatcher::Hooks hooks;
         hooks.beforeVerifying = [&] { testing::rewriteKeepingSize(rewritten); };
 
-        ScanResult result = scanTree(tree, hooks);
+        ScanResult result = scanTree(tree, hooks, nullptr, true);
 
         EXPECT_THAT(result.groups, IsEmpty());
         ASSERT_EQ(result.skipped.size(), 1u);
         EXPECT_EQ(result.skipped[0].path, rewritten);
         EXPECT_EQ(result.skipped[0].reason, SkipReason::changedDuringScan);
         EXPECT_FALSE(result.cancelled);
+        // The changed file is not handed on to the similarity steps either.
+        ASSERT_EQ(result.pictures.size(), 1u);
+        EXPECT_EQ(result.pictures[0].path, rewriteReference ? b : a);
     }
 }
 
