@@ -28,9 +28,15 @@ int startWithoutArguments() {
 } // namespace
 
 int run(const std::vector<std::string>& arguments) {
-    // The report looks at the whole argument list before anything else.
-    if (auto status = CommandLineReport::runIfAsked(arguments)) {
-        return *status;
+    // The report looks at the whole argument list before anything else,
+    // unless the list starts with one of our commands: those have options
+    // of their own named --similar and --series (`brevant clean --similar
+    // broad`), which must not start a report.
+    bool namesCommand = arguments.size() >= 2 && isCommandName(arguments[1]);
+    if (!namesCommand) {
+        if (auto status = CommandLineReport::runIfAsked(arguments)) {
+            return *status;
+        }
     }
     if (arguments.size() <= 1) {
         return startWithoutArguments();

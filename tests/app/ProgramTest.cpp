@@ -101,14 +101,14 @@ TEST(Program, AScanOfOnlyRefusedFoldersEndsWithItsOwnStatus) {
     EXPECT_EQ(empty.err, "");
 }
 
-TEST(Program, TheReportIsAskedForBeforeAnyCommand) {
+TEST(Program, TheReportIsAskedForBeforeAnythingButACommand) {
     TempTree tree;
     std::string missing = tree.path("missing");
-    // Wherever --similar or --series stands, it wins over commands, help
-    // and options the commands would refuse.
+    // Wherever --similar or --series stands, it wins over help and options
+    // brevant would refuse; a command's name after it is a folder.
     for (const std::string& arguments :
-         {"scan --series '" + missing + "'", "--help --series '" + missing + "'",
-          "--frobnicate --series '" + missing + "' -v"}) {
+         {"--help --series '" + missing + "'", "--frobnicate --series '" + missing + "' -v",
+          "--series '" + missing + "' scan", "'" + missing + "' --series"}) {
         SCOPED_TRACE(arguments);
         Outcome run = runProgram(tree, arguments);
         EXPECT_EQ(run.status, 0);
@@ -117,6 +117,13 @@ TEST(Program, TheReportIsAskedForBeforeAnyCommand) {
     Outcome similar = runProgram(tree, "--series x --similar broad '" + missing + "'");
     EXPECT_EQ(similar.status, 0);
     EXPECT_EQ(similar.out, "\n0 pictures measured, 0 close pairs, 0 similar groups at Broad\n");
+
+    // A line that starts with a command is that command's, whose own
+    // options may be called --similar or --series.
+    Outcome scan = runProgram(tree, "scan --series '" + missing + "'");
+    EXPECT_EQ(scan.status, 2);
+    EXPECT_EQ(scan.out, "");
+    EXPECT_THAT(scan.err, StartsWith("brevant scan: unknown option '--series'\n"));
 }
 
 TEST(Program, WithoutArgumentsOrDisplayPrintsTheUsage) {
