@@ -25,7 +25,9 @@ struct Environment {
     // Where answers to questions come from.
     std::FILE* in = stdin;
     // Set by the first Ctrl-C; long work reads it between items and stops
-    // cleanly. A second Ctrl-C ends the process at once with status 1.
+    // cleanly ("stop after this one"). A second Ctrl-C ends the process at
+    // once with status 1. The program watches Ctrl-C for the whole run, so
+    // a command never installs a watcher of its own.
     const CancellationFlag* cancel = nullptr;
     // Written as "~" at the start of paths.
     std::string home;

@@ -4,9 +4,10 @@
 #include "engine/support/PathText.hpp"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <array>
 #include <fmt/format.h>
 #include <map>
-#include <ranges>
 
 namespace brevant::cli {
 
