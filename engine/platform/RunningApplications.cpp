@@ -37,9 +37,8 @@ std::optional<std::string> firstField(const std::string& path) {
     if (!length) {
         return std::nullopt;
     }
-    std::string text(reinterpret_cast<const char*>(buffer.data()), *length);
-    text.resize(std::min(text.find('\0'), text.find('\n')));
-    return text;
+    std::string_view text(reinterpret_cast<const char*>(buffer.data()), *length);
+    return std::string(text.substr(0, text.find_first_of(std::string_view("\0\n", 2))));
 }
 
 std::optional<int> processID(const char* entry) {
