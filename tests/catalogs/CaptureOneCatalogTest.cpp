@@ -13,7 +13,6 @@ namespace {
 
 using testing::CaptureOneCatalogFixture;
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 using testing::Journal;
 using testing::TempTree;
 using Fixture = CaptureOneCatalogFixture;

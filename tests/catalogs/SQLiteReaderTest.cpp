@@ -12,7 +12,6 @@ namespace brevant {
 namespace {
 
 using ::testing::ElementsAre;
-using testing::Journal;
 using ::testing::Optional;
 using testing::SQLiteFile;
 using testing::TempTree;
