@@ -11,6 +11,7 @@
 #include <fmt/format.h>
 #include <iterator>
 #include <limits>
+#include <unordered_set>
 
 namespace brevant {
 
@@ -88,27 +89,29 @@ public:
         std::string relative = Values::text(Values::column(row, 2));
         std::string name = Values::text(Values::column(row, 4));
         std::string joined = LightroomCatalog::joinedPath(root, relative, name);
-        CaptureOnePhoto photo;
-        photo.isTrashed = Values::integer(Values::column(row, 5)) != 0;
-        photo.ref = refFromRow(row);
         auto real = platform::realPath(joined);
-        photo.exists = real.has_value();
-        photo.path = real.value_or(joined);
         meet(PathRules::parentFolder(joined));
-        return photo;
+        bool isTrashed = Values::integer(Values::column(row, 5)) != 0;
+        return {real.value_or(joined), real.has_value(), isTrashed, refFromRow(row)};
     }
 
     std::vector<std::string> takeRootFolders() { return std::move(rootFolders_); }
 
 private:
+    // Each folder is resolved once, however many images it holds.
     void meet(const std::string& folder) {
+        if (!met_.insert(folder).second) {
+            return;
+        }
         std::string resolved = platform::realPath(folder).value_or(folder);
-        if (std::ranges::find(rootFolders_, resolved) == rootFolders_.end()) {
+        if (resolved_.insert(resolved).second) {
             rootFolders_.push_back(std::move(resolved));
         }
     }
 
     std::string package_;
+    std::unordered_set<std::string> met_;
+    std::unordered_set<std::string> resolved_;
     std::vector<std::string> rootFolders_;
 };
 

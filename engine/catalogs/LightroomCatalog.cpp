@@ -11,6 +11,7 @@
 #include <limits>
 #include <map>
 #include <optional>
+#include <unordered_set>
 
 namespace brevant {
 
@@ -88,18 +89,17 @@ public:
         std::string folder = Values::text(Values::column(row, 2));
         std::string name = Values::text(Values::column(row, 3));
         std::string joined = LightroomCatalog::joinedPath(root, folder, name);
-        LightroomPhoto photo{joined, false, refFromRow(row)};
-        if (auto real = platform::realPath(joined)) {
-            photo = {std::move(*real), true, std::move(photo.ref)};
-        } else if (auto relative = relativeRoot(root)) {
-            if (auto found =
-                    platform::realPath(LightroomCatalog::joinedPath(*relative, folder, name))) {
-                photo = {std::move(*found), true, std::move(photo.ref)};
-                root = *relative;
+        auto real = platform::realPath(joined);
+        if (!real) {
+            if (auto relative = relativeRoot(root)) {
+                real = platform::realPath(LightroomCatalog::joinedPath(*relative, folder, name));
+                if (real) {
+                    root = std::move(*relative);
+                }
             }
         }
         meet(root);
-        return photo;
+        return {real.value_or(joined), real.has_value(), refFromRow(row)};
     }
 
     std::vector<std::string> takeRootFolders() { return std::move(rootFolders_); }
@@ -113,15 +113,21 @@ private:
         return withSlash(catalogFolder_) + it->second;
     }
 
+    // Each root is resolved once, however many photos it holds.
     void meet(const std::string& root) {
+        if (!met_.insert(root).second) {
+            return;
+        }
         std::string resolved = platform::realPath(root).value_or(root);
-        if (std::ranges::find(rootFolders_, resolved) == rootFolders_.end()) {
+        if (resolved_.insert(resolved).second) {
             rootFolders_.push_back(std::move(resolved));
         }
     }
 
     std::string catalogFolder_;
     std::map<std::string, std::string> relativeRoots_;
+    std::unordered_set<std::string> met_;
+    std::unordered_set<std::string> resolved_;
     std::vector<std::string> rootFolders_;
 };
 
