@@ -1,6 +1,7 @@
 #include "ApplicationCheck.hpp"
 
 #include "engine/platform/FileStatus.hpp"
+#include "engine/scan/FileSnapshot.hpp"
 
 #include <algorithm>
 
@@ -9,7 +10,7 @@ namespace brevant {
 bool ApplicationCheck::isOpen(const std::string& lockFile,
                               const std::vector<std::string_view>& prefixes,
                               const RunningApplications& running) {
-    if (platform::snapshotOfPath(lockFile)) {
+    if (FileSnapshot::read(lockFile)) {
         return true;
     }
     if (!running) {

@@ -3,6 +3,7 @@
 #include "engine/catalogs/SQLiteReader.hpp"
 #include "engine/platform/FileStatus.hpp"
 #include "engine/platform/LocalTime.hpp"
+#include "engine/scan/FileSnapshot.hpp"
 #include "engine/scan/PathRules.hpp"
 
 #include <sqlite3.h>
@@ -33,7 +34,7 @@ struct Close {
 using Connection = std::unique_ptr<sqlite3, Close>;
 
 bool exists(const std::string& path) {
-    return platform::snapshotOfPath(path).has_value();
+    return FileSnapshot::read(path).has_value();
 }
 
 // Creates the destination as an empty file, failing when anything is at that
@@ -81,7 +82,7 @@ std::expected<void, CatalogBackup::Failure> copyPages(sqlite3* source, sqlite3* 
 
 std::expected<void, CatalogBackup::Failure> CatalogBackup::copyDatabase(const std::string& from,
                                                                         const std::string& to) {
-    auto status = platform::snapshotOfPath(from);
+    auto status = FileSnapshot::read(from);
     if (status && status->isSymbolicLink) {
         return std::unexpected(Failure{SQLiteReader::symbolicLinkMessage()});
     }

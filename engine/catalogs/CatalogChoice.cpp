@@ -1,6 +1,6 @@
 #include "CatalogChoice.hpp"
 
-#include "engine/platform/FileStatus.hpp"
+#include "engine/scan/FileSnapshot.hpp"
 #include "engine/scan/PathRules.hpp"
 
 #include <algorithm>
@@ -37,7 +37,7 @@ std::vector<std::string> CatalogChoice::catalogsIn(const std::string& folder,
         }
         std::string path = it->path().string();
         Entry entry{path, name};
-        if (auto status = platform::snapshotOfPath(path)) {
+        if (auto status = FileSnapshot::read(path)) {
             entry.modified = status->modified().secondsSinceReferenceDate;
         }
         entries.push_back(std::move(entry));

@@ -1,6 +1,6 @@
 #include "SQLiteReader.hpp"
 
-#include "engine/platform/FileStatus.hpp"
+#include "engine/scan/FileSnapshot.hpp"
 
 #include <sqlite3.h>
 
@@ -36,7 +36,7 @@ void SQLiteReader::Close::operator()(sqlite3* db) const {
 }
 
 bool SQLiteReader::writeAheadLogIsEmpty(const std::string& path) {
-    auto log = platform::snapshotOfPath(path + "-wal");
+    auto log = FileSnapshot::read(path + "-wal");
     return !log || log->size == 0;
 }
 
@@ -49,7 +49,7 @@ std::string SQLiteReader::uri(const std::string& path, bool immutable) {
 
 std::expected<SQLiteReader, CatalogReadError>
 SQLiteReader::open(const std::string& path, std::optional<bool> immutable, std::string busy) {
-    if (auto status = platform::snapshotOfPath(path); status && status->isSymbolicLink) {
+    if (auto status = FileSnapshot::read(path); status && status->isSymbolicLink) {
         return std::unexpected(CatalogReadError::unreadable(symbolicLinkMessage()));
     }
     bool isImmutable = immutable.value_or(writeAheadLogIsEmpty(path));

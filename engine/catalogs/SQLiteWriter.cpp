@@ -1,7 +1,7 @@
 #include "SQLiteWriter.hpp"
 
 #include "engine/catalogs/SQLiteReader.hpp"
-#include "engine/platform/FileStatus.hpp"
+#include "engine/scan/FileSnapshot.hpp"
 
 #include <sqlite3.h>
 
@@ -14,7 +14,7 @@ void SQLiteWriter::Close::operator()(sqlite3* db) const {
 }
 
 std::expected<SQLiteWriter, SQLiteWriter::Failure> SQLiteWriter::open(const std::string& path) {
-    if (auto status = platform::snapshotOfPath(path); status && status->isSymbolicLink) {
+    if (auto status = FileSnapshot::read(path); status && status->isSymbolicLink) {
         return std::unexpected(Failure{SQLiteReader::symbolicLinkMessage()});
     }
     sqlite3* handle = nullptr;
