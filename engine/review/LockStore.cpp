@@ -68,7 +68,7 @@ LockStore::Lock decodeLock(const Json& object) {
 
 LockStore::LockStore(std::optional<std::string> path, Clock clock)
     : path_(std::move(path))
-    , clock_(std::move(clock)) {
+    , clock_(clock ? std::move(clock) : Clock(Date::now)) {
     load();
 }
 
