@@ -3,6 +3,7 @@
 #include "engine/platform/ProcessInfo.hpp"
 
 #include <cstdlib>
+#include <filesystem>
 
 namespace brevant::platform {
 
@@ -16,11 +17,14 @@ std::optional<std::string> variable(const char* name) {
     return std::string(value);
 }
 
-std::string withoutTrailingSlashes(std::string path) {
-    while (path.size() > 1 && path.back() == '/') {
-        path.pop_back();
+// Only "." and ".." parts and trailing slashes go; nothing is looked up on
+// disk, so links in the path stay as they are.
+std::string normalized(const std::string& path) {
+    std::string folder = std::filesystem::path(path).lexically_normal().string();
+    while (folder.size() > 1 && folder.ends_with('/')) {
+        folder.pop_back();
     }
-    return path;
+    return folder;
 }
 
 std::string joined(const std::string& folder, std::string_view name) {
@@ -50,16 +54,21 @@ DataFolder::Environment DataFolder::processEnvironment() {
 DataFolder DataFolder::locate(const Environment& environment) {
     if (environment.dataDir && !environment.dataDir->empty()) {
         const std::string& chosen = *environment.dataDir;
-        if (chosen.starts_with('/')) {
-            return {withoutTrailingSlashes(chosen)};
-        }
-        return {withoutTrailingSlashes(joined(environment.currentDirectory, chosen))};
+        return {normalized(chosen.starts_with('/') ? chosen
+                                                   : joined(environment.currentDirectory, chosen))};
     }
+    return {joined(dataHome(environment), kFolderName)};
+}
+
+std::string DataFolder::dataHome() {
+    return dataHome(processEnvironment());
+}
+
+std::string DataFolder::dataHome(const Environment& environment) {
     if (environment.xdgDataHome && environment.xdgDataHome->starts_with('/')) {
-        return {joined(withoutTrailingSlashes(*environment.xdgDataHome), kFolderName)};
+        return normalized(*environment.xdgDataHome);
     }
-    std::string share = joined(withoutTrailingSlashes(environment.home), ".local/share");
-    return {joined(share, kFolderName)};
+    return normalized(joined(environment.home, ".local/share"));
 }
 
 std::string DataFolder::featureCache() const {

@@ -39,6 +39,12 @@ struct DataFolder {
     // ~/.local/share/Brevant, with the home folder from the password database.
     [[nodiscard]] static DataFolder current();
     [[nodiscard]] static DataFolder locate(const Environment& environment);
+
+    // The user's data home that the folder above (and the home Trash) lies
+    // in: $XDG_DATA_HOME when it is absolute, else ~/.local/share; "." and
+    // ".." parts and trailing slashes go. BREVANT_DATA_DIR plays no part.
+    [[nodiscard]] static std::string dataHome();
+    [[nodiscard]] static std::string dataHome(const Environment& environment);
     // The process's environment as it stands now; read each time so that a
     // change of BREVANT_DATA_DIR (as tests make) takes effect.
     [[nodiscard]] static Environment processEnvironment();

@@ -6,11 +6,11 @@
 
 namespace brevant::platform {
 
-int renameExclusive(const std::string& from, const std::string& to) {
-    if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) {
-        return 0;
+std::expected<void, int> renameNoReplace(const std::string& from, const std::string& to) {
+    if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) != 0) {
+        return std::unexpected(errno);
     }
-    return errno;
+    return {};
 }
 
 } // namespace brevant::platform

@@ -1,13 +1,15 @@
 #pragma once
 
+#include <expected>
 #include <string>
 
 namespace brevant::platform {
 
-// Gives `from` the name `to` only when nothing has that name yet, in one
-// step (renameat2 with RENAME_NOREPLACE), so nothing is ever overwritten.
-// Answers 0, or the errno value of the failure: EEXIST when `to` is taken,
-// EXDEV when the two are on different volumes.
-[[nodiscard]] int renameExclusive(const std::string& from, const std::string& to);
+// Renames `from` to `to` in one atomic step that never replaces anything
+// (renameat2 with RENAME_NOREPLACE). The error is the system's errno: EEXIST
+// means something is at `to` ("occupied") and nothing moved; EXDEV means the
+// two lie on different volumes, and nothing is ever copied instead.
+[[nodiscard]] std::expected<void, int> renameNoReplace(const std::string& from,
+                                                       const std::string& to);
 
 } // namespace brevant::platform

@@ -3,6 +3,7 @@
 #include "engine/scan/DuplicateGroup.hpp"
 #include "engine/scan/PhotoAsset.hpp"
 #include "engine/similarity/FaceReading.hpp"
+#include "engine/support/Hashing.hpp"
 #include "engine/support/RawValue.hpp"
 
 #include <cstddef>
@@ -125,9 +126,7 @@ void PrintTo(KeeperPolicy::Priority priority, std::ostream* os);
 } // namespace brevant
 
 template <> struct std::hash<brevant::KeeperPolicy::Suggestion> {
-    std::size_t operator()(const brevant::KeeperPolicy::Suggestion& s) const noexcept {
-        std::size_t keeper = std::hash<std::string>{}(s.keeperID);
-        return keeper ^ (std::hash<std::string>{}(s.reason) + 0x9E3779B97F4A7C15ULL +
-                         (keeper << 6) + (keeper >> 2));
+    std::size_t operator()(const brevant::KeeperPolicy::Suggestion& v) const noexcept {
+        return brevant::hashing::all(v.keeperID, v.reason);
     }
 };

@@ -1,7 +1,6 @@
 #include "LockStore.hpp"
 
 #include "engine/platform/ExclusiveRename.hpp"
-#include "engine/platform/FileStatus.hpp"
 #include "engine/support/AtomicFile.hpp"
 #include "engine/support/Json.hpp"
 
@@ -108,7 +107,7 @@ void LockStore::load() {
         return;
     }
     std::string path = *path_;
-    if (!platform::snapshotOfPath(path)) {
+    if (!FileSnapshot::read(path)) {
         return;
     }
     auto bytes = AtomicFile::read(path);
@@ -128,7 +127,7 @@ void LockStore::load() {
 void LockStore::moveAside(const std::string& path) {
     auto seconds = static_cast<std::int64_t>(std::floor(clock_().unixSeconds()));
     std::string aside = fmt::format("{}.damaged-{}", path, seconds);
-    if (platform::renameExclusive(path, aside) == 0) {
+    if (platform::renameNoReplace(path, aside)) {
         movedAside_ = aside;
         return;
     }

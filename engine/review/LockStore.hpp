@@ -3,6 +3,7 @@
 #include "engine/scan/FileSnapshot.hpp"
 #include "engine/scan/PhotoAsset.hpp"
 #include "engine/support/Date.hpp"
+#include "engine/support/Hashing.hpp"
 
 #include <cstddef>
 #include <expected>
@@ -90,12 +91,7 @@ private:
 } // namespace brevant
 
 template <> struct std::hash<brevant::LockStore::Lock> {
-    std::size_t operator()(const brevant::LockStore::Lock& lock) const noexcept {
-        std::size_t h = std::hash<std::string>{}(lock.path);
-        if (lock.identity) {
-            h ^= std::hash<brevant::FileIdentity>{}(*lock.identity) + 0x9E3779B97F4A7C15ULL +
-                 (h << 6) + (h >> 2);
-        }
-        return h ^ (std::hash<double>{}(lock.created.secondsSinceReferenceDate) << 1);
+    std::size_t operator()(const brevant::LockStore::Lock& v) const noexcept {
+        return brevant::hashing::all(v.path, v.identity, v.created.secondsSinceReferenceDate);
     }
 };

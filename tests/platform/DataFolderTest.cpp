@@ -1,46 +1,15 @@
 #include "engine/platform/DataFolder.hpp"
 
+#include "tests/fixtures/ScopedEnvironment.hpp"
+
 #include "engine/platform/ProcessInfo.hpp"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-
 namespace brevant::platform {
 namespace {
 
-// Sets or clears an environment variable for the life of the object.
-class ScopedVariable {
-public:
-    ScopedVariable(const char* name, const char* value)
-        : name_(name) {
-        if (const char* previous = std::getenv(name)) {
-            previous_ = previous;
-        }
-        if (value != nullptr) {
-            ::setenv(name, value, 1);
-        } else {
-            ::unsetenv(name);
-        }
-    }
-
-    ScopedVariable(const ScopedVariable&) = delete;
-    ScopedVariable& operator=(const ScopedVariable&) = delete;
-    ScopedVariable(ScopedVariable&&) = delete;
-    ScopedVariable& operator=(ScopedVariable&&) = delete;
-
-    ~ScopedVariable() {
-        if (previous_) {
-            ::setenv(name_, previous_->c_str(), 1);
-        } else {
-            ::unsetenv(name_);
-        }
-    }
-
-private:
-    const char* name_;
-    std::optional<std::string> previous_;
-};
+using testing::ScopedEnvironment;
 
 DataFolder::Environment homeOnly() {
     return {std::nullopt, std::nullopt, "/home/anna", "/work"};
@@ -65,6 +34,15 @@ TEST(DataFolder, FollowsTheOverrideThenXdgThenTheHomeFolder) {
     EXPECT_EQ(DataFolder::locate(environment).path, "/work/state");
     environment.dataDir = "";
     EXPECT_EQ(DataFolder::locate(environment).path, "/data/anna/Brevant");
+
+    // Only "." and ".." parts and trailing slashes go.
+    environment.xdgDataHome = "/data/./anna/../bob//";
+    EXPECT_EQ(DataFolder::dataHome(environment), "/data/bob");
+    environment.dataDir = "../elsewhere/";
+    EXPECT_EQ(DataFolder::locate(environment).path, "/elsewhere");
+    environment.dataDir = std::nullopt;
+    environment.xdgDataHome = std::nullopt;
+    EXPECT_EQ(DataFolder::dataHome(environment), "/home/anna/.local/share");
 }
 
 TEST(DataFolder, NamesTheFilesInside) {
@@ -78,18 +56,22 @@ TEST(DataFolder, NamesTheFilesInside) {
 
 TEST(DataFolder, ReadsTheProcessEnvironmentEachTime) {
     {
-        ScopedVariable data("BREVANT_DATA_DIR", nullptr);
-        ScopedVariable xdg("XDG_DATA_HOME", nullptr);
+        ScopedEnvironment data("BREVANT_DATA_DIR", std::nullopt);
+        ScopedEnvironment xdg("XDG_DATA_HOME", std::nullopt);
         EXPECT_EQ(DataFolder::current().path, homeFolder() + "/.local/share/Brevant");
+        EXPECT_EQ(DataFolder::dataHome(), homeFolder() + "/.local/share");
     }
     {
-        ScopedVariable data("BREVANT_DATA_DIR", nullptr);
-        ScopedVariable xdg("XDG_DATA_HOME", "/var/tmp/xdg");
+        ScopedEnvironment data("BREVANT_DATA_DIR", std::nullopt);
+        ScopedEnvironment xdg("XDG_DATA_HOME", "/var/tmp/xdg");
         EXPECT_EQ(DataFolder::current().lockStore(), "/var/tmp/xdg/Brevant/keep-locks.json");
     }
-    ScopedVariable data("BREVANT_DATA_DIR", "/var/tmp/brevant-data");
+    ScopedEnvironment xdg("XDG_DATA_HOME", "/var/tmp/xdg");
+    ScopedEnvironment data("BREVANT_DATA_DIR", "/var/tmp/brevant-data");
     EXPECT_EQ(DataFolder::current().featureCache(), "/var/tmp/brevant-data/features.plist");
     EXPECT_EQ(DataFolder::processEnvironment().dataDir, "/var/tmp/brevant-data");
+    // The data home is the user's, whatever folder Brevant is pointed at.
+    EXPECT_EQ(DataFolder::dataHome(), "/var/tmp/xdg");
 }
 
 } // namespace
