@@ -4,6 +4,7 @@
 #include "engine/scan/PhotoAsset.hpp"
 #include "engine/similarity/FaceReading.hpp"
 #include "engine/support/Hashing.hpp"
+#include "engine/support/Hashing.hpp"
 #include "engine/support/RawValue.hpp"
 
 #include <cstddef>
@@ -126,7 +127,7 @@ void PrintTo(KeeperPolicy::Priority priority, std::ostream* os);
 } // namespace brevant
 
 template <> struct std::hash<brevant::KeeperPolicy::Suggestion> {
-    std::size_t operator()(const brevant::KeeperPolicy::Suggestion& v) const noexcept {
-        return brevant::hashing::all(v.keeperID, v.reason);
+    std::size_t operator()(const brevant::KeeperPolicy::Suggestion& s) const noexcept {
+        return brevant::hashing::all(s.keeperID, s.reason);
     }
 };
