@@ -1,7 +1,9 @@
 #include "CleanupJournal.hpp"
 
 #include "engine/cleanup/JournalTexts.hpp"
+#include "engine/cleanup/TrashLocation.hpp"
 #include "engine/platform/FileStatus.hpp"
+#include "engine/platform/FolderListing.hpp"
 #include "engine/scan/FileSnapshot.hpp"
 #include "engine/support/AtomicFile.hpp"
 #include "engine/support/IsoDate.hpp"
@@ -57,15 +59,12 @@ constexpr auto kNewestFirst = [](const auto& left, const auto& right) {
 // The journal files directly in the directory, by name.
 std::vector<std::string> journalFiles(const std::string& directory) {
     std::vector<std::string> paths;
-    std::error_code error;
-    std::filesystem::directory_iterator it(directory, error);
-    for (; !error && it != std::filesystem::directory_iterator(); it.increment(error)) {
-        std::string name = it->path().filename().string();
+    for (const auto& name :
+         platform::folderEntries(directory).value_or(std::vector<std::string>{})) {
         if (name.starts_with(kFilePrefix) && name.ends_with(kFileSuffix)) {
-            paths.push_back(it->path().string());
+            paths.push_back((std::filesystem::path(directory) / name).string());
         }
     }
-    std::ranges::sort(paths);
     return paths;
 }
 
@@ -121,22 +120,6 @@ ItemReport itemReport(const CleanupJournal::Parsed& parsed, const PlannedRemoval
     return item;
 }
 
-// The first regular file, not a link, directly in the folder with that
-// identity; nothing when there is none or the folder cannot be listed.
-// TODO(trash): use TrashLocation::find once it is on main.
-std::optional<std::string> findInTrash(const std::string& folder, const FileIdentity& identity) {
-    std::error_code error;
-    std::filesystem::directory_iterator it(folder, error);
-    for (; !error && it != std::filesystem::directory_iterator(); it.increment(error)) {
-        auto snapshot = FileSnapshot::read(it->path().string());
-        if (snapshot && snapshot->isRegularFile && !snapshot->isSymbolicLink &&
-            snapshot->identity == identity) {
-            return it->path().string();
-        }
-    }
-    return std::nullopt;
-}
-
 // Where an item with an intent but no outcome is now. Only looks.
 ItemOutcome whereItIs(const PlannedRemoval& removal, const std::vector<std::string>& trashFolders) {
     auto inPlace = FileSnapshot::read(removal.path);
@@ -144,7 +127,7 @@ ItemOutcome whereItIs(const PlannedRemoval& removal, const std::vector<std::stri
         return ItemOutcome::skipped(std::string(journal_texts::kStillInPlace));
     }
     for (const auto& folder : trashFolders) {
-        if (auto found = findInTrash(folder, removal.snapshot.identity)) {
+        if (auto found = TrashLocation::find(folder, removal.snapshot.identity)) {
             return ItemOutcome::movedToTrash(std::move(found));
         }
     }
@@ -437,6 +420,10 @@ CleanupJournal::reconcile(const std::vector<std::string>& trashFolders, Date now
     }
     report->reconciled = true;
     return *report;
+}
+
+std::vector<CleanupReport> CleanupJournal::recoverInterrupted(const std::string& directory) {
+    return recoverInterrupted(directory, &TrashLocation::candidates);
 }
 
 std::vector<CleanupReport>

@@ -163,6 +163,9 @@ public:
     // Trash folders of all its planned paths together, and answers their
     // reports, newest first. A journal that could not be added to is given
     // as it reads now (not reconciled); it is tried again next time.
+    // The Trash folders are TrashLocation::candidates of each planned path.
+    [[nodiscard]] static std::vector<CleanupReport>
+    recoverInterrupted(const std::string& directory);
     [[nodiscard]] static std::vector<CleanupReport>
     recoverInterrupted(const std::string& directory, const TrashFoldersFor& trashFoldersFor);
 

@@ -1,8 +1,11 @@
 #include "tests/cleanup/CleanupFixtures.hpp"
+#include "tests/fixtures/ScopedEnvironment.hpp"
 #include "tests/fixtures/TempTree.hpp"
 
 #include "engine/cleanup/CleanupJournal.hpp"
 #include "engine/cleanup/JournalTexts.hpp"
+#include "engine/cleanup/TrashLocation.hpp"
+#include "engine/cleanup/Trasher.hpp"
 #include "engine/platform/AppendOnlyFile.hpp"
 
 #include <gtest/gtest.h>
@@ -242,6 +245,25 @@ TEST(JournalReconcile, AJournalThatCannotBeAddedToIsShownAsItStands) {
     EXPECT_TRUE(reports[0].reconciled);
     EXPECT_EQ(reports[0].items[1].outcome,
               ItemOutcome::skipped(std::string(journal_texts::kStillInPlace)));
+}
+
+TEST(JournalReconcile, RecoveryFindsWhatTheTrashTookInItsOwnFolders) {
+    Interrupted run;
+    testing::ScopedEnvironment dataHome{"XDG_DATA_HOME", run.tree.path("data")};
+    std::string path = run.journal({Entry::ofIntent(run.b, fixedDate(1))});
+    // The run stopped after the move, before its outcome was written.
+    auto trashed = FileManagerTrasher().trash(run.b);
+    ASSERT_TRUE(trashed && *trashed);
+    EXPECT_TRUE(trashed->value().starts_with(TrashLocation::home() + "/"));
+
+    auto reports = CleanupJournal::recoverInterrupted(run.journals);
+    ASSERT_EQ(reports.size(), 1U);
+    EXPECT_TRUE(reports[0].reconciled);
+    EXPECT_EQ(reports[0].items[0].outcome, ItemOutcome::movedToTrash(**trashed));
+    EXPECT_EQ(reports[0].items[1].outcome,
+              ItemOutcome::skipped(std::string(journal_texts::kNotAttempted)));
+    EXPECT_TRUE(FileSnapshot::read(**trashed));
+    EXPECT_TRUE(FileSnapshot::read(run.c));
 }
 
 // NOLINTEND(bugprone-unchecked-optional-access)
