@@ -259,7 +259,8 @@ TEST(JournalReconcile, RecoveryFindsWhatTheTrashTookInItsOwnFolders) {
     auto reports = CleanupJournal::recoverInterrupted(run.journals);
     ASSERT_EQ(reports.size(), 1U);
     EXPECT_TRUE(reports[0].reconciled);
-    EXPECT_EQ(reports[0].items[0].outcome, ItemOutcome::movedToTrash(**trashed));
+    EXPECT_EQ(reports[0].journalPath, path);
+    EXPECT_EQ(reports[0].items[0].outcome, ItemOutcome::movedToTrash(*trashed));
     EXPECT_EQ(reports[0].items[1].outcome,
               ItemOutcome::skipped(std::string(journal_texts::kNotAttempted)));
     EXPECT_TRUE(FileSnapshot::read(**trashed));
