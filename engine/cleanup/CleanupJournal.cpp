@@ -37,11 +37,11 @@ JournalError writeError(const std::string& path, int code) {
     return {code, journal_texts::cannotWrite(nameOf(path), platform::errorText(code))};
 }
 
+// Whatever made the create fail, it is reported as the file-already-exists
+// error: a journal is only ever created once, for a plan not yet run. The
+// code keeps the system's own reason.
 JournalError createError(const std::string& directory, const std::string& name, int code) {
-    if (code == EEXIST) {
-        return {code, journal_texts::alreadyExists(name, directory)};
-    }
-    return {code, journal_texts::cannotCreate(name, directory, platform::errorText(code))};
+    return {code, journal_texts::alreadyExists(name, directory)};
 }
 
 JournalError unreadableError(const std::string& path) {

@@ -29,13 +29,6 @@ std::string alreadyExists(std::string_view name, std::string_view folder) {
         name, folder);
 }
 
-std::string cannotCreate(std::string_view name, std::string_view folder, std::string_view reason) {
-    return fmt::format(
-        "The file \u201c{}\u201d couldn\u2019t be saved in the folder \u201c{}\u201d "
-        "({}).",
-        name, folder, reason);
-}
-
 std::string cannotOpen(std::string_view name, std::string_view reason) {
     return fmt::format("The cleanup record \u201c{}\u201d couldn\u2019t be opened ({}).", name,
                        reason);

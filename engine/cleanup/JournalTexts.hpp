@@ -37,8 +37,6 @@ inline constexpr std::string_view kFinishedTitle = "Cleanup finished";
 // Failures of the journal file itself; `name` is the file's name, `reason`
 // the system's error text.
 [[nodiscard]] std::string alreadyExists(std::string_view name, std::string_view folder);
-[[nodiscard]] std::string cannotCreate(std::string_view name, std::string_view folder,
-                                       std::string_view reason);
 [[nodiscard]] std::string cannotOpen(std::string_view name, std::string_view reason);
 [[nodiscard]] std::string cannotWrite(std::string_view name, std::string_view reason);
 [[nodiscard]] std::string unreadable(std::string_view name);
