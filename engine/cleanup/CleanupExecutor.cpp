@@ -1,0 +1,256 @@
+#include "CleanupExecutor.hpp"
+
+#include "engine/cleanup/CleanupJournal.hpp"
+#include "engine/cleanup/CleanupPlanner.hpp"
+#include "engine/cleanup/ExecutorTexts.hpp"
+#include "engine/platform/FileStatus.hpp"
+#include "engine/scan/ContentReader.hpp"
+#include "engine/scan/PathRules.hpp"
+
+#include <algorithm>
+#include <utility>
+
+namespace brevant {
+
+namespace {
+
+using Entry = CleanupJournal::Entry;
+namespace sentences = executor_texts;
+
+constexpr std::string_view kNotReadBack = "the record could not be read back";
+
+// An empty root holds nothing, and only absolute paths lie inside one.
+bool inside(const std::string& path, const std::string& root) {
+    return !root.empty() && path.starts_with('/') && PathNames::isInside(path, root);
+}
+
+bool insideChosenRoots(const PlannedRemoval& removal, const CleanupPlan& plan) {
+    return inside(removal.path, removal.root) &&
+           std::ranges::any_of(plan.roots,
+                               [&](const std::string& root) { return inside(removal.path, root); });
+}
+
+// A folder on the way that is gone is not a link: the nearest folder still
+// there is resolved instead, so a removed folder or a disconnected drive
+// reads as the item being gone.
+bool linkOnTheWay(const std::string& path) {
+    if (PathRules::parentHasNoLinks(path)) {
+        return false;
+    }
+    std::string folder = PathNames::parentFolder(path);
+    while (!folder.empty() && folder != "/" && !FileSnapshot::read(folder)) {
+        folder = PathNames::parentFolder(folder);
+    }
+    if (folder.empty()) {
+        return true;
+    }
+    auto real = platform::realPath(folder);
+    return !real || *real != folder;
+}
+
+// The file of the snapshot, unchanged; link count and flags aside.
+bool sameFile(const FileSnapshot& now, const FileSnapshot& planned) {
+    return planned.isRegularFile && !planned.isSymbolicLink && now.identity == planned.identity &&
+           now.size == planned.size && now.modifiedSeconds == planned.modifiedSeconds &&
+           now.modifiedNanoseconds == planned.modifiedNanoseconds;
+}
+
+bool isIdenticalRemoval(const PlannedRemoval& removal) {
+    return !removal.matchKind || *removal.matchKind == MatchKind::identical;
+}
+
+// What one kept copy says: it passes, it fails with a word, or it tells
+// something about the item itself (the item changed while the two were
+// compared, or the run was cancelled meanwhile).
+struct KeeperVerdict {
+    bool passes = false;
+    std::string word;
+    std::optional<std::string> itemReason;
+};
+
+KeeperVerdict failsWith(std::string_view word) {
+    return {.word = std::string(word)};
+}
+
+KeeperVerdict comparedBytes(const PlannedRemoval& removal, const KeeperEvidence& keeper,
+                            const CancellationFlag& cancel) {
+    auto same = ContentReader::sameBytes(removal.path, removal.snapshot, keeper.path,
+                                         keeper.snapshot, cancel);
+    if (same) {
+        return *same ? KeeperVerdict{.passes = true} : failsWith(sentences::kKeeperNotIdentical);
+    }
+    switch (same.error().kind) {
+    case ContentReader::Failure::Kind::cancelled:
+        return {.itemReason = std::string(sentences::kCancelled)};
+    case ContentReader::Failure::Kind::changed:
+        if (same.error().path == removal.path) {
+            return {.itemReason = std::string(sentences::kChanged)};
+        }
+        return failsWith(sentences::kKeeperChanged);
+    case ContentReader::Failure::Kind::unreadable:
+        return failsWith(sentences::kKeeperUnreadable);
+    }
+    return failsWith(sentences::kKeeperUnreadable);
+}
+
+KeeperVerdict keeperVerdict(const PlannedRemoval& removal, const KeeperEvidence& keeper,
+                            const CleanupExecutor::Trashed& trashed,
+                            const CancellationFlag& cancel) {
+    auto now = FileSnapshot::read(keeper.path);
+    if (!now) {
+        // Gone because this run trashed it under another name of the plan.
+        return failsWith(trashed.contains(keeper.snapshot.identity) ? sentences::kKeeperMoved
+                                                                    : sentences::kKeeperMissing);
+    }
+    if (now->isSymbolicLink || !sameFile(*now, keeper.snapshot) ||
+        now->isRegularFile != keeper.snapshot.isRegularFile) {
+        return failsWith(sentences::kKeeperChanged);
+    }
+    bool identical = isIdenticalRemoval(removal);
+    if (identical && now->isDataless()) {
+        return failsWith(sentences::kKeeperInCloud);
+    }
+    if (trashed.contains(now->identity) || now->identity == removal.snapshot.identity) {
+        return failsWith(sentences::kKeeperMoved);
+    }
+    if (!identical) {
+        return {.passes = true};
+    }
+    return comparedBytes(removal, keeper, cancel);
+}
+
+std::optional<std::string> keeperLeft(const PlannedRemoval& removal,
+                                      const CleanupExecutor::Trashed& trashed,
+                                      const CancellationFlag& cancel) {
+    std::vector<std::string> words;
+    for (const auto& keeper : removal.keepers) {
+        KeeperVerdict verdict = keeperVerdict(removal, keeper, trashed, cancel);
+        if (verdict.passes) {
+            return std::nullopt;
+        }
+        if (verdict.itemReason) {
+            return verdict.itemReason;
+        }
+        words.push_back(std::move(verdict.word));
+    }
+    return sentences::noKeeperLeft(removal.matchKind, std::move(words));
+}
+
+// Outcome entries that cannot be written are left to reconciliation.
+void record(CleanupJournal& journal, const PlannedRemoval& removal, ItemOutcome outcome) {
+    (void)journal.write(Entry::ofOutcome(removal.path, std::move(outcome), Date::now()));
+}
+
+} // namespace
+
+CleanupExecutor::CleanupExecutor(std::string journalDirectory,
+                                 std::shared_ptr<const Trasher> trasher)
+    : journalDirectory_(std::move(journalDirectory))
+    , trasher_(trasher ? std::move(trasher) : std::make_shared<FileManagerTrasher>()) {}
+
+std::optional<ExecutionRefusal> CleanupExecutor::refusal(const CleanupPlan& plan,
+                                                         const CleanupApproval& approval) const {
+    if (approval.planID != plan.id) {
+        return ExecutionRefusal::approvalDoesNotMatch();
+    }
+    const auto& removals = plan.removals;
+    if (std::ranges::any_of(removals, [](const PlannedRemoval& removal) {
+            return removal.path.starts_with(CleanupPlanner::kLibraryPrefix);
+        })) {
+        return ExecutionRefusal::libraryPhotos();
+    }
+    if (std::ranges::any_of(removals, [](const PlannedRemoval& removal) {
+            return removal.lightroomImageID.has_value();
+        })) {
+        return ExecutionRefusal::lightroomPhotos();
+    }
+    if (std::ranges::any_of(removals, [](const PlannedRemoval& removal) {
+            return removal.captureOneImageID.has_value();
+        })) {
+        return ExecutionRefusal::captureOnePhotos();
+    }
+    // Anything at the journal's name, even a dangling link, means this plan
+    // was handed over before.
+    if (platform::statusOfPath(CleanupJournal::pathFor(plan.id, journalDirectory_))) {
+        return ExecutionRefusal::alreadyRun();
+    }
+    return std::nullopt;
+}
+
+std::expected<CleanupReport, ExecutionRefusal>
+CleanupExecutor::execute(const CleanupPlan& plan, const CleanupApproval& approval,
+                         const CancellationFlag& cancel, const Progress& progress) const {
+    if (auto refused = refusal(plan, approval)) {
+        return std::unexpected(std::move(*refused));
+    }
+    auto created = CleanupJournal::create(plan, journalDirectory_);
+    if (!created) {
+        return std::unexpected(ExecutionRefusal::journalUnavailable(created.error().description));
+    }
+    std::optional<CleanupJournal> journal(std::move(*created));
+    Trashed trashed;
+    int handled = 0;
+    for (const auto& removal : plan.removals) {
+        if (cancel.isCancelled()) {
+            record(*journal, removal, ItemOutcome::skipped(std::string(sentences::kCancelled)));
+            continue;
+        }
+        if (auto reason = check(removal, plan, trashed, cancel)) {
+            record(*journal, removal, ItemOutcome::skipped(std::move(*reason)));
+        } else if (journal->write(Entry::ofIntent(removal.path, Date::now()))) {
+            auto moved = trasher_->trash(removal.path);
+            if (moved) {
+                trashed.insert(removal.snapshot.identity);
+            }
+            record(*journal, removal,
+                   moved ? ItemOutcome::movedToTrash(std::move(*moved))
+                         : ItemOutcome::failed(explain(moved.error())));
+        }
+        ++handled;
+        if (progress) {
+            progress(handled);
+        }
+    }
+    (void)journal->write(Entry::ofFinished(Date::now()));
+    std::string path = journal->path();
+    journal.reset();
+    auto report = CleanupJournal::report(path);
+    if (!report) {
+        return std::unexpected(ExecutionRefusal::journalUnavailable(std::string(kNotReadBack)));
+    }
+    return std::move(*report);
+}
+
+std::optional<std::string> CleanupExecutor::check(const PlannedRemoval& removal,
+                                                  const CleanupPlan& plan, const Trashed& trashed,
+                                                  const CancellationFlag& cancel) {
+    if (!insideChosenRoots(removal, plan)) {
+        return std::string(sentences::kOutsideRoots);
+    }
+    if (linkOnTheWay(removal.path)) {
+        return std::string(sentences::kFolderReplaced);
+    }
+    auto now = FileSnapshot::read(removal.path);
+    if (!now) {
+        return std::string(sentences::kGone);
+    }
+    if (now->isSymbolicLink) {
+        return std::string(sentences::kReplacedWithLink);
+    }
+    if (now->isDataless()) {
+        return std::string(sentences::kInCloud);
+    }
+    if (!now->isRegularFile || !sameFile(*now, removal.snapshot)) {
+        return std::string(sentences::kChanged);
+    }
+    if (now->linkCount >= 2) {
+        return std::string(sentences::kHardLink);
+    }
+    return keeperLeft(removal, trashed, cancel);
+}
+
+std::string CleanupExecutor::explain(const TrashError& error) {
+    return sentences::trashRefused(error.code, error.description);
+}
+
+} // namespace brevant
