@@ -102,8 +102,7 @@ KeeperVerdict keeperVerdict(const PlannedRemoval& removal, const KeeperEvidence&
         return failsWith(trashed.contains(keeper.snapshot.identity) ? sentences::kKeeperMoved
                                                                     : sentences::kKeeperMissing);
     }
-    if (now->isSymbolicLink || !sameFile(*now, keeper.snapshot) ||
-        now->isRegularFile != keeper.snapshot.isRegularFile) {
+    if (now->isSymbolicLink || !now->isRegularFile || !sameFile(*now, keeper.snapshot)) {
         return failsWith(sentences::kKeeperChanged);
     }
     bool identical = isIdenticalRemoval(removal);

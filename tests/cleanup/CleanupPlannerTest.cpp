@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 namespace brevant {
 namespace {
 
@@ -226,7 +228,8 @@ TEST(CleanupPlanner, TwoPlansOfTheSameMarksAreApprovedSeparately) {
     auto run = executor.execute(*second, CleanupApproval{first->id, fixedDate()}, cancel);
     ASSERT_FALSE(run.has_value());
     EXPECT_EQ(run.error(), ExecutionRefusal::approvalDoesNotMatch());
-    EXPECT_FALSE(testing::runCommand("test -e '" + tree.path("Cleanups") + "'") == 0);
+    std::error_code error;
+    EXPECT_FALSE(std::filesystem::exists(tree.path("Cleanups"), error));
 }
 
 TEST(CleanupPlanner, CarriesCatalogAndLibraryReferences) {

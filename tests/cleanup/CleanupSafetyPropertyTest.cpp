@@ -188,18 +188,18 @@ void Round::changeFile(const std::string& path, bool isRemoval) {
         return;
     }
     case 1:
-        fs::rename(path, path + ".renamed");
+        testing::moveFile(path, path + ".renamed");
         return;
     case 2:
         (void)::link(path.c_str(),
                      files_.tree.path("links/" + std::to_string(nextFile_++)).c_str());
         return;
     case 3:
-        fs::rename(path, path + ".orig");
-        fs::create_symlink(path + ".orig", path);
+        testing::moveFile(path, path + ".orig");
+        testing::linkTo(path + ".orig", path);
         return;
     case 4:
-        fs::remove(path);
+        testing::removeFile(path);
         destroyed_.insert(path);
         return;
     case 5: {
@@ -228,8 +228,8 @@ void Round::changeFiles(const CleanupPlan& plan) {
     if (chance(0.3)) {
         std::string folder = pick(folders_);
         if (testing::exists(folder)) {
-            fs::rename(folder, folder + "-moved");
-            fs::create_symlink(folder + "-moved", folder);
+            testing::moveFile(folder, folder + "-moved");
+            testing::linkTo(folder + "-moved", folder);
         }
     }
 }

@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <unistd.h>
 
 namespace brevant {
@@ -86,12 +85,12 @@ TEST(ExecutorCheck, AFolderOnTheWayReplacedWithALinkIsSkipped) {
     PlannedRemoval removal = removalOf(b, a, files.photos);
     CleanupPlan plan = testing::planOf({removal}, {files.photos});
     CancellationFlag cancel;
-    std::filesystem::rename(files.photos + "/2023", files.tree.path("away"));
+    testing::moveFile(files.photos + "/2023", files.tree.path("away"));
     files.tree.symbolicLink(files.tree.path("away"), "photos/2023");
     EXPECT_EQ(CleanupExecutor::check(removal, plan, {}, cancel), kFolderLink);
 
     // A folder that is simply gone is no link: the picture is gone.
-    std::filesystem::remove(files.photos + "/2023");
+    testing::removeFile(files.photos + "/2023");
     EXPECT_EQ(CleanupExecutor::check(removal, plan, {}, cancel), kGone);
     // So is one whose link dangles.
     files.tree.symbolicLink(files.tree.path("nowhere"), "photos/2023");
@@ -100,21 +99,21 @@ TEST(ExecutorCheck, AFolderOnTheWayReplacedWithALinkIsSkipped) {
 
 TEST(ExecutorCheck, TheFileMustStillBeThereAsTheSameUnchangedPlainFile) {
     Pair files;
-    std::filesystem::rename(files.b, files.tree.path("b-away.jpg"));
+    testing::moveFile(files.b, files.tree.path("b-away.jpg"));
     EXPECT_EQ(files.check(), kGone);
 
     // A link to the very same file is still a link.
     files.tree.symbolicLink(files.tree.path("b-away.jpg"), "photos/b.jpg");
     EXPECT_EQ(files.check(), kLink);
-    std::filesystem::remove(files.b);
+    testing::removeFile(files.b);
 
     // Not a plain file any more.
     files.tree.fifo("photos/b.jpg");
     EXPECT_EQ(files.check(), kChanged);
-    std::filesystem::remove(files.b);
+    testing::removeFile(files.b);
 
     // Put back as it was: the same file, unchanged.
-    std::filesystem::rename(files.tree.path("b-away.jpg"), files.b);
+    testing::moveFile(files.tree.path("b-away.jpg"), files.b);
     EXPECT_EQ(files.check(), std::nullopt);
 }
 
@@ -132,11 +131,11 @@ TEST(ExecutorCheck, AnyChangeOfIdentitySizeOrTimeIsAChange) {
     EXPECT_EQ(files.check(), std::nullopt);
 
     // Another file of the same bytes and times at the same path.
-    std::filesystem::rename(files.b, files.tree.path("b-old.jpg"));
+    testing::moveFile(files.b, files.tree.path("b-old.jpg"));
     files.tree.file("photos/b.jpg", "meadow");
     testing::setModified(files.b, planned.modifiedSeconds, planned.modifiedNanoseconds);
     EXPECT_EQ(files.check(), kChanged);
-    std::filesystem::rename(files.tree.path("b-old.jpg"), files.b);
+    testing::moveFile(files.tree.path("b-old.jpg"), files.b);
 
     // A snapshot that was not of a plain file never matches.
     files.removal.snapshot.isRegularFile = false;
@@ -173,10 +172,10 @@ TEST(ExecutorCheck, KeepersThatAreGoneChangedOrMovedLeaveSortedDistinctWords) {
     CleanupPlan plan = testing::planOf({removal}, {files.photos});
     CancellationFlag cancel;
 
-    std::filesystem::remove(gone);
-    std::filesystem::remove(gone2);
+    testing::removeFile(gone);
+    testing::removeFile(gone2);
     testing::setModified(touched, 1'000'000'000, 5);
-    std::filesystem::rename(linked, files.tree.path("linked-target.jpg"));
+    testing::moveFile(linked, files.tree.path("linked-target.jpg"));
     files.tree.symbolicLink(files.tree.path("linked-target.jpg"), "photos/linked.jpg");
     CleanupExecutor::Trashed trashed = {testing::snapshotOf(trashedKeeper).identity};
 
@@ -203,7 +202,7 @@ TEST(ExecutorCheck, AKeeperThatIsTheItemItselfCountsAsMoved) {
     // missing.
     files.removal.keepers = {{files.a, testing::snapshotOf(files.a)}};
     CleanupExecutor::Trashed trashed = {files.removal.keepers[0].snapshot.identity};
-    std::filesystem::rename(files.a, files.tree.path("a-trashed.jpg"));
+    testing::moveFile(files.a, files.tree.path("a-trashed.jpg"));
     EXPECT_EQ(files.check(trashed), identicalLeft("moved"));
     EXPECT_EQ(files.check(), identicalLeft("missing"));
 }
@@ -218,7 +217,7 @@ TEST(ExecutorCheck, IdenticalKeepersAreComparedByteForByteOthersOnlyByTheirSnaps
     EXPECT_EQ(files.check(), std::nullopt);
     files.removal.matchKind = MatchKind::liveMovie;
     EXPECT_EQ(files.check(), std::nullopt);
-    std::filesystem::remove(files.a);
+    testing::removeFile(files.a);
     EXPECT_EQ(files.check(), similarLeft("missing"));
 }
 
@@ -233,10 +232,10 @@ TEST(ExecutorCheck, TheFirstKeeperThatPassesIsEnough) {
     removal.keepers.push_back({good, testing::snapshotOf(good)});
     CleanupPlan plan = testing::planOf({removal}, {files.photos});
     CancellationFlag cancel;
-    std::filesystem::remove(gone);
+    testing::removeFile(gone);
     testing::overwriteKeepingTimes(different, "DUNE");
     EXPECT_EQ(CleanupExecutor::check(removal, plan, {}, cancel), std::nullopt);
-    std::filesystem::remove(good);
+    testing::removeFile(good);
     EXPECT_EQ(CleanupExecutor::check(removal, plan, {}, cancel),
               identicalLeft("missing, no longer identical"));
 }
@@ -246,7 +245,7 @@ TEST(ExecutorCheck, AnUnreadableKeeperIsSaidSo) {
         GTEST_SKIP() << "root reads files whatever their permissions";
     }
     Pair files;
-    std::filesystem::permissions(files.a, std::filesystem::perms::none);
+    testing::setMode(files.a, 0);
     EXPECT_EQ(files.check(), identicalLeft("unreadable"));
 }
 

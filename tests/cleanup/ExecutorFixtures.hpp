@@ -16,6 +16,7 @@
 
 #include <array>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <ctime>
 #include <fcntl.h>
@@ -50,6 +51,31 @@ struct CleanupWorkspace {
         return CleanupJournal::pathFor(plan.id, journals);
     }
 };
+
+// File operations a test makes; a failure ends the test with the reason.
+inline void moveFile(const std::string& from, const std::string& to) {
+    if (::rename(from.c_str(), to.c_str()) != 0) {
+        throw std::runtime_error("rename " + from + ": " + std::strerror(errno));
+    }
+}
+
+inline void removeFile(const std::string& path) {
+    if (::remove(path.c_str()) != 0) {
+        throw std::runtime_error("remove " + path + ": " + std::strerror(errno));
+    }
+}
+
+inline void linkTo(const std::string& target, const std::string& at) {
+    if (::symlink(target.c_str(), at.c_str()) != 0) {
+        throw std::runtime_error("symlink " + at + ": " + std::strerror(errno));
+    }
+}
+
+inline void setMode(const std::string& path, mode_t mode) {
+    if (::chmod(path.c_str(), mode) != 0) {
+        throw std::runtime_error("chmod " + path + ": " + std::strerror(errno));
+    }
+}
 
 inline bool exists(const std::string& path) {
     struct stat status{};

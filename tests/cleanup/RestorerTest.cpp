@@ -7,7 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <unistd.h>
 
 namespace brevant {
@@ -107,8 +106,8 @@ TEST(Restorer, NeverOverwritesWhatTookThePlaceAndOffersAnotherName) {
 TEST(Restorer, AnEmptiedTrashIsNotedAndNothingMoves) {
     Trashed files;
     // Emptying the Trash, as a file manager would.
-    std::filesystem::remove(files.trashed);
-    std::filesystem::remove(files.trashInfo("b.jpg"));
+    testing::removeFile(files.trashed);
+    testing::removeFile(files.trashInfo("b.jpg"));
     EXPECT_EQ(files.restore(files.b), RestoreOutcome::notInTrash());
     EXPECT_FALSE(exists(files.b));
     ASSERT_EQ(files.notes().size(), 1U);
@@ -120,7 +119,7 @@ TEST(Restorer, AnEmptiedTrashIsNotedAndNothingMoves) {
 
 TEST(Restorer, ADifferentFileOfTheSameNameInTheTrashIsNeverPutBack) {
     Trashed files;
-    std::filesystem::rename(files.trashed, files.tree.path("kept-aside.jpg"));
+    testing::moveFile(files.trashed, files.tree.path("kept-aside.jpg"));
     files.tree.file("data/Trash/files/b.jpg", "someone else's picture");
     EXPECT_EQ(files.restore(files.b), RestoreOutcome::notInTrash());
     EXPECT_FALSE(exists(files.b));
@@ -147,10 +146,9 @@ TEST(Restorer, OtherSystemRefusalsFailWithTheSystemsWords) {
         GTEST_SKIP() << "root may write into any folder";
     }
     Trashed files;
-    std::filesystem::permissions(files.photos, std::filesystem::perms::owner_read |
-                                                   std::filesystem::perms::owner_exec);
+    testing::setMode(files.photos, 0500);
     EXPECT_EQ(files.restore(files.b), RestoreOutcome::failed("Permission denied"));
-    std::filesystem::permissions(files.photos, std::filesystem::perms::owner_all);
+    testing::setMode(files.photos, 0700);
     EXPECT_EQ(readFile(files.trashed), "lighthouse");
 }
 
