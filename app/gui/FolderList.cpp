@@ -35,8 +35,11 @@ FolderList::FolderList(const QString& chooserTitle, const QString& emptyHint, QW
     setAcceptDrops(true);
     list_->setSelectionMode(QAbstractItemView::ExtendedSelection);
     list_->setMinimumHeight(72);
+    // Room for a handful of folders; more scroll.
+    list_->setMaximumHeight(150);
     hint_->setProperty("role", "muted");
     hint_->setWordWrap(true);
+    hint_->setVisible(!emptyHint.isEmpty());
 
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(add_);

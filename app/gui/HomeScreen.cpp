@@ -63,14 +63,16 @@ HomeScreen::HomeScreen(PhotoCleanupModel& model, QWidget* parent)
     columns->setSpacing(16);
     auto* left = new QVBoxLayout;
     left->setSpacing(16);
-    left->addWidget(whereCard(), 3);
-    left->addWidget(protectedCard(), 2);
+    left->addWidget(whereCard());
+    left->addWidget(protectedCard());
+    left->addStretch();
     auto* right = new QVBoxLayout;
     right->addWidget(whatCard());
     right->addStretch();
     columns->addLayout(left, 3);
     columns->addLayout(right, 2);
-    column->addLayout(columns, 1);
+    column->addLayout(columns);
+    column->addStretch();
 
     auto* scroll = new QScrollArea(this);
     scroll->setWidget(content);
@@ -144,7 +146,7 @@ QWidget* HomeScreen::whereCard() {
         parts::label(QLatin1String(texts::kCatalogsNotInThisBuild), "muted", card));
     scopePages_->addWidget(
         parts::label(QLatin1String(texts::kCatalogsNotInThisBuild), "muted", card));
-    layout->addWidget(scopePages_, 1);
+    layout->addWidget(scopePages_);
 
     connect(sources_, &FolderList::foldersChanged, this,
             [this](const std::vector<std::string>& folders) { model_.setSources(folders); });
@@ -160,7 +162,7 @@ QWidget* HomeScreen::protectedCard() {
     protected_ = new FolderList(tr("Choose a Folder Whose Copies Are Always Kept"),
                                 QLatin1String(texts::kProtectedHint), card);
     protected_->setObjectName(QStringLiteral("protected"));
-    layout->addWidget(protected_, 1);
+    layout->addWidget(protected_);
     connect(
         protected_, &FolderList::foldersChanged, this,
         [this](const std::vector<std::string>& folders) { model_.setProtectedFolders(folders); });

@@ -1,5 +1,6 @@
 #include "OverviewScreen.hpp"
 
+#include "app/gui/LeftOutList.hpp"
 #include "app/gui/PhotoCleanupModel.hpp"
 #include "app/gui/QtText.hpp"
 #include "app/gui/ScreenParts.hpp"
@@ -8,13 +9,11 @@
 #include <QComboBox>
 #include <QFrame>
 #include <QHBoxLayout>
-#include <QHeaderView>
 #include <QLabel>
 #include <QLocale>
 #include <QPushButton>
 #include <QScrollArea>
 #include <QScrollBar>
-#include <QTreeWidget>
 #include <QVBoxLayout>
 
 #include <map>
@@ -24,11 +23,6 @@ namespace brevant::gui {
 namespace {
 
 using Mode = CleanupSettings::Mode;
-
-// What a top-level row of the left-out list stands for.
-constexpr int kSkipRole = Qt::UserRole;
-constexpr int kExcludeRole = Qt::UserRole + 1;
-constexpr int kFilledRole = Qt::UserRole + 2;
 
 QString excludedTitle(ExcludedItem::Kind kind) {
     using Kind = ExcludedItem::Kind;
@@ -66,6 +60,13 @@ QString excludedExplanation(ExcludedItem::Kind kind) {
     return {};
 }
 
+QString pathLine(const std::string& path, const std::optional<std::string>& detail) {
+    if (!detail || detail->empty()) {
+        return qtText(path);
+    }
+    return QStringLiteral("%1 — %2").arg(qtText(path), qtText(*detail));
+}
+
 QString modeTitle(Mode mode, SimilarityPreset preset) {
     switch (mode) {
     case Mode::identical:
@@ -76,25 +77,6 @@ QString modeTitle(Mode mode, SimilarityPreset preset) {
         return QStringLiteral("Series");
     }
     return {};
-}
-
-QTreeWidgetItem* reasonItem(QTreeWidget* tree, const QString& title, int count,
-                            const QString& explanation) {
-    auto* item = new QTreeWidgetItem(tree);
-    item->setText(0, title);
-    item->setText(1, countText(count, "item", "items"));
-    item->setTextAlignment(1, Qt::AlignRight | Qt::AlignVCenter);
-    QFont bold = item->font(0);
-    bold.setBold(true);
-    item->setFont(0, bold);
-    auto* note = new QTreeWidgetItem(item);
-    note->setText(0, explanation);
-    note->setFirstColumnSpanned(true);
-    note->setFlags(Qt::ItemIsEnabled);
-    QFont italic = note->font(0);
-    italic.setItalic(true);
-    note->setFont(0, italic);
-    return item;
 }
 
 } // namespace
@@ -115,7 +97,7 @@ OverviewScreen::OverviewScreen(PhotoCleanupModel& model, QWidget* parent)
     , preset_(new QComboBox(this))
     , presetExplanation_(parts::label({}, "muted", this))
     , leftOutCard_(parts::card(this))
-    , leftOut_(new QTreeWidget(this))
+    , leftOut_(new LeftOutList(this))
     , newScan_(new QPushButton(tr("New Scan"), this))
     , review_(parts::accentButton(tr("Review Groups…"), this)) {
     auto* content = new QWidget;
@@ -162,17 +144,10 @@ OverviewScreen::OverviewScreen(PhotoCleanupModel& model, QWidget* parent)
     auto* leftOutLayout = static_cast<QVBoxLayout*>(leftOutCard_->layout());
     leftOutLayout->addWidget(
         parts::label(tr("Skipped files and folders left out"), "section", leftOutCard_));
-    leftOut_->setColumnCount(2);
-    leftOut_->setHeaderHidden(true);
-    leftOut_->setWordWrap(true);
-    leftOut_->setUniformRowHeights(false);
-    leftOut_->header()->setStretchLastSection(false);
-    leftOut_->header()->setSectionResizeMode(0, QHeaderView::Stretch);
-    leftOut_->header()->setSectionResizeMode(1, QHeaderView::ResizeToContents);
-    leftOut_->setMinimumHeight(180);
     leftOut_->setObjectName(QStringLiteral("leftOut"));
-    leftOutLayout->addWidget(leftOut_, 1);
-    column->addWidget(leftOutCard_, 1);
+    leftOutLayout->addWidget(leftOut_);
+    column->addWidget(leftOutCard_);
+    column->addStretch(1);
 
     scroll_->setWidget(content);
     scroll_->setWidgetResizable(true);
@@ -197,7 +172,6 @@ OverviewScreen::OverviewScreen(PhotoCleanupModel& model, QWidget* parent)
     connect(preset_, &QComboBox::activated, this, [this](int index) {
         model_.setPreset(static_cast<SimilarityPreset>(preset_->itemData(index).toInt()));
     });
-    connect(leftOut_, &QTreeWidget::itemExpanded, this, &OverviewScreen::fillPaths);
     connect(&model_, &PhotoCleanupModel::resultChanged, this, &OverviewScreen::showResult);
     connect(&model_, &PhotoCleanupModel::settingsChanged, this,
             [this] { preset_->setCurrentIndex(static_cast<int>(model_.settings().preset)); });
@@ -221,11 +195,11 @@ void OverviewScreen::showResult() {
     double seconds = std::max(0.0, result.finished.secondsSinceReferenceDate -
                                        result.started.secondsSinceReferenceDate);
     subtitle_->setText(
-        tr("%1 · %2 examined in %3 · %4")
+        tr("%1 · %2 in %3 examined in %4")
             .arg(modeTitle(model_.resultMode(), model_.groupedPreset()),
                  countText(result.examined, "picture", "pictures"),
                  countText(static_cast<std::int64_t>(result.roots.size()), "folder", "folders"),
-                 durationText(static_cast<std::int64_t>(seconds * 1000))));
+                 spanText(static_cast<std::int64_t>(seconds * 1000))));
     groups_->setText(locale.toString(static_cast<qlonglong>(model_.groups().size())));
     pictures_->setText(locale.toString(pictures));
     bytes_->setText(byteText(model_.bytesToFree()));
@@ -268,60 +242,46 @@ void OverviewScreen::fillKinds() {
 }
 
 void OverviewScreen::fillLeftOut() {
-    leftOut_->clear();
     const ScanResult& result = model_.result();
+    std::vector<LeftOutList::Reason> reasons;
     std::map<SkipReason, int> skipped;
     for (const auto& file : result.skipped) {
         ++skipped[file.reason];
     }
     for (const auto& [reason, count] : skipped) {
-        QTreeWidgetItem* item =
-            reasonItem(leftOut_, qtText(title(reason)), count, qtText(explanation(reason)));
-        item->setData(0, kSkipRole, static_cast<int>(reason));
+        reasons.push_back(
+            {qtText(title(reason)), qtText(explanation(reason)), count, [this, reason] {
+                 QStringList lines;
+                 for (const auto& file : model_.result().skipped) {
+                     if (file.reason == reason) {
+                         lines.push_back(pathLine(file.path, file.detail));
+                     }
+                 }
+                 return lines;
+             }});
     }
     std::map<ExcludedItem::Kind, int> excluded;
     for (const auto& folder : result.excluded) {
         ++excluded[folder.kind];
     }
     for (const auto& [kind, count] : excluded) {
-        QTreeWidgetItem* item =
-            reasonItem(leftOut_, excludedTitle(kind), count, excludedExplanation(kind));
-        item->setData(0, kExcludeRole, static_cast<int>(kind));
+        reasons.push_back({excludedTitle(kind), excludedExplanation(kind), count, [this, kind] {
+                               QStringList lines;
+                               for (const auto& folder : model_.result().excluded) {
+                                   if (folder.kind == kind) {
+                                       lines.push_back(pathLine(folder.path, folder.detail));
+                                   }
+                               }
+                               return lines;
+                           }});
     }
-    leftOutCard_->setVisible(leftOut_->topLevelItemCount() > 0);
-}
-
-// Paths are listed when their reason is opened: a scan may skip thousands.
-void OverviewScreen::fillPaths(QTreeWidgetItem* item) {
-    if (item->parent() != nullptr || item->data(0, kFilledRole).toBool()) {
-        return;
-    }
-    item->setData(0, kFilledRole, true);
-    const ScanResult& result = model_.result();
-    auto add = [item](const std::string& path, const QString& detail) {
-        auto* child = new QTreeWidgetItem(item);
-        child->setText(0, detail.isEmpty() ? qtText(path)
-                                           : QStringLiteral("%1 — %2").arg(qtText(path), detail));
-        child->setToolTip(0, child->text(0));
-        child->setFirstColumnSpanned(true);
-    };
-    QVariant skip = item->data(0, kSkipRole);
-    QVariant exclude = item->data(0, kExcludeRole);
-    for (const auto& file : result.skipped) {
-        if (skip.isValid() && static_cast<int>(file.reason) == skip.toInt()) {
-            add(file.path, file.detail ? qtText(*file.detail) : QString());
-        }
-    }
-    for (const auto& folder : result.excluded) {
-        if (exclude.isValid() && static_cast<int>(folder.kind) == exclude.toInt()) {
-            add(folder.path, qtText(folder.detail));
-        }
-    }
+    leftOutCard_->setVisible(!reasons.empty());
+    leftOut_->setReasons(std::move(reasons));
 }
 
 void OverviewScreen::showSkipped() {
-    if (leftOut_->topLevelItemCount() > 0) {
-        leftOut_->expandItem(leftOut_->topLevelItem(0));
+    if (leftOut_->count() > 0) {
+        leftOut_->setOpen(0, true);
     }
     scroll_->ensureWidgetVisible(leftOutCard_);
     leftOut_->setFocus();

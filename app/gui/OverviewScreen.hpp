@@ -11,12 +11,11 @@ class QFrame;
 class QLabel;
 class QPushButton;
 class QScrollArea;
-class QTreeWidget;
-class QTreeWidgetItem;
 class QVBoxLayout;
 
 namespace brevant::gui {
 
+class LeftOutList;
 class PhotoCleanupModel;
 
 // What a scan found: the groups by kind with the bytes that cleaning would
@@ -42,7 +41,7 @@ public:
     [[nodiscard]] QString kindLine(MatchKind kind) const;
     [[nodiscard]] bool showsIncompleteNotice() const;
 
-    [[nodiscard]] QTreeWidget* leftOut() const { return leftOut_; }
+    [[nodiscard]] LeftOutList* leftOut() const { return leftOut_; }
 
     [[nodiscard]] QComboBox* presetChoice() const { return preset_; }
 
@@ -60,7 +59,6 @@ private:
     void showResult();
     void fillKinds();
     void fillLeftOut();
-    void fillPaths(QTreeWidgetItem* item);
 
     PhotoCleanupModel& model_;
     bool reviewAvailable_ = false;
@@ -78,7 +76,7 @@ private:
     QComboBox* preset_;
     QLabel* presetExplanation_;
     QFrame* leftOutCard_;
-    QTreeWidget* leftOut_;
+    LeftOutList* leftOut_;
     QPushButton* newScan_;
     QPushButton* review_;
 };

@@ -22,6 +22,16 @@ QString countText(std::int64_t count, const char* one, const char* many) {
                                        QLatin1String(count == 1 ? one : many));
 }
 
+QString spanText(std::int64_t milliseconds) {
+    if (milliseconds < 1000) {
+        return QStringLiteral("under a second");
+    }
+    if (milliseconds < 60'000) {
+        return countText(milliseconds / 1000, "second", "seconds");
+    }
+    return durationText(milliseconds);
+}
+
 QString durationText(std::int64_t milliseconds) {
     std::int64_t seconds = milliseconds / 1000;
     std::int64_t hours = seconds / 3600;

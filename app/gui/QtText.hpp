@@ -22,6 +22,9 @@ namespace brevant::gui {
 // "1 group", "3 groups".
 [[nodiscard]] QString countText(std::int64_t count, const char* one, const char* many);
 
+// "under a second", "12 seconds", else as durationText.
+[[nodiscard]] QString spanText(std::int64_t milliseconds);
+
 // "0:07", "12:45", "1:02:03".
 [[nodiscard]] QString durationText(std::int64_t milliseconds);
 

@@ -108,7 +108,8 @@ QWidget* SettingsWindow::appearancePage() {
     for (const QString& name : Skins::names()) {
         skin_->addItem(Skins::title(name), name);
     }
-    layout->addWidget(skin_);
+    skin_->setMinimumWidth(220);
+    layout->addWidget(skin_, 0, Qt::AlignLeft);
     layout->addWidget(parts::label(
         tr("Classic follows your desktop's light or dark style. Every skin keeps text readable "
            "at a contrast of at least 4.5 to 1."),

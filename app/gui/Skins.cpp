@@ -14,6 +14,16 @@
 #include <cmath>
 #include <utility>
 
+// The resources are compiled into a static library, whose initialiser the
+// linker would otherwise leave out; they are registered once.
+static void initResources() {
+    static const bool registered = [] {
+        Q_INIT_RESOURCE(brevant);
+        return true;
+    }();
+    (void)registered;
+}
+
 namespace brevant::gui {
 
 namespace {
@@ -155,6 +165,7 @@ ColorScheme platformScheme() {
 
 Skins::Skins(QObject* parent)
     : QObject(parent) {
+    initResources();
     (void)platformScheme();
     // One style under every skin, so a palette looks the same everywhere.
     QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
@@ -177,6 +188,7 @@ QString Skins::title(const QString& name) {
 }
 
 std::optional<Skin> Skins::load(const QString& name, ColorScheme scheme) {
+    initResources();
     if (!names().contains(name)) {
         return std::nullopt;
     }
