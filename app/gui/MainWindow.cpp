@@ -16,6 +16,7 @@
 #include <QCloseEvent>
 #include <QIcon>
 #include <QMenuBar>
+#include <QPushButton>
 #include <QSettings>
 #include <QStackedWidget>
 
@@ -77,16 +78,18 @@ void MainWindow::buildMenus() {
             home_->sources()->chooseFolder();
         }
     });
-    addFolder_->setShortcut(QKeySequence::Open);
+    // The keys GNOME and KDE use; Qt's standard keys depend on the platform
+    // theme, and without one (under Xvfb, in tests) differ from both.
+    addFolder_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_O));
     scan_ = file->addAction(tr("&Scan"), this, [this] { model_.startScan(); });
     scan_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_R));
     QAction* newScan = file->addAction(tr("&New Scan"), &model_, &PhotoCleanupModel::returnHome);
-    newScan->setShortcut(QKeySequence::New);
+    newScan->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_N));
     file->addSeparator();
     QAction* close = file->addAction(tr("&Close"), this, &QWidget::close);
-    close->setShortcut(QKeySequence::Close);
+    close->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_W));
     QAction* quit = file->addAction(tr("&Quit"), qApp, &QApplication::closeAllWindows);
-    quit->setShortcut(QKeySequence::Quit);
+    quit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
 
     editMenu_ = menuBar()->addMenu(tr("&Edit"));
     // The marking commands of the review screen go above this separator.
@@ -132,6 +135,8 @@ void MainWindow::followPhase() {
         break;
     case Phase::scanning:
         screens_->setCurrentWidget(progress_);
+        // Escape, Space or Enter cancels from the keyboard.
+        progress_->cancelButton()->setFocus();
         break;
     case Phase::reviewing:
     case Phase::cleaning:

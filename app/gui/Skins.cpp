@@ -249,8 +249,9 @@ std::vector<ColorPair> Skins::textPairs(const Skin& skin) {
 }
 
 double Skins::contrastRatio(const QColor& a, const QColor& b) {
-    auto [darker, lighter] = std::minmax(luminance(a), luminance(b));
-    return (lighter + 0.05) / (darker + 0.05);
+    double first = luminance(a);
+    double second = luminance(b);
+    return (std::max(first, second) + 0.05) / (std::min(first, second) + 0.05);
 }
 
 ColorScheme Skins::desktopScheme() {
