@@ -1,5 +1,7 @@
 #pragma once
 
+#include "engine/support/Hashing.hpp"
+
 #include <cstdint>
 #include <nlohmann/json_fwd.hpp>
 #include <vector>
@@ -24,3 +26,10 @@ void to_json(nlohmann::ordered_json& j, const CaptureOneRef& value);
 void from_json(const nlohmann::ordered_json& j, CaptureOneRef& value);
 
 } // namespace brevant
+
+template <> struct std::hash<brevant::CaptureOneRef> {
+    std::size_t operator()(const brevant::CaptureOneRef& v) const noexcept {
+        return brevant::hashing::all(v.imageID, v.variantID, v.variants, v.rating, v.colorTags,
+                                     v.isEdited, v.albums, v.keywords);
+    }
+};

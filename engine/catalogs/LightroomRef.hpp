@@ -1,5 +1,7 @@
 #pragma once
 
+#include "engine/support/Hashing.hpp"
+
 #include <cstdint>
 #include <nlohmann/json_fwd.hpp>
 #include <string>
@@ -26,3 +28,10 @@ void to_json(nlohmann::ordered_json& j, const LightroomRef& value);
 void from_json(const nlohmann::ordered_json& j, LightroomRef& value);
 
 } // namespace brevant
+
+template <> struct std::hash<brevant::LightroomRef> {
+    std::size_t operator()(const brevant::LightroomRef& v) const noexcept {
+        return brevant::hashing::all(v.imageID, v.pick, v.rating, v.isEdited, v.virtualCopies,
+                                     v.collections, v.keywords, v.colorLabel, v.sidecarExtensions);
+    }
+};

@@ -12,36 +12,35 @@ namespace brevant::platform {
 
 namespace {
 
-FileSnapshot snapshotFrom(const struct stat& status) {
-    FileSnapshot snapshot;
-    snapshot.identity.device = static_cast<std::uint64_t>(status.st_dev);
-    snapshot.identity.inode = static_cast<std::uint64_t>(status.st_ino);
-    snapshot.size = static_cast<std::int64_t>(status.st_size);
-    snapshot.modifiedSeconds = static_cast<std::int64_t>(status.st_mtim.tv_sec);
-    snapshot.modifiedNanoseconds = static_cast<std::int64_t>(status.st_mtim.tv_nsec);
-    snapshot.linkCount = static_cast<std::uint32_t>(status.st_nlink);
-    snapshot.isRegularFile = S_ISREG(status.st_mode);
-    snapshot.isSymbolicLink = S_ISLNK(status.st_mode);
-    snapshot.flags = 0;
-    return snapshot;
+FileStatus statusFrom(const struct stat& status) {
+    FileStatus file;
+    file.device = static_cast<std::uint64_t>(status.st_dev);
+    file.inode = static_cast<std::uint64_t>(status.st_ino);
+    file.size = static_cast<std::int64_t>(status.st_size);
+    file.modifiedSeconds = static_cast<std::int64_t>(status.st_mtim.tv_sec);
+    file.modifiedNanoseconds = static_cast<std::int64_t>(status.st_mtim.tv_nsec);
+    file.linkCount = static_cast<std::uint32_t>(status.st_nlink);
+    file.isRegularFile = S_ISREG(status.st_mode);
+    file.isSymbolicLink = S_ISLNK(status.st_mode);
+    return file;
 }
 
 } // namespace
 
-std::optional<FileSnapshot> snapshotOfPath(const std::string& path) {
+std::optional<FileStatus> statusOfPath(const std::string& path) {
     struct stat status{};
     if (::lstat(path.c_str(), &status) != 0) {
         return std::nullopt;
     }
-    return snapshotFrom(status);
+    return statusFrom(status);
 }
 
-std::optional<FileSnapshot> snapshotOfOpenFile(int descriptor) {
+std::optional<FileStatus> statusOfOpenFile(int descriptor) {
     struct stat status{};
     if (::fstat(descriptor, &status) != 0) {
         return std::nullopt;
     }
-    return snapshotFrom(status);
+    return statusFrom(status);
 }
 
 std::optional<std::string> realPath(const std::string& path) {

@@ -1,17 +1,30 @@
 #pragma once
 
-#include "engine/scan/FileSnapshot.hpp"
-
+#include <cstdint>
 #include <optional>
 #include <string>
 
 namespace brevant::platform {
 
+// What stat says of one file, in the widths the scan records keep.
+struct FileStatus {
+    std::uint64_t device = 0;
+    std::uint64_t inode = 0;
+    std::int64_t size = 0;
+    std::int64_t modifiedSeconds = 0;
+    std::int64_t modifiedNanoseconds = 0;
+    std::uint32_t linkCount = 0;
+    bool isRegularFile = false;
+    bool isSymbolicLink = false;
+
+    friend bool operator==(const FileStatus&, const FileStatus&) = default;
+};
+
 // lstat: the path itself, a final symbolic link is not followed.
-[[nodiscard]] std::optional<FileSnapshot> snapshotOfPath(const std::string& path);
+[[nodiscard]] std::optional<FileStatus> statusOfPath(const std::string& path);
 
 // fstat of an open file.
-[[nodiscard]] std::optional<FileSnapshot> snapshotOfOpenFile(int descriptor);
+[[nodiscard]] std::optional<FileStatus> statusOfOpenFile(int descriptor);
 
 // realpath(3); nothing when it fails.
 [[nodiscard]] std::optional<std::string> realPath(const std::string& path);

@@ -3,7 +3,8 @@
 #include "engine/platform/RawDecoder.hpp"
 #include "engine/platform/VipsPixels.hpp"
 #include "engine/platform/VipsRuntime.hpp"
-#include "engine/scan/PhotoFormat.hpp"
+#include "engine/support/CameraRawExtensions.hpp"
+#include "engine/support/PathNames.hpp"
 
 #include <exception>
 #include <string_view>
@@ -15,16 +16,8 @@ using vips::VImage;
 namespace {
 
 bool isRawPath(const std::string& path) {
-    std::string_view name = path;
-    std::size_t slash = name.rfind('/');
-    if (slash != std::string_view::npos) {
-        name.remove_prefix(slash + 1);
-    }
-    std::size_t dot = name.rfind('.');
-    if (dot == std::string_view::npos) {
-        return false;
-    }
-    return photoFormatFromExtension(name.substr(dot + 1)) == PhotoFormat::raw;
+    std::string name = PathNames::lastComponent(path);
+    return isRawExtension(PathNames::asciiLowercased(PathNames::extension(name)));
 }
 
 std::optional<std::string> exifText(const VImage& image, const char* field) {

@@ -17,19 +17,16 @@ bool isTableLoader(std::string_view loader) {
 }
 
 // The libvips loader that reads the format from a source.
-const char* loaderFor(PhotoFormat format) {
-    switch (format) {
-    case PhotoFormat::jpeg:
+const char* loaderFor(ImageLoader loader) {
+    switch (loader) {
+    case ImageLoader::jpeg:
         return "jpegload_source";
-    case PhotoFormat::png:
+    case ImageLoader::png:
         return "pngload_source";
-    case PhotoFormat::heic:
+    case ImageLoader::heic:
         return "heifload_source";
-    case PhotoFormat::tiff:
+    case ImageLoader::tiff:
         return "tiffload_source";
-    case PhotoFormat::raw:
-    case PhotoFormat::other:
-        return nullptr;
     }
     return nullptr;
 }
@@ -38,7 +35,7 @@ const char* loaderFor(PhotoFormat format) {
 // first, which spares sniffing with every loader libvips has for nearly
 // every picture; a file whose contents are another format gets that
 // format's loader.
-const char* loaderOf(vips::VSource& source, PhotoFormat named) {
+const char* loaderOf(vips::VSource& source, ImageLoader named) {
     const char* expected = loaderFor(named);
     if (expected != nullptr && vips_foreign_is_a_source(expected, source.get_source()) != 0) {
         return expected;
@@ -52,13 +49,11 @@ const char* loaderOf(vips::VSource& source, PhotoFormat named) {
 
 } // namespace
 
-bool ImageHeaders::canDecode(PhotoFormat format) {
-    const char* loader = loaderFor(format);
-    return loader != nullptr && VipsRuntime::ensureStarted() &&
-           vips_type_find("VipsOperation", loader) != 0;
+bool ImageHeaders::canDecode(ImageLoader loader) {
+    return VipsRuntime::ensureStarted() && vips_type_find("VipsOperation", loaderFor(loader)) != 0;
 }
 
-std::optional<PixelSize> ImageHeaders::pixelSize(const std::string& path, PhotoFormat named) {
+std::optional<PixelSize> ImageHeaders::pixelSize(const std::string& path, ImageLoader named) {
     if (!VipsRuntime::ensureStarted()) {
         return std::nullopt;
     }

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "engine/scan/PhotoFormat.hpp"
-
 #include <optional>
 #include <string>
 
@@ -14,19 +12,26 @@ struct PixelSize {
     friend bool operator==(const PixelSize&, const PixelSize&) = default;
 };
 
+// The libvips loaders a picture's name can point to.
+enum class ImageLoader {
+    jpeg,
+    png,
+    heic,
+    tiff,
+};
+
 // Picture headers through libvips. Only the header is read, never the
 // pixels: every picture found passes through here, so it must stay cheap.
 struct ImageHeaders {
-    // A libvips loader for the format exists in this process (JPEG, PNG,
-    // HEIC and TIFF; never RAW or other, which libvips does not decode here).
-    [[nodiscard]] static bool canDecode(PhotoFormat format);
+    // The libvips loader exists in this process (HEIC needs libheif).
+    [[nodiscard]] static bool canDecode(ImageLoader loader);
 
     // The pixel size in the header. The loader is chosen by the file's
     // contents, so a JPEG named .png is read as the JPEG it is; `named` is
-    // the format its name says, tried first. Nothing when the file cannot be
+    // the loader its name points to, tried first. Nothing when the file cannot be
     // opened, is no picture or its header cannot be read.
     [[nodiscard]] static std::optional<PixelSize> pixelSize(const std::string& path,
-                                                            PhotoFormat named);
+                                                            ImageLoader named);
 };
 
 } // namespace brevant::platform

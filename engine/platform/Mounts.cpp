@@ -1,6 +1,6 @@
 #include "Mounts.hpp"
 
-#include "engine/scan/PathRules.hpp"
+#include "engine/support/PathNames.hpp"
 
 #include <algorithm>
 #include <array>
@@ -79,7 +79,7 @@ MountTable MountTable::parse(std::string_view mountinfo) {
 const MountEntry* MountTable::mountFor(std::string_view path) const {
     const MountEntry* best = nullptr;
     for (const auto& entry : entries_) {
-        if (!PathRules::isInside(path, entry.mountPoint)) {
+        if (!PathNames::isInside(path, entry.mountPoint)) {
             continue;
         }
         if (best == nullptr || entry.mountPoint.size() >= best->mountPoint.size()) {

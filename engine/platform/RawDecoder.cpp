@@ -27,9 +27,58 @@ struct ProcessedImageFree {
 
 using ProcessedImage = std::unique_ptr<libraw_processed_image_t, ProcessedImageFree>;
 
-// LibRaw turns the EXIF date into a time with mktime, so as local time; the
-// fields are taken back out in local time to give the text as written.
-std::optional<std::string> dateText(std::time_t timestamp) {
+// The capture date as the EXIF text says it, like every other format's.
+// LibRaw's own timestamp went through mktime, which moves a time inside a
+// daylight-saving gap by an hour, so the text is caught while LibRaw parses.
+struct ExifDates {
+    std::optional<std::string> original;
+    std::optional<std::string> digitized;
+    std::optional<std::string> modified;
+
+    [[nodiscard]] std::optional<std::string> best() const {
+        return original ? original : digitized ? digitized : modified;
+    }
+};
+
+constexpr int kExifTextDateLength = 19;
+
+std::optional<std::string> exifDateText(void* stream, int length) {
+    if (length < kExifTextDateLength || length > 64) {
+        return std::nullopt;
+    }
+    std::array<char, 64> text{};
+    auto* source = static_cast<LibRaw_abstract_datastream*>(stream);
+    if (source->read(text.data(), 1, static_cast<std::size_t>(length)) != length) {
+        return std::nullopt;
+    }
+    std::string date(text.data(), kExifTextDateLength);
+    // "    :  :     :  :  " and similar blanks mean no date.
+    if (date.find_first_of("123456789") == std::string::npos) {
+        return std::nullopt;
+    }
+    return date;
+}
+
+void noteExifTag(void* context, int tag, int /*type*/, int length, unsigned int /*order*/,
+                 void* stream, INT64 /*base*/) {
+    constexpr int kDateTimeOriginal = 0x9003;
+    constexpr int kDateTimeDigitized = 0x9004;
+    constexpr int kDateTime = 0x0132;
+    auto& dates = *static_cast<ExifDates*>(context);
+    // Some LibRaw versions mark a main IFD's tags with its number from bit
+    // 20 up; bits 16 to 19 mark a maker's own block, whose dates are not EXIF's.
+    if (tag == kDateTimeOriginal && !dates.original) {
+        dates.original = exifDateText(stream, length);
+    } else if (tag == kDateTimeDigitized && !dates.digitized) {
+        dates.digitized = exifDateText(stream, length);
+    } else if ((tag & 0xFFFF) == kDateTime && (tag & 0xF0000) == 0 && !dates.modified) {
+        dates.modified = exifDateText(stream, length);
+    }
+}
+
+// LibRaw found a date somewhere the EXIF tags above do not cover (a maker's
+// own block): the fields are taken back out in local time, as mktime made it.
+std::optional<std::string> timestampText(std::time_t timestamp) {
     if (timestamp <= 0) {
         return std::nullopt;
     }
@@ -112,6 +161,8 @@ std::optional<DecodedPicture> decodeRaw(const std::string& path, int maxSide) {
     auto raw = std::make_unique<LibRaw>();
     raw->set_dataerror_handler(ignoreDataError, nullptr);
     raw->set_memerror_handler(ignoreMemoryError, nullptr);
+    ExifDates dates;
+    raw->set_exifparser_handler(noteExifTag, &dates);
     if (raw->open_file(path.c_str()) != LIBRAW_SUCCESS) {
         return std::nullopt;
     }
@@ -123,7 +174,10 @@ std::optional<DecodedPicture> decodeRaw(const std::string& path, int maxSide) {
     }
     int orientation = RawDecoder::orientationOfFlip(sizes.flip);
     properties.orientation = orientation;
-    properties.dateTimeOriginal = dateText(raw->imgdata.other.timestamp);
+    properties.dateTimeOriginal = dates.best();
+    if (!properties.dateTimeOriginal) {
+        properties.dateTimeOriginal = timestampText(raw->imgdata.other.timestamp);
+    }
 
     std::optional<Preview> preview;
     try {

@@ -66,8 +66,8 @@ std::expected<std::size_t, int> ReadOnlyFile::fill(std::span<std::byte> buffer) 
     return filled;
 }
 
-std::optional<FileSnapshot> ReadOnlyFile::snapshot() const {
-    return snapshotOfOpenFile(descriptor_);
+std::optional<FileStatus> ReadOnlyFile::status() const {
+    return statusOfOpenFile(descriptor_);
 }
 
 void ReadOnlyFile::adviseSequential() const {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/scan/FileSnapshot.hpp"
+#include "engine/platform/FileStatus.hpp"
 
 #include <cstddef>
 #include <expected>
@@ -31,7 +31,7 @@ public:
     [[nodiscard]] std::expected<std::size_t, int> fill(std::span<std::byte> buffer);
 
     // The status of the open file itself (not of its path).
-    [[nodiscard]] std::optional<FileSnapshot> snapshot() const;
+    [[nodiscard]] std::optional<FileStatus> status() const;
 
     // Tells the kernel the whole file will be read from start to end.
     void adviseSequential() const;

@@ -1,7 +1,7 @@
 #include "Volumes.hpp"
 
 #include "engine/platform/FileStatus.hpp"
-#include "engine/scan/PathRules.hpp"
+#include "engine/support/PathNames.hpp"
 
 #include <array>
 #include <cctype>
@@ -79,13 +79,13 @@ bool isRemovableOrUsb(const MountEntry& mount) {
         return true;
     }
     return firstLine(*device + "/removable") == "1" ||
-           firstLine(PathRules::parentFolder(*device) + "/removable") == "1";
+           firstLine(PathNames::parentFolder(*device) + "/removable") == "1";
 }
 
 bool isUnderRemovableMountFolder(const std::string& mountPoint) {
     static constexpr std::array<std::string_view, 3> kFolders = {"/media", "/run/media", "/mnt"};
     for (auto folder : kFolders) {
-        if (PathRules::isInside(mountPoint, folder)) {
+        if (PathNames::isInside(mountPoint, folder)) {
             return true;
         }
     }
@@ -106,7 +106,7 @@ VolumeInfo volumeInfo(const std::string& path, const MountTable& mounts) {
     }
     info.name = labelOf(mount->source);
     if (!info.name && mount->mountPoint != "/") {
-        info.name = PathRules::lastComponent(mount->mountPoint);
+        info.name = PathNames::lastComponent(mount->mountPoint);
     }
     const MountEntry* root = mounts.mountFor("/");
     bool rootDevice = root != nullptr && root->major == mount->major && root->minor == mount->minor;

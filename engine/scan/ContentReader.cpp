@@ -142,8 +142,9 @@ ContentReader::sameBytes(const std::string& a, const FileSnapshot& snapshotA, co
 }
 
 bool ContentReader::matches(const platform::ReadOnlyFile& file, const FileSnapshot& snapshot) {
-    auto now = file.snapshot();
-    return now && now->identity == snapshot.identity && now->size == snapshot.size &&
+    auto now = file.status();
+    return now && now->device == snapshot.identity.device &&
+           now->inode == snapshot.identity.inode && now->size == snapshot.size &&
            now->modifiedSeconds == snapshot.modifiedSeconds &&
            now->modifiedNanoseconds == snapshot.modifiedNanoseconds;
 }

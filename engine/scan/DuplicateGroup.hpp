@@ -2,6 +2,7 @@
 
 #include "engine/scan/MatchKind.hpp"
 #include "engine/scan/PhotoAsset.hpp"
+#include "engine/support/Hashing.hpp"
 
 #include <cstdint>
 #include <nlohmann/json_fwd.hpp>
@@ -35,3 +36,9 @@ void to_json(nlohmann::ordered_json& j, const DuplicateGroup& value);
 void from_json(const nlohmann::ordered_json& j, DuplicateGroup& value);
 
 } // namespace brevant
+
+template <> struct std::hash<brevant::DuplicateGroup> {
+    std::size_t operator()(const brevant::DuplicateGroup& v) const noexcept {
+        return brevant::hashing::all(v.id, v.size, v.members, v.kind, v.spread);
+    }
+};

@@ -96,9 +96,10 @@ private:
     void noteInspection(std::size_t index, const Inspection& inspection);
     std::vector<Indices> sameSizeGroups() const;
     bool compare(const std::vector<Indices>& sizeGroups);
+    bool hashBatch(std::span<const Indices> sizeGroups, std::vector<Candidate>& candidates);
     bool hashGroups(std::span<const Indices> groups, std::optional<std::int64_t> limit,
                     std::vector<Candidate>& shared);
-    bool verify();
+    bool verify(const std::vector<Candidate>& candidates);
     bool verifyBatch(std::span<const Candidate> batch);
     bool noteFailure(std::size_t index, const Failure& failure);
     void skip(std::size_t index, SkipReason reason, std::optional<std::string> detail);
@@ -119,7 +120,6 @@ private:
     FolderSource::Walk walk_;
     int walkCount_ = 0;
     std::vector<std::optional<Inspection>> inspections_;
-    std::vector<Candidate> candidates_;
     std::vector<Candidate> confirmed_;
     int confirmedMembers_ = 0;
     std::unordered_set<std::size_t> failed_;
@@ -145,13 +145,7 @@ ScanResult Scanner::run(const std::vector<std::string>& paths,
     if (walk_.cancelled || !read()) {
         return finish(true);
     }
-    if (!compare(sameSizeGroups())) {
-        return finish(true);
-    }
-    if (hooks_.beforeVerifying) {
-        hooks_.beforeVerifying();
-    }
-    return finish(!verify());
+    return finish(!compare(sameSizeGroups()));
 }
 
 void Scanner::report(Stage stage) {
@@ -259,36 +253,52 @@ std::vector<Indices> Scanner::sameSizeGroups() const {
     return groups;
 }
 
-// Size groups are hashed a batch at a time: one parallel pass over the
-// members of several groups keeps every worker busy although most groups
-// hold two pictures. The flag is read before each batch and each file.
+// Size groups are settled a batch at a time: hashed, then compared byte by
+// byte, so that a scan stopped part way keeps every group already proven.
+// One parallel pass over the members of several groups keeps every worker
+// busy although most groups hold two pictures. The flag is read before each
+// batch and each file.
 bool Scanner::compare(const std::vector<Indices>& sizeGroups) {
-    report(Stage::comparing);
-    std::vector<Candidate> partial;
-    std::vector<Indices> shared;
+    std::vector<Candidate> candidates;
     for (std::size_t start = 0; start < sizeGroups.size();) {
         if (cancel_.isCancelled()) {
             return false;
         }
         std::size_t end =
             batchEnd(sizeGroups, start, [](const Indices& group) { return group.size(); });
-        partial.clear();
-        if (!hashGroups({sizeGroups.begin() + static_cast<std::ptrdiff_t>(start),
-                         sizeGroups.begin() + static_cast<std::ptrdiff_t>(end)},
-                        ExactMatcher::kPartialHashBytes, partial)) {
+        candidates.clear();
+        if (!hashBatch({sizeGroups.begin() + static_cast<std::ptrdiff_t>(start),
+                        sizeGroups.begin() + static_cast<std::ptrdiff_t>(end)},
+                       candidates)) {
             return false;
         }
-        shared.clear();
-        for (auto& bucket : partial) {
-            shared.push_back(std::move(bucket.members));
+        if (hooks_.beforeVerifying) {
+            hooks_.beforeVerifying();
         }
-        if (!hashGroups(shared, std::nullopt, candidates_)) {
+        if (!verify(candidates)) {
             return false;
         }
-        report(Stage::comparing);
         start = end;
     }
     return true;
+}
+
+// The sets of a batch's pictures that share their full digest. False when
+// the scan was cancelled.
+bool Scanner::hashBatch(std::span<const Indices> sizeGroups, std::vector<Candidate>& candidates) {
+    report(Stage::comparing);
+    std::vector<Candidate> partial;
+    if (!hashGroups(sizeGroups, ExactMatcher::kPartialHashBytes, partial)) {
+        return false;
+    }
+    std::vector<Indices> shared;
+    shared.reserve(partial.size());
+    for (auto& bucket : partial) {
+        shared.push_back(std::move(bucket.members));
+    }
+    bool going = hashGroups(shared, std::nullopt, candidates);
+    report(Stage::comparing);
+    return going;
 }
 
 // Hashes the members of all the groups in one parallel pass, then splits
@@ -320,19 +330,22 @@ bool Scanner::hashGroups(std::span<const Indices> groups, std::optional<std::int
     return going;
 }
 
-// Each set of equal full digests is confirmed against its first member, a
-// batch of sets at a time, for the same reason as the hashing.
-bool Scanner::verify() {
+// Each set of equal full digests is confirmed against its first member,
+// several sets in one parallel pass, for the same reason as the hashing.
+bool Scanner::verify(const std::vector<Candidate>& candidates) {
+    if (candidates.empty()) {
+        return true;
+    }
     report(Stage::verifying);
-    for (std::size_t start = 0; start < candidates_.size();) {
+    for (std::size_t start = 0; start < candidates.size();) {
         if (cancel_.isCancelled()) {
             return false;
         }
-        std::size_t end = batchEnd(candidates_, start, [](const Candidate& candidate) {
+        std::size_t end = batchEnd(candidates, start, [](const Candidate& candidate) {
             return candidate.members.size() - 1;
         });
-        if (!verifyBatch({candidates_.begin() + static_cast<std::ptrdiff_t>(start),
-                          candidates_.begin() + static_cast<std::ptrdiff_t>(end)})) {
+        if (!verifyBatch({candidates.begin() + static_cast<std::ptrdiff_t>(start),
+                          candidates.begin() + static_cast<std::ptrdiff_t>(end)})) {
             return false;
         }
         start = end;
@@ -477,12 +490,13 @@ ScanResult Scanner::finish(bool cancelled) {
     confirmedMembers_ = result_.matched();
     report(Stage::finishing);
     if (keepPictures_) {
+        // Every picture whose header was read, also one skipped while its
+        // contents were compared: it may still be another version of a
+        // photo. Measuring decodes it again and leaves it out if that fails;
+        // a cleanup checks every file against its snapshot before moving it.
         for (std::size_t index = 0; index < walk_.found.size(); ++index) {
             const auto& inspection = inspections_[index];
-            // A picture skipped while its contents were read is not trusted
-            // by the later steps either.
-            if (inspection && inspection->kind == Inspection::Kind::readable &&
-                !failed_.contains(index)) {
+            if (inspection && inspection->kind == Inspection::Kind::readable) {
                 result_.pictures.push_back(asset(index));
             }
         }

@@ -38,7 +38,8 @@ struct ExactMatcher {
 
     // Places where a test can step into a running scan.
     struct Hooks {
-        // Called once every hash is known, before the byte-by-byte pass.
+        // Called for each batch of size groups once its hashes are known,
+        // before its byte-by-byte pass.
         std::function<void()> beforeVerifying;
     };
 
@@ -47,8 +48,8 @@ struct ExactMatcher {
 
     // Files hashed, or pairs compared, in one parallel pass. Most size
     // groups hold two pictures: passes over several groups at once keep
-    // every worker busy. Groups are finished, and progress reported, a batch
-    // at a time.
+    // every worker busy. Size groups are settled (hashed, compared and
+    // grouped), and progress reported, a batch at a time.
     static constexpr std::size_t kBatchSize = 64;
 
     // `only`, when given, limits the walk to those paths; `keepPictures`

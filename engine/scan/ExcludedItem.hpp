@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/support/Hashing.hpp"
 #include "engine/support/RawValue.hpp"
 
 #include <iosfwd>
@@ -40,3 +41,9 @@ void to_json(nlohmann::ordered_json& j, const ExcludedItem& value);
 void from_json(const nlohmann::ordered_json& j, ExcludedItem& value);
 
 } // namespace brevant
+
+template <> struct std::hash<brevant::ExcludedItem> {
+    std::size_t operator()(const brevant::ExcludedItem& v) const noexcept {
+        return brevant::hashing::all(v.path, v.kind, v.detail);
+    }
+};

@@ -5,8 +5,24 @@
 
 namespace brevant {
 
+FileSnapshot FileSnapshot::from(const platform::FileStatus& status) {
+    FileSnapshot snapshot;
+    snapshot.identity = {status.device, status.inode};
+    snapshot.size = status.size;
+    snapshot.modifiedSeconds = status.modifiedSeconds;
+    snapshot.modifiedNanoseconds = status.modifiedNanoseconds;
+    snapshot.linkCount = status.linkCount;
+    snapshot.isRegularFile = status.isRegularFile;
+    snapshot.isSymbolicLink = status.isSymbolicLink;
+    return snapshot;
+}
+
 std::optional<FileSnapshot> FileSnapshot::read(const std::string& path) {
-    return platform::snapshotOfPath(path);
+    auto status = platform::statusOfPath(path);
+    if (!status) {
+        return std::nullopt;
+    }
+    return from(*status);
 }
 
 bool FileSnapshot::isUnchanged(const FileSnapshot& other) const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/support/Date.hpp"
+#include "engine/support/Hashing.hpp"
 
 #include <cstdint>
 #include <functional>
@@ -9,6 +10,10 @@
 #include <string>
 
 namespace brevant {
+
+namespace platform {
+struct FileStatus;
+}
 
 // One file on one volume; two names with the same identity are hard links.
 struct FileIdentity {
@@ -32,6 +37,8 @@ struct FileSnapshot {
     std::uint32_t flags = 0;
 
     static constexpr std::uint32_t kDatalessFlag = 0x40000000;
+
+    [[nodiscard]] static FileSnapshot from(const platform::FileStatus& status);
 
     // The status of the path itself, never following a final symbolic link.
     [[nodiscard]] static std::optional<FileSnapshot> read(const std::string& path);
@@ -59,5 +66,12 @@ void from_json(const nlohmann::ordered_json& j, FileSnapshot& value);
 template <> struct std::hash<brevant::FileIdentity> {
     std::size_t operator()(const brevant::FileIdentity& id) const noexcept {
         return std::hash<std::uint64_t>{}(id.device * 0x9E3779B97F4A7C15ULL ^ id.inode);
+    }
+};
+
+template <> struct std::hash<brevant::FileSnapshot> {
+    std::size_t operator()(const brevant::FileSnapshot& v) const noexcept {
+        return brevant::hashing::all(v.identity, v.size, v.modifiedSeconds, v.modifiedNanoseconds,
+                                     v.linkCount, v.isRegularFile, v.isSymbolicLink, v.flags);
     }
 };

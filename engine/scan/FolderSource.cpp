@@ -241,6 +241,24 @@ bool Walker::isImageType(const std::string& extension) {
     return it->second;
 }
 
+// The libvips loader for the formats libvips reads; RAW goes to LibRaw.
+std::optional<platform::ImageLoader> imageLoader(PhotoFormat format) {
+    switch (format) {
+    case PhotoFormat::jpeg:
+        return platform::ImageLoader::jpeg;
+    case PhotoFormat::png:
+        return platform::ImageLoader::png;
+    case PhotoFormat::heic:
+        return platform::ImageLoader::heic;
+    case PhotoFormat::tiff:
+        return platform::ImageLoader::tiff;
+    case PhotoFormat::raw:
+    case PhotoFormat::other:
+        return std::nullopt;
+    }
+    return std::nullopt;
+}
+
 } // namespace
 
 PreparedRoots FolderSource::prepare(const std::vector<std::string>& paths) {
@@ -337,10 +355,11 @@ FolderSource::Inspection FolderSource::inspect(const std::string& path, PhotoFor
             return Inspection::notDecodableHere();
         }
     } else {
-        if (!platform::ImageHeaders::canDecode(format)) {
+        auto loader = imageLoader(format);
+        if (!loader || !platform::ImageHeaders::canDecode(*loader)) {
             return Inspection::notDecodableHere();
         }
-        size = platform::ImageHeaders::pixelSize(path, format);
+        size = platform::ImageHeaders::pixelSize(path, *loader);
     }
     if (!size || size->width < 1 || size->height < 1) {
         return Inspection::damaged();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "engine/support/Hashing.hpp"
+
 #include <nlohmann/json_fwd.hpp>
 #include <string>
 
@@ -21,3 +23,10 @@ void to_json(nlohmann::ordered_json& j, const LibraryRef& value);
 void from_json(const nlohmann::ordered_json& j, LibraryRef& value);
 
 } // namespace brevant
+
+template <> struct std::hash<brevant::LibraryRef> {
+    std::size_t operator()(const brevant::LibraryRef& v) const noexcept {
+        return brevant::hashing::all(v.id, v.filename, v.isFavorite, v.isLivePhoto, v.hasRAWPair,
+                                     v.isEdited);
+    }
+};

@@ -6,6 +6,7 @@
 #include "engine/scan/LibraryRef.hpp"
 #include "engine/scan/PhotoFormat.hpp"
 #include "engine/scan/Relationship.hpp"
+#include "engine/support/Hashing.hpp"
 
 #include <cstdint>
 #include <nlohmann/json_fwd.hpp>
@@ -52,3 +53,12 @@ void to_json(nlohmann::ordered_json& j, const PhotoAsset& value);
 void from_json(const nlohmann::ordered_json& j, PhotoAsset& value);
 
 } // namespace brevant
+
+template <> struct std::hash<brevant::PhotoAsset> {
+    std::size_t operator()(const brevant::PhotoAsset& v) const noexcept {
+        return brevant::hashing::all(v.path, v.root, v.snapshot, v.format, v.pixelWidth,
+                                     v.pixelHeight, v.otherNames, v.relationships, v.isCloudSynced,
+                                     v.isReadOnlyVolume, v.volumeName, v.isExternalVolume,
+                                     v.library, v.lightroom, v.captureOne);
+    }
+};

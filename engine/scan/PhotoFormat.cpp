@@ -49,10 +49,6 @@ void PrintTo(PhotoFormat format, std::ostream* os) {
     *os << rawValue(format);
 }
 
-bool isRawExtension(std::string_view lowercasedExtension) {
-    return std::ranges::find(kRawExtensions, lowercasedExtension) != kRawExtensions.end();
-}
-
 std::optional<PhotoFormat> photoFormatFromExtension(std::string_view extension) {
     std::string ext = PathRules::asciiLowercased(extension);
     if (ext == "jpg" || ext == "jpeg" || ext == "jpe") {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/support/CameraRawExtensions.hpp"
 #include "engine/support/RawValue.hpp"
 
 #include <array>
@@ -37,12 +38,5 @@ void PrintTo(PhotoFormat format, std::ostream* os);
 // and their MIME types ("image/jpeg") are both understood; a type that
 // conforms to camera RAW (image/x-dcraw) gives `raw`; anything else `other`.
 [[nodiscard]] PhotoFormat photoFormatFromUti(const std::optional<std::string>& uti);
-
-// Lowercase extensions of camera RAW files.
-inline constexpr std::array<std::string_view, 25> kRawExtensions = {
-    "dng", "cr2", "cr3", "crw", "nef", "nrw", "arw", "srf", "sr2", "raf", "orf", "rw2", "pef",
-    "srw", "raw", "rwl", "3fr", "fff", "iiq", "mos", "mrw", "x3f", "erf", "kdc", "dcr"};
-
-[[nodiscard]] bool isRawExtension(std::string_view lowercasedExtension);
 
 } // namespace brevant

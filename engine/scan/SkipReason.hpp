@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/support/Hashing.hpp"
 #include "engine/support/RawValue.hpp"
 
 #include <iosfwd>
@@ -46,3 +47,9 @@ void to_json(nlohmann::ordered_json& j, const SkippedFile& value);
 void from_json(const nlohmann::ordered_json& j, SkippedFile& value);
 
 } // namespace brevant
+
+template <> struct std::hash<brevant::SkippedFile> {
+    std::size_t operator()(const brevant::SkippedFile& v) const noexcept {
+        return brevant::hashing::all(v.path, v.reason, v.detail);
+    }
+};

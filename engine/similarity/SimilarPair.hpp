@@ -1,5 +1,7 @@
 #pragma once
 
+#include "engine/support/Hashing.hpp"
+
 #include <nlohmann/json_fwd.hpp>
 #include <optional>
 
@@ -21,3 +23,9 @@ void to_json(nlohmann::ordered_json& j, const SimilarPair& value);
 void from_json(const nlohmann::ordered_json& j, SimilarPair& value);
 
 } // namespace brevant
+
+template <> struct std::hash<brevant::SimilarPair> {
+    std::size_t operator()(const brevant::SimilarPair& v) const noexcept {
+        return brevant::hashing::all(v.a, v.b, v.distance, v.detail, v.shapesAgree, v.vision);
+    }
+};

@@ -138,43 +138,56 @@ TEST(ExactMatcher, AFileRewrittenBeforeTheByteComparisonIsLeftOut) {
         EXPECT_EQ(result.skipped[0].path, rewritten);
         EXPECT_EQ(result.skipped[0].reason, SkipReason::changedDuringScan);
         EXPECT_FALSE(result.cancelled);
-        // The changed file is not handed on to the similarity steps either.
-        ASSERT_EQ(result.pictures.size(), 1u);
-        EXPECT_EQ(result.pictures[0].path, rewriteReference ? b : a);
+        // Both are still handed on to the similarity steps, which decode
+        // them again: the changed one may be another version of a photo.
+        ASSERT_EQ(result.pictures.size(), 2u);
+        EXPECT_EQ(result.pictures[0].path, a);
+        EXPECT_EQ(result.pictures[1].path, b);
     }
 }
 
-TEST(ExactMatcher, CancellingWhileConfirmingKeepsTheGroupsAlreadyMade) {
-    // More pairs than one batch confirms, each of its own size.
+TEST(ExactMatcher, CancellingWhileComparingKeepsTheGroupsAlreadySettled) {
+    // More pairs than one batch holds, each of its own size: the first batch
+    // is hashed and confirmed before the second is read.
     TempTree tree;
-    const int pairs = static_cast<int>(ExactMatcher::kBatchSize) + 8;
+    const int pairs = static_cast<int>(ExactMatcher::kBatchSize);
+    const int firstBatch = pairs / 2;
     for (int i = 0; i < pairs; ++i) {
         std::string bytes = testing::photoOfSize(100 + i, 20'000 + 100 * i);
         tree.file(fmt::format("a/{}.jpg", i), bytes);
         tree.file(fmt::format("b/{}.jpg", i), bytes);
     }
-    CancellationFlag cancel;
-    std::vector<ScanProgress> seen;
-    auto progress = [&](const ScanProgress& now) {
-        seen.push_back(now);
-        if (now.stage == ScanProgress::Stage::verifying && now.matched > 0) {
-            cancel.cancel();
+    using Stage = ScanProgress::Stage;
+    // Stopped while the second batch is hashed, and while the first batch's
+    // last report of its byte comparisons is made.
+    for (Stage stopAt : {Stage::comparing, Stage::verifying}) {
+        SCOPED_TRACE(rawValue(stopAt));
+        CancellationFlag cancel;
+        std::vector<ScanProgress> seen;
+        auto progress = [&](const ScanProgress& now) {
+            seen.push_back(now);
+            if (now.stage == stopAt && now.matched > 0) {
+                cancel.cancel();
+            }
+        };
+
+        ScanResult result =
+            ExactMatcher::scan({tree.root()}, false, std::nullopt, cancel, progress);
+
+        EXPECT_TRUE(result.cancelled);
+        // Exactly the first batch, the biggest copies, which free the most.
+        ASSERT_EQ(result.groups.size(), static_cast<std::size_t>(firstBatch));
+        for (std::size_t i = 0; i < result.groups.size(); ++i) {
+            EXPECT_EQ(result.groups[i].size, 20'000 + 100 * (pairs - 1 - static_cast<int>(i)));
+            EXPECT_EQ(result.groups[i].members.size(), 2u);
         }
-    };
-
-    ScanResult result = ExactMatcher::scan({tree.root()}, false, std::nullopt, cancel, progress);
-
-    EXPECT_TRUE(result.cancelled);
-    // The first batch was finished; the biggest copies were confirmed first.
-    ASSERT_EQ(result.groups.size(), ExactMatcher::kBatchSize);
-    for (std::size_t i = 0; i < result.groups.size(); ++i) {
-        EXPECT_EQ(result.groups[i].size, 20'000 + 100 * (pairs - 1 - static_cast<int>(i)));
+        EXPECT_THAT(result.skipped, IsEmpty());
+        EXPECT_LE(result.started, result.finished);
+        ASSERT_FALSE(seen.empty());
+        EXPECT_EQ(seen.back().stage, Stage::finishing);
+        EXPECT_EQ(seen.back().matched, 2 * firstBatch);
+        EXPECT_EQ(seen.back().examined, 2 * pairs);
     }
-    EXPECT_LE(result.started, result.finished);
-    ASSERT_FALSE(seen.empty());
-    EXPECT_EQ(seen.back().stage, ScanProgress::Stage::finishing);
-    EXPECT_EQ(seen.back().matched, 2 * static_cast<int>(ExactMatcher::kBatchSize));
-    EXPECT_EQ(seen.back().examined, 2 * pairs);
 }
 
 TEST(ExactMatcher, ReportsEveryStageInOrder) {

@@ -1,6 +1,7 @@
 #include "engine/similarity/FeatureExtractor.hpp"
 
 #include "tests/fixtures/ImageFixtures.hpp"
+#include "tests/fixtures/RawFixtures.hpp"
 #include "tests/fixtures/ScopedTimeZone.hpp"
 #include "tests/fixtures/TempTree.hpp"
 
@@ -106,6 +107,29 @@ TEST(FeatureExtractor, ExifDateOfAFileIsGmtWhateverTheTimeZone) {
         auto features = FeatureExtractor::features(path, false);
         ASSERT_TRUE(features && features->captureDate) << zone;
         EXPECT_EQ(features->captureDate->unixSeconds(), 1688495400) << zone;
+    }
+}
+
+TEST(FeatureExtractor, CameraRawDatesAreGmtAlsoInADaylightSavingGap) {
+    // In Berlin 02:30 on 28 March 2021 does not exist (clocks went from 2:00
+    // to 3:00) and 02:30 on 31 October 2021 happened twice; the date is the
+    // text as written, read as GMT, whatever the local clock did.
+    ScopedTimeZone timeZone("Europe/Berlin");
+    TempTree tree;
+
+    struct Case {
+        const char* text;
+        std::int64_t unixSeconds;
+    };
+
+    for (Case date :
+         {Case{"2021:03:28 02:30:00", 1616898600}, Case{"2021:10:31 02:30:00", 1635647400},
+          Case{"2021:07:01 12:00:00", 1625140800}}) {
+        SCOPED_TRACE(date.text);
+        std::string path = tree.file("dated.dng", testing::dngWithDate(date.text));
+        auto features = FeatureExtractor::features(path, false);
+        ASSERT_TRUE(features && features->captureDate);
+        EXPECT_EQ(features->captureDate->unixSeconds(), static_cast<double>(date.unixSeconds));
     }
 }
 
