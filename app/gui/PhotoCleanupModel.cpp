@@ -1,5 +1,6 @@
 #include "PhotoCleanupModel.hpp"
 
+#include "engine/platform/ThreadPriority.hpp"
 #include "engine/similarity/FeatureCache.hpp"
 #include "engine/similarity/SimilarityThresholds.hpp"
 
@@ -244,6 +245,7 @@ bool PhotoCleanupModel::startScan() {
     outcome->preset = settings_.preset;
     pool_.start([this, outcome, cancel = cancel_, folders = settings_.sources,
                  cachePath = featureCachePath(), engine = engine_] {
+        platform::runInBackground();
         Report report = [this](const ModelProgress& progress) { post(progress); };
         bool measuring = outcome->mode != Mode::identical;
         ScanProgress last;
@@ -347,6 +349,7 @@ void PhotoCleanupModel::regroup() {
     int generation = ++generation_;
     auto identical = std::make_shared<const std::vector<DuplicateGroup>>(result_.groups);
     pool_.start([this, generation, identical, index = index_, preset = settings_.preset] {
+        platform::runInBackground();
         auto groups = std::make_shared<std::vector<DuplicateGroup>>(
             groupsFor(Mode::similar, preset, *identical, index.get()));
         QMetaObject::invokeMethod(
