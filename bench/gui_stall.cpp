@@ -99,7 +99,7 @@ public:
 
     void setWhere(const QString& where) { where_ = where; }
 
-    [[nodiscard]] double worstMs() const { return worst_ / 1e6; }
+    [[nodiscard]] double worstMs() const { return static_cast<double>(worst_) / 1e6; }
 
     [[nodiscard]] const QString& worstWhere() const { return worstWhere_; }
 

@@ -244,6 +244,8 @@ void OverviewScreen::fillKinds() {
 void OverviewScreen::fillLeftOut() {
     const ScanResult& result = model_.result();
     std::vector<LeftOutList::Reason> reasons;
+    reasons.reserve(EnumCases<SkipReason>::kAll.size() +
+                    EnumCases<ExcludedItem::Kind>::kAll.size());
     std::map<SkipReason, int> skipped;
     for (const auto& file : result.skipped) {
         ++skipped[file.reason];

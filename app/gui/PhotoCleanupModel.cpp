@@ -119,7 +119,8 @@ PhotoCleanupModel::Engine PhotoCleanupModel::Engine::standard() {
 }
 
 PhotoCleanupModel::PhotoCleanupModel(QSettings& store, std::string dataFolder,
-                                     std::string downloadFolder, Engine engine, QObject* parent)
+                                     const std::string& downloadFolder, Engine engine,
+                                     QObject* parent)
     : QObject(parent)
     , store_(store)
     , settings_(CleanupSettings::load(store, downloadFolder))

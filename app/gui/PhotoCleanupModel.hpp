@@ -96,7 +96,7 @@ public:
 
     // Reads the settings from `store`; `dataFolder` is where Brevant keeps
     // its files (the feature cache among them).
-    PhotoCleanupModel(QSettings& store, std::string dataFolder, std::string downloadFolder,
+    PhotoCleanupModel(QSettings& store, std::string dataFolder, const std::string& downloadFolder,
                       Engine engine = Engine::standard(), QObject* parent = nullptr);
     PhotoCleanupModel(const PhotoCleanupModel&) = delete;
     PhotoCleanupModel& operator=(const PhotoCleanupModel&) = delete;

@@ -86,6 +86,7 @@ StageRecorder::StageRecorder(PhotoCleanupModel& model) {
 
 std::vector<std::string> memberNames(const DuplicateGroup& group, const std::string& root) {
     std::vector<std::string> names;
+    names.reserve(group.members.size());
     for (const auto& member : group.members) {
         names.push_back(member.path.substr(root.size() + 1));
     }
