@@ -48,31 +48,25 @@ std::optional<int> CommandLineReport::runIfAsked(const std::vector<std::string>&
 }
 
 int CommandLineReport::run(const Request& request, std::FILE* out, bool progress) {
-    ProgressLine line(stderr);
     ScanResult scan;
+    std::optional<SimilarityIndex> index;
     {
+        // A fresh flag for each step, as each may be stopped on its own.
         CancellationFlag cancel;
         InterruptWatcher watcher(cancel, kCancelled);
-        ExactMatcher::Progress shown;
-        if (progress) {
-            shown = [&line](const ScanProgress& now) { line.show(now); };
-        }
-        scan = ExactMatcher::scan(request.folders, true, std::nullopt, cancel, shown);
+        ProgressLine line(stderr, progress, &cancel);
+        scan = ExactMatcher::scan(request.folders, true, std::nullopt, cancel,
+                                  [&line](const ScanProgress& now) { line.show(now); });
     }
-    std::optional<SimilarityIndex> index;
     if (!scan.cancelled) {
         CancellationFlag cancel;
         InterruptWatcher watcher(cancel, kCancelled);
+        ProgressLine line(stderr, progress, &cancel);
         int total = static_cast<int>(scan.pictures.size());
-        SimilarityMatcher::Progress shown;
-        if (progress) {
-            shown = [&line, total](int done) {
-                line.show(ScanProgress::Stage::measuring, done, total);
-            };
-        }
-        index = SimilarityMatcher::index(std::move(scan.pictures), nullptr, false, cancel, shown);
+        index = SimilarityMatcher::index(
+            std::move(scan.pictures), nullptr, false, cancel,
+            [&line, total](int done) { line.show(ScanProgress::Stage::measuring, done, total); });
     }
-    line.clear();
     if (!index) {
         fmt::print(out, "cancelled\n");
         return kCancelled;

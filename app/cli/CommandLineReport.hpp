@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/cli/ExitStatus.hpp"
 #include "engine/scan/DuplicateGroup.hpp"
 #include "engine/similarity/SimilarityIndex.hpp"
 #include "engine/similarity/SimilarityPreset.hpp"
@@ -32,8 +33,8 @@ struct CommandLineReport {
     // nothing when it asks for no report.
     [[nodiscard]] static std::optional<Request> parse(const std::vector<std::string>& arguments);
 
-    static constexpr int kSuccess = 0;
-    static constexpr int kCancelled = 1;
+    static constexpr int kSuccess = ExitStatus::kSuccess;
+    static constexpr int kCancelled = ExitStatus::kCancelled;
 
     // When the arguments ask for a report: runs it, prints it to standard
     // output and answers the exit status (0, or 1 with "cancelled" when

@@ -1,7 +1,11 @@
 #include "Program.hpp"
 
+#include "app/cli/CommandLine.hpp"
 #include "app/cli/CommandLineReport.hpp"
-#include "app/cli/ScanCommand.hpp"
+#include "app/cli/Commands.hpp"
+#include "app/cli/DesktopStart.hpp"
+#include "app/cli/ExitStatus.hpp"
+#include "app/cli/Interrupts.hpp"
 
 #include <cstdio>
 #include <fmt/format.h>
@@ -10,41 +14,40 @@ namespace brevant::cli {
 
 namespace {
 
-constexpr int kUsageStatus = 2;
-
-void printUsage(std::FILE* stream) {
-    fmt::print(stream,
-               "Brevant {}: finds photos saved more than once.\n"
-               "\n"
-               "Usage:\n"
-               "  brevant --similar [conservative|balanced|broad] FOLDER...\n"
-               "  brevant --series FOLDER...\n"
-               "{}"
-               "  brevant --version\n"
-               "  brevant --help\n",
-               BREVANT_VERSION, ScanCommand::usage());
+// Without arguments: the window when it can be shown, else the usage.
+int startWithoutArguments() {
+    if (auto program = DesktopStart::program(DesktopStart::current())) {
+        std::string reason = DesktopStart::start(*program);
+        fmt::print(stderr, "brevant: cannot start {}: {}\n", *program, reason);
+        return ExitStatus::kFailed;
+    }
+    fmt::print("{}", CommandLine(makeCommands()).help());
+    return ExitStatus::kSuccess;
 }
 
 } // namespace
 
 int run(const std::vector<std::string>& arguments) {
-    // The report looks at the whole argument list before anything else.
-    if (auto status = CommandLineReport::runIfAsked(arguments)) {
-        return *status;
+    // The report looks at the whole argument list before anything else,
+    // unless the list starts with one of our commands: those have options
+    // of their own named --similar and --series (`brevant clean --similar
+    // broad`), which must not start a report.
+    bool namesCommand = arguments.size() >= 2 && isCommandName(arguments[1]);
+    if (!namesCommand) {
+        if (auto status = CommandLineReport::runIfAsked(arguments)) {
+            return *status;
+        }
     }
-    if (arguments.size() >= 2 && arguments[1] == "scan") {
-        return ScanCommand::main({arguments.begin() + 2, arguments.end()});
+    if (arguments.size() <= 1) {
+        return startWithoutArguments();
     }
-    if (arguments.size() == 2 && arguments[1] == "--version") {
-        fmt::print("brevant {}\n", BREVANT_VERSION);
-        return 0;
-    }
-    if (arguments.size() == 2 && (arguments[1] == "--help" || arguments[1] == "-h")) {
-        printUsage(stdout);
-        return 0;
-    }
-    printUsage(stderr);
-    return arguments.size() == 1 ? 0 : kUsageStatus;
+    CancellationFlag cancel;
+    InterruptWatcher watcher(cancel, ExitStatus::kCancelled);
+    return runCommand(arguments, Environment::ofProcess(&cancel));
+}
+
+int runCommand(const std::vector<std::string>& arguments, const Environment& environment) {
+    return CommandLine(makeCommands()).run(arguments, environment);
 }
 
 } // namespace brevant::cli

@@ -1,12 +1,11 @@
 #include "ScanCommand.hpp"
 
-#include "app/cli/Interrupts.hpp"
+#include "app/cli/ExitStatus.hpp"
 #include "app/cli/ProgressLine.hpp"
 #include "app/cli/Terminal.hpp"
-#include "engine/platform/ProcessInfo.hpp"
 #include "engine/scan/ExactMatcher.hpp"
 
-#include <chrono>
+#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 #include <map>
 
@@ -15,36 +14,6 @@ namespace brevant::cli {
 namespace {
 
 using Kind = ExcludedItem::Kind;
-
-struct Options {
-    bool json = false;
-    bool help = false;
-    std::vector<std::string> folders;
-};
-
-// Nothing but the options when the arguments are right; otherwise the
-// message that says what is wrong.
-std::expected<Options, std::string> parse(const std::vector<std::string>& arguments) {
-    Options options;
-    bool optionsEnded = false;
-    for (const auto& argument : arguments) {
-        if (optionsEnded || !argument.starts_with("-") || argument == "-") {
-            options.folders.push_back(argument);
-        } else if (argument == "--") {
-            optionsEnded = true;
-        } else if (argument == "--json") {
-            options.json = true;
-        } else if (argument == "--help" || argument == "-h") {
-            options.help = true;
-        } else {
-            return std::unexpected(fmt::format("unknown option {}", argument));
-        }
-    }
-    if (!options.help && options.folders.empty()) {
-        return std::unexpected(std::string("no folder given"));
-    }
-    return options;
-}
 
 const char* plural(std::int64_t count, const char* one, const char* many) {
     return count == 1 ? one : many;
@@ -85,40 +54,26 @@ void appendCounts(std::string& text, std::string_view heading, const std::vector
     }
 }
 
-void printUsageError(std::FILE* err, std::string_view message) {
-    fmt::print(err, "brevant scan: {}\n\nUsage:\n{}", message, ScanCommand::usage());
-}
-
 } // namespace
 
-int ScanCommand::main(const std::vector<std::string>& arguments) {
-    CancellationFlag cancel;
-    InterruptWatcher watcher(cancel, kCancelled);
-    Environment environment;
-    environment.cancel = &cancel;
-    environment.home = platform::homeFolder();
-    environment.showProgress = isTerminal(stderr);
-    return run(arguments, environment);
+std::string_view ScanCommand::summary() const {
+    return "Find byte-identical copies of photos; changes nothing";
 }
 
-int ScanCommand::run(const std::vector<std::string>& arguments, const Environment& environment) {
-    auto options = parse(arguments);
-    if (!options) {
-        printUsageError(environment.err, options.error());
-        return kUsageError;
-    }
-    if (options->help) {
-        fmt::print(environment.out, "Usage:\n{}", usage());
-        return kSuccess;
-    }
-    CancellationFlag never;
-    const CancellationFlag& cancel = environment.cancel != nullptr ? *environment.cancel : never;
-    ProgressLine line(environment.err);
-    ExactMatcher::Progress progress;
-    if (environment.showProgress) {
-        progress = [&line](const ScanProgress& now) { line.show(now); };
-    }
-    ScanResult result = ExactMatcher::scan(options->folders, false, std::nullopt, cancel, progress);
+std::vector<std::string> ScanCommand::synopsis() const {
+    return {"brevant scan [--json] FOLDER..."};
+}
+
+void ScanCommand::define(CLI::App& app) {
+    addJson(app, json_, "Print the whole scan result as JSON");
+    addFolders(app, folders_, "The folders to look in");
+}
+
+int ScanCommand::run(const Environment& environment) {
+    ProgressLine line(environment.err, environment.showProgress, environment.cancel);
+    ScanResult result =
+        ExactMatcher::scan(folders_, false, std::nullopt, environment.cancellation(),
+                           [&line](const ScanProgress& now) { line.show(now); });
     line.clear();
 
     for (const auto& item : result.excluded) {
@@ -127,13 +82,16 @@ int ScanCommand::run(const std::vector<std::string>& arguments, const Environmen
                        item.detail);
         }
     }
-    if (options->json) {
+    if (json_) {
         fmt::print(environment.out, "{}\n", result.encoded(2));
     } else {
         fmt::print(environment.out, "{}", report(result, environment.home));
     }
     std::fflush(environment.out);
-    return result.cancelled ? kCancelled : kSuccess;
+    if (result.roots.empty()) {
+        return ExitStatus::kNothingScanned;
+    }
+    return result.cancelled ? ExitStatus::kCancelled : ExitStatus::kSuccess;
 }
 
 std::string ScanCommand::report(const ScanResult& result, std::string_view home) {
@@ -160,10 +118,6 @@ std::string ScanCommand::report(const ScanResult& result, std::string_view home)
         text += "cancelled\n";
     }
     return text;
-}
-
-std::string_view ScanCommand::usage() {
-    return "  brevant scan [--json] FOLDER...   find identical copies of photos in the folders\n";
 }
 
 } // namespace brevant::cli

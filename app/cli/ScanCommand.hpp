@@ -1,9 +1,8 @@
 #pragma once
 
-#include "engine/scan/CancellationFlag.hpp"
+#include "app/cli/Command.hpp"
 #include "engine/scan/ScanResult.hpp"
 
-#include <cstdio>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -12,34 +11,22 @@ namespace brevant::cli {
 
 // `brevant scan [--json] FOLDER...`: finds identical copies in the folders
 // and prints them, or the whole scan result as JSON. Changes nothing.
-struct ScanCommand {
-    static constexpr int kSuccess = 0;
-    static constexpr int kCancelled = 1;
-    static constexpr int kUsageError = 2;
+class ScanCommand final : public Command {
+public:
+    [[nodiscard]] std::string_view name() const override { return "scan"; }
 
-    // Where the command writes and what it needs of the process around it.
-    struct Environment {
-        std::FILE* out = stdout;
-        std::FILE* err = stderr;
-        const CancellationFlag* cancel = nullptr;
-        // Written as "~" at the start of paths.
-        std::string home;
-        // Draw progress on `err` (only when it is a terminal).
-        bool showProgress = false;
-    };
-
-    // Runs with the process's own streams, home folder and Ctrl-C handling.
-    // `arguments` are those after "scan". Answers the exit status.
-    [[nodiscard]] static int main(const std::vector<std::string>& arguments);
-
-    [[nodiscard]] static int run(const std::vector<std::string>& arguments,
-                                 const Environment& environment);
+    [[nodiscard]] std::string_view summary() const override;
+    [[nodiscard]] std::vector<std::string> synopsis() const override;
+    void define(CLI::App& app) override;
+    // 0, 1 when cancelled, or 3 when every folder was refused.
+    [[nodiscard]] int run(const Environment& environment) override;
 
     // The groups, then the summary and the counts of what was left out.
     [[nodiscard]] static std::string report(const ScanResult& result, std::string_view home);
 
-    // The usage lines of the command.
-    [[nodiscard]] static std::string_view usage();
+private:
+    bool json_ = false;
+    std::vector<std::string> folders_;
 };
 
 } // namespace brevant::cli

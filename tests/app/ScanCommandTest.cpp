@@ -1,8 +1,11 @@
 #include "app/cli/ScanCommand.hpp"
 
+#include "tests/app/ProgramRun.hpp"
 #include "tests/fixtures/TempTree.hpp"
 #include "tests/scan/ScanFixtures.hpp"
 
+#include "app/cli/ExitStatus.hpp"
+#include "app/cli/Program.hpp"
 #include "app/cli/Terminal.hpp"
 
 #include <gmock/gmock.h>
@@ -18,43 +21,16 @@ using ::testing::HasSubstr;
 using ::testing::StartsWith;
 using testing::TempTree;
 
-struct Outcome {
-    int status = -1;
-    std::string out;
-    std::string err;
-};
-
-// Runs the built program with its output captured in files.
-Outcome runProgram(const TempTree& tree, const std::string& arguments) {
-    Outcome run;
-    std::string out = tree.path("stdout.txt");
-    std::string err = tree.path("stderr.txt");
-    run.status = testing::runCommand(
-        fmt::format("'{}' {} >'{}' 2>'{}'", BREVANT_BINARY, arguments, out, err));
-    run.out = testing::readFile(out);
-    run.err = testing::readFile(err);
-    return run;
-}
-
 // Runs the command in this process, with streams in memory.
 Outcome runHere(const std::vector<std::string>& arguments, const CancellationFlag& cancel,
                 const std::string& home = "/nonexistent-home") {
-    char* outText = nullptr;
-    std::size_t outSize = 0;
-    char* errText = nullptr;
-    std::size_t errSize = 0;
-    std::FILE* out = ::open_memstream(&outText, &outSize);
-    std::FILE* err = ::open_memstream(&errText, &errSize);
-    ScanCommand::Environment environment{out, err, &cancel, home, false};
-    Outcome run;
-    run.status = ScanCommand::run(arguments, environment);
-    std::fclose(out);
-    std::fclose(err);
-    run.out.assign(outText, outSize);
-    run.err.assign(errText, errSize);
-    std::free(outText);
-    std::free(errText);
-    return run;
+    MemoryStream out;
+    MemoryStream err;
+    Environment environment{.out = out.get(), .err = err.get(), .cancel = &cancel, .home = home};
+    std::vector<std::string> line = {"brevant", "scan"};
+    line.insert(line.end(), arguments.begin(), arguments.end());
+    int status = runCommand(line, environment);
+    return {status, out.text(), err.text()};
 }
 
 // Photos in two folders: three copies, a same-size stranger, a pair, a
@@ -120,12 +96,19 @@ TEST(ScanCommand, PrintsTheScanResultAsJson) {
 
 TEST(ScanCommand, WrongArgumentsGiveTheUsageAndStatusTwo) {
     TempTree tree;
-    for (std::string arguments : {"scan", "scan --jsn .", "scan --json"}) {
+    const std::string usage = "Usage:\n"
+                              "  brevant scan [--json] FOLDER...\n"
+                              "Try 'brevant scan --help' for more information.\n";
+    for (const auto& [arguments, message] : std::vector<std::pair<std::string, std::string>>{
+             {"scan", "no folder given"},
+             {"scan --json", "no folder given"},
+             {"scan --jsn .", "unknown option '--jsn'"},
+             {"scan . -j", "unknown option '-j'"}}) {
         SCOPED_TRACE(arguments);
         Outcome run = runProgram(tree, arguments);
-        EXPECT_EQ(run.status, 2);
+        EXPECT_EQ(run.status, ExitStatus::kUsage);
         EXPECT_EQ(run.out, "");
-        EXPECT_THAT(run.err, HasSubstr("Usage:\n  brevant scan [--json] FOLDER..."));
+        EXPECT_EQ(run.err, fmt::format("brevant scan: {}\n{}", message, usage));
     }
     Outcome help = runProgram(tree, "scan --help");
     EXPECT_EQ(help.status, 0);
@@ -138,7 +121,8 @@ TEST(ScanCommand, WrongArgumentsGiveTheUsageAndStatusTwo) {
 TEST(ScanCommand, ARefusedFolderIsNamedOnStandardError) {
     TempTree tree;
     Outcome run = runProgram(tree, "scan '" + tree.path("missing") + "'");
-    EXPECT_EQ(run.status, 0);
+    // Nothing could be scanned, which a script must tell from nothing found.
+    EXPECT_EQ(run.status, ExitStatus::kNothingScanned);
     EXPECT_EQ(run.err, "brevant: " + tree.path("missing") +
                            ": Not found. If it is on a drive, check the drive is connected.\n");
     EXPECT_THAT(run.out, HasSubstr("Chosen folders that cannot be scanned: 1\n"));
@@ -153,11 +137,11 @@ TEST(ScanCommand, ACancelledScanSaysSoAndEndsWithStatusOne) {
     cancel.cancel();
 
     Outcome text = runHere({tree.path("photos")}, cancel);
-    EXPECT_EQ(text.status, ScanCommand::kCancelled);
+    EXPECT_EQ(text.status, ExitStatus::kCancelled);
     EXPECT_THAT(text.out, ::testing::EndsWith("cancelled\n"));
 
     Outcome json = runHere({"--json", tree.path("photos")}, cancel);
-    EXPECT_EQ(json.status, ScanCommand::kCancelled);
+    EXPECT_EQ(json.status, ExitStatus::kCancelled);
     auto result = ScanResult::decode(json.out);
     ASSERT_TRUE(result.has_value());
     EXPECT_TRUE(result->cancelled);
