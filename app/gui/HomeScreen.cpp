@@ -7,6 +7,8 @@
 #include "app/gui/WindowTexts.hpp"
 
 #include <QButtonGroup>
+#include <QFileDialog>
+#include <QFileInfo>
 #include <QFrame>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -108,6 +110,11 @@ HomeScreen::HomeScreen(PhotoCleanupModel& model, QWidget* parent)
     connect(&model_, &PhotoCleanupModel::settingsChanged, this, &HomeScreen::showSettings);
     connect(&model_, &PhotoCleanupModel::scanCancelled, this,
             [this] { showNotice(QLatin1String(texts::kScanCancelled)); });
+    connect(&model_, &PhotoCleanupModel::scanFailed, this, &HomeScreen::showNotice);
+    connect(&model_, &PhotoCleanupModel::catalogChanged, this, [this](Scope scope) {
+        showCatalog(scope);
+        showSettings();
+    });
     showSettings();
 }
 
@@ -127,12 +134,6 @@ QWidget* HomeScreen::whereCard() {
         auto* button = new QRadioButton(title, card);
         scopes_->addButton(button, static_cast<int>(scope));
         scopeRow->addWidget(button);
-        // Seam: the catalog pickers (defaultCatalogs, their notices and the
-        // remembered catalog) plug in here once engine/catalogs is merged.
-        if (scope != Scope::folders) {
-            button->setEnabled(false);
-            button->setToolTip(QLatin1String(texts::kCatalogsNotInThisBuild));
-        }
     }
     scopeRow->addStretch();
     layout->addLayout(scopeRow);
@@ -142,17 +143,87 @@ QWidget* HomeScreen::whereCard() {
     sources_->setObjectName(QStringLiteral("sources"));
     scopePages_ = new QStackedWidget(card);
     scopePages_->addWidget(sources_);
-    scopePages_->addWidget(
-        parts::label(QLatin1String(texts::kCatalogsNotInThisBuild), "muted", card));
-    scopePages_->addWidget(
-        parts::label(QLatin1String(texts::kCatalogsNotInThisBuild), "muted", card));
+    scopePages_->addWidget(catalogPage(Scope::lightroom));
+    scopePages_->addWidget(catalogPage(Scope::captureOne));
     layout->addWidget(scopePages_);
 
     connect(sources_, &FolderList::foldersChanged, this,
             [this](const std::vector<std::string>& folders) { model_.setSources(folders); });
-    connect(scopes_, &QButtonGroup::idClicked, this,
-            [this](int id) { model_.setScope(static_cast<Scope>(id)); });
+    connect(scopes_, &QButtonGroup::idClicked, this, [this](int id) {
+        auto scope = static_cast<Scope>(id);
+        model_.setScope(scope);
+        // The first time, look where the application keeps its catalogs.
+        if (scope != Scope::folders && model_.catalog(scope).empty()) {
+            model_.findCatalog(scope, std::nullopt);
+        }
+    });
     return card;
+}
+
+QWidget* HomeScreen::catalogPage(Scope scope) {
+    auto* page = new QWidget(this);
+    auto* layout = new QVBoxLayout(page);
+    layout->setContentsMargins(0, 4, 0, 0);
+    CatalogPage& shown = catalogPages_[scope];
+    shown.path = parts::label({}, nullptr, page);
+    shown.path->setWordWrap(true);
+    shown.notice = parts::notice({}, page);
+    shown.notice->hide();
+    shown.choose = new QPushButton(tr("Choose Folder…"), page);
+    shown.choose->setToolTip(scope == Scope::lightroom
+                                 ? tr("Choose the folder the .lrcat catalog file is in")
+                                 : tr("Choose the folder the .cocatalog catalog is in"));
+    layout->addWidget(shown.path);
+    layout->addWidget(shown.notice);
+    layout->addWidget(shown.choose, 0, Qt::AlignLeft);
+    layout->addWidget(parts::label(scope == Scope::lightroom
+                                       ? QLatin1String(texts::kLightroomReading)
+                                       : QLatin1String(texts::kCaptureOneReading),
+                                   "muted", page));
+    layout->addStretch();
+    connect(shown.choose, &QPushButton::clicked, this,
+            [this, scope] { chooseCatalogFolder(scope); });
+    return page;
+}
+
+void HomeScreen::chooseCatalogFolder(Scope scope) {
+    const std::string& chosen = model_.catalog(scope);
+    QString start = chosen.empty() ? qtText(PhotoCleanupModel::defaultCatalogFolder(scope))
+                                   : QFileInfo(qtText(chosen)).absolutePath();
+    QString folder = QFileDialog::getExistingDirectory(
+        this,
+        scope == Scope::lightroom ? tr("Choose the Folder of the Lightroom Classic Catalog")
+                                  : tr("Choose the Folder of the Capture One Catalog"),
+        start);
+    if (!folder.isEmpty()) {
+        model_.findCatalog(scope, pathBytes(folder));
+    }
+}
+
+void HomeScreen::showCatalog(Scope scope) {
+    auto found = catalogPages_.find(scope);
+    if (found == catalogPages_.end()) {
+        return;
+    }
+    const std::string& catalog = model_.catalog(scope);
+    found->second.path->setText(catalog.empty() ? tr("No catalog chosen yet.")
+                                                : tr("Catalog: %1").arg(qtText(catalog)));
+    QString notice = qtText(model_.catalogNotice(scope));
+    parts::noticeLabel(found->second.notice)->setText(notice);
+    found->second.notice->setVisible(!notice.isEmpty());
+}
+
+QString HomeScreen::catalogText(Scope scope) const {
+    return catalogPages_.at(scope).path->text();
+}
+
+QString HomeScreen::catalogNoticeText(Scope scope) const {
+    const CatalogPage& page = catalogPages_.at(scope);
+    return page.notice->isHidden() ? QString() : parts::noticeLabel(page.notice)->text();
+}
+
+QPushButton* HomeScreen::chooseCatalogButton(Scope scope) const {
+    return catalogPages_.at(scope).choose;
 }
 
 QWidget* HomeScreen::protectedCard() {
@@ -226,19 +297,22 @@ void HomeScreen::showSettings() {
     for (const auto& [preset, explanation] : presetExplanations_) {
         explanation->setEnabled(similar);
     }
-    bool ready = settings.scope == Scope::folders && !settings.sources.empty();
-    scan_->setEnabled(ready);
+    showCatalog(Scope::lightroom);
+    showCatalog(Scope::captureOne);
+    scan_->setEnabled(model_.canScan());
     summary_->setText(summaryText());
 }
 
 QString HomeScreen::summaryText() const {
     const CleanupSettings& settings = model_.settings();
-    if (settings.sources.empty()) {
+    if (!model_.canScan()) {
         return {};
     }
-    return tr("Looks for %1 in %2.")
-        .arg(modeWords(settings.mode, settings.preset),
-             countText(static_cast<std::int64_t>(settings.sources.size()), "folder", "folders"));
+    QString where =
+        settings.scope == Scope::folders
+            ? countText(static_cast<std::int64_t>(settings.sources.size()), "folder", "folders")
+            : QFileInfo(qtText(model_.catalog(settings.scope))).fileName();
+    return tr("Looks for %1 in %2.").arg(modeWords(settings.mode, settings.preset), where);
 }
 
 QRadioButton* HomeScreen::modeButton(Mode mode) const {

@@ -45,10 +45,18 @@ public:
 
     void showNotice(const QString& text);
 
+    // What a catalog scope's page shows: the chosen catalog and the notice.
+    [[nodiscard]] QString catalogText(CleanupSettings::Scope scope) const;
+    [[nodiscard]] QString catalogNoticeText(CleanupSettings::Scope scope) const;
+    [[nodiscard]] QPushButton* chooseCatalogButton(CleanupSettings::Scope scope) const;
+
 private:
     QWidget* whereCard();
     QWidget* protectedCard();
     QWidget* whatCard();
+    QWidget* catalogPage(CleanupSettings::Scope scope);
+    void showCatalog(CleanupSettings::Scope scope);
+    void chooseCatalogFolder(CleanupSettings::Scope scope);
     void showSettings();
 
     PhotoCleanupModel& model_;
@@ -59,6 +67,14 @@ private:
     QButtonGroup* presets_ = nullptr;
     QStackedWidget* scopePages_ = nullptr;
     std::map<SimilarityPreset, QLabel*> presetExplanations_;
+
+    struct CatalogPage {
+        QLabel* path = nullptr;
+        QFrame* notice = nullptr;
+        QPushButton* choose = nullptr;
+    };
+
+    std::map<CleanupSettings::Scope, CatalogPage> catalogPages_;
     QPushButton* scan_ = nullptr;
     QLabel* summary_ = nullptr;
     QFrame* notice_ = nullptr;

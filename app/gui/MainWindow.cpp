@@ -62,6 +62,7 @@ MainWindow::MainWindow(PhotoCleanupModel& model, Skins& skins, QSettings& store,
     connect(&model_, &PhotoCleanupModel::phaseChanged, this, &MainWindow::followPhase);
     connect(&model_, &PhotoCleanupModel::settingsChanged, this, &MainWindow::updateActions);
     connect(&model_, &PhotoCleanupModel::resultChanged, this, &MainWindow::updateActions);
+    connect(&model_, &PhotoCleanupModel::catalogChanged, this, &MainWindow::updateActions);
     connect(&skins_, &Skins::applied, this, [this](const QString& name) {
         for (QAction* action : skinActions_->actions()) {
             action->setChecked(action->data().toString() == name);
@@ -149,9 +150,7 @@ void MainWindow::followPhase() {
 
 void MainWindow::updateActions() {
     bool scanning = model_.phase() == Phase::scanning;
-    const CleanupSettings& settings = model_.settings();
-    scan_->setEnabled(!scanning && !settings.sources.empty() &&
-                      settings.scope == CleanupSettings::Scope::folders);
+    scan_->setEnabled(model_.canScan());
     addFolder_->setEnabled(!scanning);
     showSkipped_->setEnabled(!scanning && model_.hasResult());
 }

@@ -1,5 +1,11 @@
 #include "PhotoCleanupModel.hpp"
 
+#include "app/gui/QtText.hpp"
+#include "engine/catalogs/CaptureOneCatalog.hpp"
+#include "engine/catalogs/CaptureOneScanner.hpp"
+#include "engine/catalogs/LightroomCatalog.hpp"
+#include "engine/catalogs/LightroomScanner.hpp"
+#include "engine/platform/ProcessInfo.hpp"
 #include "engine/platform/ThreadPriority.hpp"
 #include "engine/similarity/FeatureCache.hpp"
 #include "engine/similarity/SimilarityThresholds.hpp"
@@ -44,6 +50,17 @@ private:
     bool woken_ = false;
 };
 
+struct PhotoCleanupModel::Job {
+    Scope scope = Scope::folders;
+    std::vector<std::string> folders;
+    std::string catalog;
+    Mode mode = Mode::identical;
+    SimilarityPreset preset = SimilarityPreset::balanced;
+    std::string cachePath;
+    Engine engine;
+    std::shared_ptr<CancellationFlag> cancel;
+};
+
 struct PhotoCleanupModel::Outcome {
     ScanResult result;
     std::shared_ptr<const SimilarityIndex> index;
@@ -51,6 +68,8 @@ struct PhotoCleanupModel::Outcome {
     Mode mode = Mode::identical;
     SimilarityPreset preset = SimilarityPreset::balanced;
     bool cancelled = false;
+    // Why the scan could not run (an unreadable catalog).
+    std::string failure;
 };
 
 namespace {
@@ -109,6 +128,22 @@ PhotoCleanupModel::Engine PhotoCleanupModel::Engine::standard() {
                         const CancellationFlag& cancel,
                         const SimilarityMatcher::Progress& progress) {
         return SimilarityMatcher::index(std::move(pictures), cache, false, cancel, progress);
+    };
+    engine.scanCatalog =
+        [](Scope scope, const std::string& path, bool keepPictures, const CancellationFlag& cancel,
+           const ExactMatcher::Progress& progress) -> std::expected<ScanResult, std::string> {
+        if (scope == Scope::captureOne) {
+            auto catalog = CaptureOneCatalog::read(path);
+            if (!catalog) {
+                return std::unexpected(catalog.error().text());
+            }
+            return CaptureOneScanner::scan(*catalog, keepPictures, cancel, progress);
+        }
+        auto catalog = LightroomCatalog::read(path);
+        if (!catalog) {
+            return std::unexpected(catalog.error().text());
+        }
+        return LightroomScanner::scan(*catalog, keepPictures, cancel, progress);
     };
     engine.checkFaces = [](const std::vector<DuplicateGroup>& groups, const SimilarityIndex& index,
                            FeatureCache* cache, const CancellationFlag& cancel,
@@ -220,13 +255,79 @@ void PhotoCleanupModel::setCaptureOneCatalog(const std::string& catalog,
     save();
 }
 
-bool PhotoCleanupModel::startScan() {
-    if (phase_ == Phase::scanning || settings_.sources.empty()) {
+const std::string& PhotoCleanupModel::catalog(Scope scope) const {
+    static const std::string none;
+    switch (scope) {
+    case Scope::folders:
+        return none;
+    case Scope::lightroom:
+        return settings_.lightroomCatalog;
+    case Scope::captureOne:
+        return settings_.captureOneCatalog;
+    }
+    return none;
+}
+
+const std::string& PhotoCleanupModel::catalogNotice(Scope scope) const {
+    static const std::string none;
+    auto found = catalogNotices_.find(scope);
+    return found == catalogNotices_.end() ? none : found->second;
+}
+
+std::string PhotoCleanupModel::defaultCatalogFolder(Scope scope) {
+    // Where LightroomCatalog::defaultCatalogs and CaptureOneCatalog's look.
+    switch (scope) {
+    case Scope::folders:
+        return {};
+    case Scope::lightroom:
+        return platform::homeFolder() + "/Pictures/Lightroom";
+    case Scope::captureOne:
+        return platform::homeFolder() + "/Pictures";
+    }
+    return {};
+}
+
+void PhotoCleanupModel::findCatalog(Scope scope, const std::optional<std::string>& folder) {
+    if (scope == Scope::folders) {
+        return;
+    }
+    std::string searched = folder.value_or(defaultCatalogFolder(scope));
+    int search = ++catalogSearches_[scope];
+    pool_.start([this, scope, searched, search] {
+        platform::runInBackground();
+        auto choice = std::make_shared<CatalogChoice>(scope == Scope::lightroom
+                                                          ? LightroomCatalog::choose(searched)
+                                                          : CaptureOneCatalog::choose(searched));
+        QMetaObject::invokeMethod(
+            this,
+            [this, scope, searched, search, choice] {
+                if (search != catalogSearches_[scope]) {
+                    return;
+                }
+                catalogNotices_[scope] = choice->notice.value_or(std::string());
+                if (choice->catalog && scope == Scope::lightroom) {
+                    setLightroomCatalog(*choice->catalog, searched);
+                } else if (choice->catalog) {
+                    setCaptureOneCatalog(*choice->catalog, searched);
+                }
+                Q_EMIT catalogChanged(scope);
+            },
+            Qt::QueuedConnection);
+    });
+}
+
+bool PhotoCleanupModel::canScan() const {
+    if (phase_ == Phase::scanning) {
         return false;
     }
-    // Seam: catalog scopes scan through LightroomScanner and
-    // CaptureOneScanner once engine/catalogs is merged.
-    if (settings_.scope != Scope::folders) {
+    if (settings_.scope == Scope::folders) {
+        return !settings_.sources.empty();
+    }
+    return !catalog(settings_.scope).empty();
+}
+
+bool PhotoCleanupModel::startScan() {
+    if (!canScan()) {
         return false;
     }
     hasResult_ = false;
@@ -241,40 +342,61 @@ bool PhotoCleanupModel::startScan() {
     clock_.start();
     setPhase(Phase::scanning);
 
-    auto outcome = std::make_shared<Outcome>();
-    outcome->mode = settings_.mode;
-    outcome->preset = settings_.preset;
-    pool_.start([this, outcome, cancel = cancel_, folders = settings_.sources,
-                 cachePath = featureCachePath(), engine = engine_] {
+    auto job = std::make_shared<Job>(Job{.scope = settings_.scope,
+                                         .folders = settings_.sources,
+                                         .catalog = catalog(settings_.scope),
+                                         .mode = settings_.mode,
+                                         .preset = settings_.preset,
+                                         .cachePath = featureCachePath(),
+                                         .engine = engine_,
+                                         .cancel = cancel_});
+    pool_.start([this, job] {
         platform::runInBackground();
-        Report report = [this](const ModelProgress& progress) { post(progress); };
-        bool measuring = outcome->mode != Mode::identical;
-        ScanProgress last;
-        outcome->result = engine.scan(folders, measuring, *cancel, [&](const ScanProgress& now) {
-            last = now;
-            // The matcher's end is not the end of a scan that measures next.
-            if (!measuring || now.stage != Stage::finishing) {
-                report({now, 0, std::nullopt});
-            }
-        });
-        outcome->cancelled = outcome->result.cancelled || cancel->isCancelled();
-        if (measuring && !outcome->cancelled) {
-            auto index = measure(outcome->result, last, engine, cachePath, *cancel, report);
-            outcome->cancelled = !index.has_value();
-            if (index) {
-                outcome->index = std::make_shared<const SimilarityIndex>(std::move(*index));
-                last.stage = Stage::finishing;
-                report({last, 0, std::nullopt});
-            }
-        }
-        if (!outcome->cancelled) {
-            outcome->groups = groupsFor(outcome->mode, outcome->preset, outcome->result.groups,
-                                        outcome->index.get());
-        }
+        auto outcome = std::make_shared<Outcome>();
+        run(*job, *outcome, [this](const ModelProgress& progress) { post(progress); });
         QMetaObject::invokeMethod(
             this, [this, outcome] { finishScan(outcome); }, Qt::QueuedConnection);
     });
     return true;
+}
+
+void PhotoCleanupModel::run(const Job& job, Outcome& outcome, const Report& report) {
+    outcome.mode = job.mode;
+    outcome.preset = job.preset;
+    bool measuring = job.mode != Mode::identical;
+    const CancellationFlag& cancel = *job.cancel;
+    ScanProgress last;
+    auto progress = [&](const ScanProgress& now) {
+        last = now;
+        // The matcher's end is not the end of a scan that measures next.
+        if (!measuring || now.stage != Stage::finishing) {
+            report({now, 0, std::nullopt});
+        }
+    };
+    if (job.scope == Scope::folders) {
+        outcome.result = job.engine.scan(job.folders, measuring, cancel, progress);
+    } else {
+        auto scanned = job.engine.scanCatalog(job.scope, job.catalog, measuring, cancel, progress);
+        if (!scanned) {
+            outcome.failure = std::move(scanned.error());
+            return;
+        }
+        outcome.result = std::move(*scanned);
+    }
+    outcome.cancelled = outcome.result.cancelled || cancel.isCancelled();
+    if (measuring && !outcome.cancelled) {
+        auto index = measure(outcome.result, last, job.engine, job.cachePath, cancel, report);
+        outcome.cancelled = !index.has_value();
+        if (index) {
+            outcome.index = std::make_shared<const SimilarityIndex>(std::move(*index));
+            last.stage = Stage::finishing;
+            report({last, 0, std::nullopt});
+        }
+    }
+    if (!outcome.cancelled) {
+        outcome.groups =
+            groupsFor(job.mode, job.preset, outcome.result.groups, outcome.index.get());
+    }
 }
 
 void PhotoCleanupModel::cancelScan() {
@@ -326,6 +448,11 @@ void PhotoCleanupModel::finishScan(const std::shared_ptr<Outcome>& outcome) {
     // Progress still in the mailbox belongs to this scan; show it first.
     deliverProgress();
     cancel_.reset();
+    if (!outcome->failure.empty()) {
+        setPhase(Phase::idle);
+        Q_EMIT scanFailed(qtText(outcome->failure));
+        return;
+    }
     if (outcome->cancelled) {
         setPhase(Phase::idle);
         Q_EMIT scanCancelled();

@@ -14,7 +14,9 @@
 #include <QThreadPool>
 
 #include <cstdint>
+#include <expected>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -78,12 +80,18 @@ public:
         using Measure = std::function<std::optional<SimilarityIndex>(
             std::vector<PhotoAsset> pictures, FeatureCache* cache, const CancellationFlag& cancel,
             const SimilarityMatcher::Progress& progress)>;
+        // A Lightroom Classic or Capture One catalog, read and scanned; the
+        // reason as a sentence when the catalog cannot be read.
+        using ScanCatalog = std::function<std::expected<ScanResult, std::string>(
+            CleanupSettings::Scope scope, const std::string& catalog, bool keepPictures,
+            const CancellationFlag& cancel, const ExactMatcher::Progress& progress)>;
         using CheckFaces = std::function<std::optional<SimilarityIndex>(
             const std::vector<DuplicateGroup>& groups, const SimilarityIndex& index,
             FeatureCache* cache, const CancellationFlag& cancel,
             const SimilarityMatcher::Progress& progress)>;
 
         Scan scan;
+        ScanCatalog scanCatalog;
         Measure measure;
         CheckFaces checkFaces;
 
@@ -126,9 +134,24 @@ public:
     void setLightroomCatalog(const std::string& catalog, const std::string& folder);
     void setCaptureOneCatalog(const std::string& catalog, const std::string& folder);
 
-    // Starts a scan of the sources in the chosen mode; false when one is
-    // running or there is nothing to scan.
+    // Looks for the catalog of a catalog scope in `folder`, or where the
+    // catalog's application keeps it when none is given, on a worker. The
+    // most recently changed one is chosen and remembered; catalogChanged
+    // tells when the search is over.
+    void findCatalog(Scope scope, const std::optional<std::string>& folder);
+    // The chosen catalog of a catalog scope ("" when none).
+    [[nodiscard]] const std::string& catalog(Scope scope) const;
+    // What the last search found worth saying: no catalog in the folder,
+    // or several of which the newest is used.
+    [[nodiscard]] const std::string& catalogNotice(Scope scope) const;
+    // The folder searched when the user has chosen none.
+    [[nodiscard]] static std::string defaultCatalogFolder(Scope scope);
+
+    // Starts a scan of the sources (or the chosen catalog) in the chosen
+    // mode; false when one is running or there is nothing to scan.
     bool startScan();
+    // There is something to scan and no scan runs.
+    [[nodiscard]] bool canScan() const;
     // Asks the running scan to stop; it stops between files, and the model
     // goes back to idle when it has.
     void cancelScan();
@@ -176,10 +199,18 @@ Q_SIGNALS:
     // A new result, or new groups after a preset change.
     void resultChanged();
     void scanCancelled();
+    // A scan that could not start its work, with the sentence why.
+    void scanFailed(const QString& reason);
+    void catalogChanged(brevant::gui::CleanupSettings::Scope scope);
 
 private:
+    struct Job;
     struct Outcome;
     class Mailbox;
+
+    // The whole scan, on a worker thread.
+    static void run(const Job& job, Outcome& outcome,
+                    const std::function<void(const ModelProgress&)>& report);
 
     void save();
     void setPhase(Phase phase);
@@ -190,6 +221,9 @@ private:
     void regroup();
 
     QSettings& store_;
+    std::map<Scope, std::string> catalogNotices_;
+    // Only the latest search of a scope is taken.
+    std::map<Scope, int> catalogSearches_;
     CleanupSettings settings_;
     std::string dataFolder_;
     Engine engine_;

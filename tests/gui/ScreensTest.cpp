@@ -1,3 +1,4 @@
+#include "tests/fixtures/CatalogFixtures.hpp"
 #include "tests/gui/GuiFixtures.hpp"
 #include "tests/gui/GuiTest.hpp"
 
@@ -18,8 +19,11 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QSignalSpy>
 #include <QTest>
 #include <QUrl>
+
+#include <sys/time.h>
 
 namespace brevant::gui::testing {
 
@@ -83,6 +87,7 @@ private Q_SLOTS:
     void progressShowsEveryStageAndItsCounts();
     void overviewShowsWhatTheResultHolds();
     void cancelLeadsBackHomeWithANotice();
+    void homeChoosesAndScansALightroomCatalog();
 
 private:
     std::unique_ptr<SampleLibrary> library_;
@@ -114,11 +119,6 @@ void ScreensTest::homeShowsAndChangesTheSettings() {
 
     home->protectedFolders()->addFolders({library_->path("Backup")});
     QCOMPARE(model.settings().protectedFolders, std::vector<std::string>{library_->path("Backup")});
-
-    // The catalog scopes wait for catalog reading, and say so.
-    QVERIFY(!home->scopeButton(CleanupSettings::Scope::lightroom)->isEnabled());
-    QCOMPARE(home->scopeButton(CleanupSettings::Scope::lightroom)->toolTip(),
-             QLatin1String(texts::kCatalogsNotInThisBuild));
 
     // Removing the folder again leaves nothing to scan.
     home->sources()->list()->item(0)->setSelected(true);
@@ -277,6 +277,77 @@ void ScreensTest::cancelLeadsBackHomeWithANotice() {
     QCOMPARE(w.window.currentScreen(), w.window.home());
     QCOMPARE(w.window.home()->noticeText(), QLatin1String(texts::kScanCancelled));
     QCOMPARE(w.fixture.calls().measures.load(), 0);
+}
+
+void ScreensTest::homeChoosesAndScansALightroomCatalog() {
+    using Scope = CleanupSettings::Scope;
+    TempTree tree;
+    // Two catalogs, the second changed more recently; a folder without any.
+    std::string older = tree.path("Lightroom/Old.lrcat");
+    std::string newer = tree.path("Lightroom/Family.lrcat");
+    {
+        brevant::testing::LightroomCatalogFixture old(older);
+        brevant::testing::LightroomCatalogFixture family(newer);
+        for (const char* picture : {"Holidays/IMG_1001.JPG", "Backup/IMG_1001.JPG",
+                                    "Holidays/IMG_1002.JPG", "Others/IMG_3001.JPG"}) {
+            family.addPhotoAt(library_->path(picture));
+        }
+        family.close();
+        old.close();
+    }
+    struct timeval past[2] = {{1'000'000'000, 0}, {1'000'000'000, 0}};
+    QCOMPARE(::utimes(older.c_str(), past), 0);
+    std::string empty = tree.folder("Empty");
+
+    WindowFixture w;
+    PhotoCleanupModel& model = w.fixture.model();
+    HomeScreen* home = w.window.home();
+    clickChoice(home->scopeButton(Scope::lightroom));
+    QCOMPARE(model.settings().scope, Scope::lightroom);
+    QVERIFY(!home->scanButton()->isEnabled());
+
+    // The search of the default folder the click started is overtaken.
+    QSignalSpy searched(&model, &PhotoCleanupModel::catalogChanged);
+    model.findCatalog(Scope::lightroom, empty);
+    QTRY_COMPARE(searched.count(), 1);
+    QCOMPARE(home->catalogNoticeText(Scope::lightroom),
+             QStringLiteral("There is no Lightroom Classic catalog (.lrcat) in %1. Choose the "
+                            "folder the catalog file is in.")
+                 .arg(qtText(empty)));
+    QCOMPARE(home->catalogText(Scope::lightroom), QStringLiteral("No catalog chosen yet."));
+    QVERIFY(!home->scanButton()->isEnabled());
+
+    model.findCatalog(Scope::lightroom, tree.path("Lightroom"));
+    QTRY_COMPARE(searched.count(), 2);
+    QCOMPARE(home->catalogNoticeText(Scope::lightroom),
+             QStringLiteral("This folder holds 2 catalogs; using Family.lrcat, the most recently "
+                            "changed."));
+    QCOMPARE(home->catalogText(Scope::lightroom), QStringLiteral("Catalog: %1").arg(qtText(newer)));
+    QCOMPARE(model.settings().lightroomCatalog, newer);
+    QCOMPARE(model.settings().lightroomFolders, std::vector<std::string>{tree.path("Lightroom")});
+    QVERIFY(home->scanButton()->isEnabled());
+    QCOMPARE(home->summaryText(), QStringLiteral("Looks for identical copies in Family.lrcat."));
+
+    // Only the files the catalog lists are compared.
+    QTest::mouseClick(home->scanButton(), Qt::LeftButton);
+    QTRY_COMPARE_WITH_TIMEOUT(model.phase(), Phase::reviewing, kScanTimeoutMs);
+    QCOMPARE(model.groups().size(), std::size_t{1});
+    QCOMPARE(memberNames(model.groups().front(), library_->root()),
+             (std::vector<std::string>{"Backup/IMG_1001.JPG", "Holidays/IMG_1001.JPG"}));
+    QVERIFY(model.groups().front().members.front().lightroom.has_value());
+    QCOMPARE(model.result().examined, 4);
+
+    // A catalog that cannot be read is said so, and nothing is scanned.
+    model.returnHome();
+    std::string broken = tree.file("Broken/Broken.lrcat", "not a database");
+    model.findCatalog(Scope::lightroom, tree.path("Broken"));
+    QTRY_COMPARE(model.settings().lightroomCatalog, broken);
+    QSignalSpy failed(&model, &PhotoCleanupModel::scanFailed);
+    QVERIFY(model.startScan());
+    QTRY_COMPARE_WITH_TIMEOUT(failed.count(), 1, kScanTimeoutMs);
+    QCOMPARE(model.phase(), Phase::idle);
+    QVERIFY(home->noticeText().startsWith(QStringLiteral("The catalog could not be read")));
+    QCOMPARE(home->noticeText(), failed.front().front().toString());
 }
 
 BREVANT_GUI_TEST(ScreensTest);
