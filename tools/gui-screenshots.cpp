@@ -20,6 +20,7 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QPixmap>
+#include <QRadioButton>
 #include <QSettings>
 #include <QTabWidget>
 #include <QTemporaryDir>
@@ -89,6 +90,22 @@ bool shootSkin(const QString& skin, const QString& label, brevant::gui::Skins& s
     model.returnHome();
     model.setMode(Mode::similar);
     shooter.take(window, label, QStringLiteral("home"));
+
+    // The Lightroom Classic page, over a folder without a catalog.
+    using Scope = brevant::gui::CleanupSettings::Scope;
+    model.setScope(Scope::lightroom);
+    window.home()->scopeButton(Scope::lightroom)->setChecked(true);
+    bool searched = false;
+    QObject search;
+    QObject::connect(&model, &PhotoCleanupModel::catalogChanged, &search,
+                     [&searched](Scope) { searched = true; });
+    model.findCatalog(Scope::lightroom,
+                      QFile::encodeName(QDir::tempPath()).toStdString() + "/no-catalog-here");
+    if (!waitUntil([&] { return searched; })) {
+        return false;
+    }
+    shooter.take(window, label, QStringLiteral("home-lightroom"));
+    model.setScope(Scope::folders);
 
     // The progress screen, caught while measuring.
     bool caught = false;
