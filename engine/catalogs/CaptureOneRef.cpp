@@ -2,7 +2,14 @@
 
 #include "engine/support/Json.hpp"
 
+#include <algorithm>
+
 namespace brevant {
+
+bool CaptureOneRef::workedOn() const {
+    bool tagged = std::ranges::any_of(colorTags, [](int tag) { return tag != 0; });
+    return isEdited || variants >= 2 || rating >= 1 || tagged || albums >= 1 || keywords > 0;
+}
 
 void to_json(nlohmann::ordered_json& j, const CaptureOneRef& value) {
     j = {{"imageID", value.imageID}, {"variantID", value.variantID}, {"variants", value.variants},

@@ -19,6 +19,10 @@ struct CaptureOneRef {
     int albums = 0;
     int keywords = 0;
 
+    // Something the user did to the image in Capture One: an edit, a second
+    // variant, stars, a colour tag, an album or keywords.
+    [[nodiscard]] bool workedOn() const;
+
     friend bool operator==(const CaptureOneRef&, const CaptureOneRef&) = default;
 };
 

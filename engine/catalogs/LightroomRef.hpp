@@ -21,6 +21,15 @@ struct LightroomRef {
     std::string colorLabel;
     std::vector<std::string> sidecarExtensions;
 
+    // Something the user did to the photo in Lightroom: an edit, a pick
+    // flag, stars, a colour label, a virtual copy, a collection or a
+    // keyword. A Rejected flag is not work.
+    [[nodiscard]] bool workedOn() const;
+
+    // That work in words, such as "edited, has 2 virtual copies, 3 stars";
+    // empty when there is none.
+    [[nodiscard]] std::string workSummary() const;
+
     friend bool operator==(const LightroomRef&, const LightroomRef&) = default;
 };
 

@@ -1,5 +1,6 @@
 #include "FreedesktopTrash.hpp"
 
+#include "engine/platform/DataFolder.hpp"
 #include "engine/platform/ExclusiveRename.hpp"
 #include "engine/platform/FileStatus.hpp"
 #include "engine/platform/Mounts.hpp"
@@ -74,19 +75,6 @@ struct OpenTrash {
 
 std::string userId() {
     return std::to_string(::getuid());
-}
-
-std::string dataHome() {
-    const char* value = std::getenv("XDG_DATA_HOME"); // NOLINT(concurrency-mt-unsafe)
-    if (value != nullptr && value[0] == '/') {
-        // Absolute already: only "." and ".." parts and a trailing "/" go.
-        std::string folder = std::filesystem::path(value).lexically_normal().string();
-        while (folder.size() > 1 && folder.ends_with('/')) {
-            folder.pop_back();
-        }
-        return folder;
-    }
-    return homeFolder() + "/.local/share";
 }
 
 void syncFolder(int folder) {
@@ -317,7 +305,7 @@ std::string_view cutOnCharacter(std::string_view text, std::size_t limit) {
 } // namespace
 
 TrashDirectory FreedesktopTrash::home() {
-    return TrashDirectory{dataHome() + "/Trash"};
+    return TrashDirectory{DataFolder::dataHome() + "/Trash"};
 }
 
 std::vector<TrashDirectory> FreedesktopTrash::candidates(const std::string& path) {

@@ -3,11 +3,14 @@
 #include "engine/support/Date.hpp"
 #include "engine/support/RawValue.hpp"
 
+#include <cstdint>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 // Helpers for the stored documents. Every text goes through path_text so that
@@ -40,8 +43,29 @@ void putOptionalText(Json& j, std::string_view key, const std::optional<std::str
 void putOptionalDate(Json& j, std::string_view key, const std::optional<Date>& d);
 [[nodiscard]] std::optional<Date> getOptionalDate(const Json& j, std::string_view key);
 
+// An integer of T's range. Anything else is refused rather than converted:
+// a fraction would be cut and an out-of-range number is undefined behaviour.
+template <class T> [[nodiscard]] T toInteger(const Json& j) {
+    if (j.is_number_unsigned()) {
+        auto value = j.get<std::uint64_t>();
+        if (std::in_range<T>(value)) {
+            return static_cast<T>(value);
+        }
+    } else if (j.is_number_integer()) {
+        auto value = j.get<std::int64_t>();
+        if (std::in_range<T>(value)) {
+            return static_cast<T>(value);
+        }
+    }
+    throw DecodeError("expected an integer in range");
+}
+
 template <class T> [[nodiscard]] T get(const Json& j, std::string_view key) {
-    return field(j, key).get<T>();
+    if constexpr (std::is_integral_v<T> && !std::is_same_v<T, bool>) {
+        return toInteger<T>(field(j, key));
+    } else {
+        return field(j, key).get<T>();
+    }
 }
 
 template <class T> void putOptional(Json& j, std::string_view key, const std::optional<T>& value) {
@@ -54,7 +78,7 @@ template <class T> [[nodiscard]] std::optional<T> getOptional(const Json& j, std
     if (!has(j, key)) {
         return std::nullopt;
     }
-    return field(j, key).get<T>();
+    return get<T>(j, key);
 }
 
 template <class E> [[nodiscard]] Json enumValue(E value) {

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "engine/cleanup/CleanupReport.hpp"
+
+#include <string>
+#include <string_view>
+
+// Every sentence the cleanup journal and its reports show to a user.
+namespace brevant::journal_texts {
+
+// Items of an unfinished journal, as read.
+inline constexpr std::string_view kNotAttempted =
+    "Not attempted: the cleanup stopped before reaching it.";
+inline constexpr std::string_view kStoppedWhileMoving =
+    "The app stopped while moving this picture.";
+
+// Items worked out by reconciliation.
+inline constexpr std::string_view kStillInPlace =
+    "The app stopped before moving it; it is still in place.";
+inline constexpr std::string_view kNotFoundInTrash =
+    "The app stopped while moving this picture. It is no longer in its folder and was not found "
+    "in the Trash this app can see \u2014 look in the Trash.";
+
+// Report screens.
+inline constexpr std::string_view kInterruptedTitle = "An earlier cleanup was interrupted";
+inline constexpr std::string_view kFinishedTitle = "Cleanup finished";
+
+// "Brevant stopped while this cleanup was running. …"
+[[nodiscard]] std::string interruptedExplanation();
+
+// The first line of a report: interrupted for a reconciled one, else finished.
+[[nodiscard]] std::string_view title(const CleanupReport& report);
+
+// The caption of the list of earlier cleanups.
+[[nodiscard]] std::string historyCaption();
+
+// Failures of the journal file itself; `name` is the file's name, `reason`
+// the system's error text.
+[[nodiscard]] std::string alreadyExists(std::string_view name, std::string_view folder);
+[[nodiscard]] std::string cannotOpen(std::string_view name, std::string_view reason);
+[[nodiscard]] std::string cannotWrite(std::string_view name, std::string_view reason);
+[[nodiscard]] std::string unreadable(std::string_view name);
+
+// Prefixes of the records' decoding errors, followed by the parser's words.
+inline constexpr std::string_view kPlanUnreadable = "The cleanup plan could not be read: ";
+inline constexpr std::string_view kApprovalUnreadable = "The approval could not be read: ";
+inline constexpr std::string_view kReportUnreadable = "The cleanup report could not be read: ";
+
+} // namespace brevant::journal_texts

@@ -1,0 +1,408 @@
+#include "KeeperPolicy.hpp"
+
+#include "engine/review/FolderPaths.hpp"
+#include "engine/similarity/FaceCheck.hpp"
+#include "engine/similarity/QualityHints.hpp"
+#include "engine/similarity/QualityScore.hpp"
+
+#include <algorithm>
+#include <memory>
+#include <ostream>
+#include <utility>
+
+namespace brevant {
+
+namespace {
+
+using Priority = KeeperPolicy::Priority;
+using Rule = KeeperPolicy::Rule;
+using Context = KeeperPolicy::Context;
+
+// -1 when only a has the quality, 1 when only b has it.
+int preferTrue(bool a, bool b) {
+    if (a == b) {
+        return 0;
+    }
+    return a ? -1 : 1;
+}
+
+template <class T> int preferLarger(const T& a, const T& b) {
+    if (a > b) {
+        return -1;
+    }
+    if (b > a) {
+        return 1;
+    }
+    return 0;
+}
+
+std::int64_t pixels(const PhotoAsset& asset) {
+    return static_cast<std::int64_t>(asset.pixelWidth.value_or(0)) * asset.pixelHeight.value_or(0);
+}
+
+// Seconds and nanoseconds compared as they are; a date made of them as one
+// floating-point number would lose the nanoseconds.
+int compareDates(const PhotoAsset& a, const PhotoAsset& b, bool earlierFirst) {
+    auto dateOf = [](const PhotoAsset& asset) {
+        return std::pair(asset.snapshot.modifiedSeconds, asset.snapshot.modifiedNanoseconds);
+    };
+    int laterFirst = preferLarger(dateOf(a), dateOf(b));
+    return earlierFirst ? -laterFirst : laterFirst;
+}
+
+int componentCount(std::string_view path) {
+    int count = 0;
+    bool inComponent = false;
+    for (char c : path) {
+        if (c != '/' && !inComponent) {
+            ++count;
+        }
+        inComponent = c != '/';
+    }
+    return count;
+}
+
+// Depth below the copy's root folder when it lies below it.
+std::optional<int> depthBelowRoot(const PhotoAsset& asset) {
+    std::string root = folder_paths::normalized(asset.root);
+    if (root.empty() || asset.path == root || !folder_paths::contains(root, asset.path)) {
+        return std::nullopt;
+    }
+    return componentCount(std::string_view(asset.path).substr(root == "/" ? 0 : root.size()));
+}
+
+// Depth is counted below each copy's root folder, so where a volume happens
+// to be mounted does not count; when either copy lies outside its root (a
+// catalog or library item), both are counted over their whole paths.
+int compareDepth(const PhotoAsset& a, const PhotoAsset& b) {
+    auto belowA = depthBelowRoot(a);
+    auto belowB = depthBelowRoot(b);
+    if (belowA && belowB) {
+        return -preferLarger(*belowA, *belowB);
+    }
+    return -preferLarger(componentCount(a.path), componentCount(b.path));
+}
+
+template <class Measure>
+auto measured(const Measure& measure, const PhotoAsset& asset) -> decltype(measure(asset)) {
+    if (!measure) {
+        return std::nullopt;
+    }
+    return measure(asset);
+}
+
+// Clearly sharper only: by the same margin as the sharpest hint.
+int compareSharpness(const Context& context, const PhotoAsset& a, const PhotoAsset& b) {
+    auto x = measured(context.sharpness, a);
+    auto y = measured(context.sharpness, b);
+    if (!x || !y || !(*x > 0) || !(*y > 0)) {
+        return 0;
+    }
+    if (*x >= QualityHints::kSharpnessMargin * *y) {
+        return -1;
+    }
+    if (*y >= QualityHints::kSharpnessMargin * *x) {
+        return 1;
+    }
+    return 0;
+}
+
+int compareQuality(const Context& context, const PhotoAsset& a, const PhotoAsset& b) {
+    auto x = measured(context.quality, a);
+    auto y = measured(context.quality, b);
+    if (!x || !y) {
+        return 0;
+    }
+    if (*x >= *y + QualityScore::kMargin) {
+        return -1;
+    }
+    if (*y >= *x + QualityScore::kMargin) {
+        return 1;
+    }
+    return 0;
+}
+
+int comparePriority(Priority priority, const Context& context, const PhotoAsset& a,
+                    const PhotoAsset& b) {
+    switch (priority) {
+    case Priority::mostPixels:
+        return preferLarger(pixels(a), pixels(b));
+    case Priority::largestFile:
+        return preferLarger(a.size(), b.size());
+    case Priority::filedNotInbox:
+        return preferTrue(!context.isInInbox(a), !context.isInInbox(b));
+    case Priority::oldest:
+        return compareDates(a, b, true);
+    case Priority::newest:
+        return compareDates(a, b, false);
+    case Priority::shallowest:
+        return compareDepth(a, b);
+    case Priority::sharpest:
+        return compareSharpness(context, a, b);
+    case Priority::bestQuality:
+        return compareQuality(context, a, b);
+    case Priority::eyesOpen:
+        return FaceCheck::compareEyes(measured(context.faces, a), measured(context.faces, b));
+    case Priority::mostSmiles:
+        return FaceCheck::compareSmiles(measured(context.faces, a), measured(context.faces, b));
+    }
+    return 0;
+}
+
+bool isLocked(const Context& context, const PhotoAsset& asset) {
+    return context.isLocked && context.isLocked(asset);
+}
+
+bool lightroomWork(const PhotoAsset& asset) {
+    return asset.lightroom && asset.lightroom->workedOn();
+}
+
+bool captureOneWork(const PhotoAsset& asset) {
+    return asset.captureOne && asset.captureOne->workedOn();
+}
+
+using SharedContext = std::shared_ptr<const Context>;
+
+std::vector<Rule> fixedRules(const SharedContext& context) {
+    std::vector<Rule> rules;
+    rules.push_back({"You locked this copy",
+                     [context](const PhotoAsset& a, const PhotoAsset& b) {
+                         return preferTrue(isLocked(*context, a), isLocked(*context, b));
+                     },
+                     {}});
+    rules.push_back({"It is in a folder you protect",
+                     [context](const PhotoAsset& a, const PhotoAsset& b) {
+                         return preferTrue(context->isInProtectedRoot(a),
+                                           context->isInProtectedRoot(b));
+                     },
+                     {}});
+    rules.push_back({"It cannot be moved on its own",
+                     [](const PhotoAsset& a, const PhotoAsset& b) {
+                         return preferTrue(a.fixedKeepReason().has_value(),
+                                           b.fixedKeepReason().has_value());
+                     },
+                     {}});
+    rules.push_back({"You worked on this copy in Lightroom Classic",
+                     [](const PhotoAsset& a, const PhotoAsset& b) {
+                         return preferTrue(lightroomWork(a), lightroomWork(b));
+                     },
+                     [](const PhotoAsset& keeper) {
+                         return keeper.lightroom ? keeper.lightroom->workSummary() : std::string();
+                     }});
+    rules.push_back({"You worked on this copy in Capture One",
+                     [](const PhotoAsset& a, const PhotoAsset& b) {
+                         return preferTrue(captureOneWork(a), captureOneWork(b));
+                     },
+                     {}});
+    return rules;
+}
+
+// True when the first rule that tells the two apart prefers a; the path
+// that sorts first when none does.
+bool isBetter(const std::vector<Rule>& rules, const PhotoAsset& a, const PhotoAsset& b) {
+    for (const auto& rule : rules) {
+        if (int answer = rule.compare(a, b); answer != 0) {
+            return answer < 0;
+        }
+    }
+    return a.path < b.path;
+}
+
+// An insertion sort rather than std::sort: the abstaining rules are not
+// transitive (150 beats 100 and abstains against 120), which std::sort does
+// not allow. Each copy stops behind one that beats it, so every neighbour in
+// the answer beats the next by the first rule that tells them apart.
+std::vector<PhotoAsset> rankedBy(const std::vector<Rule>& rules, const DuplicateGroup& group) {
+    std::vector<PhotoAsset> order;
+    order.reserve(group.members.size());
+    for (const auto& member : group.members) {
+        auto place = order.end();
+        while (place != order.begin() && isBetter(rules, member, *(place - 1))) {
+            --place;
+        }
+        order.insert(place, member);
+    }
+    return order;
+}
+
+std::string reasonFor(const Rule& rule, const PhotoAsset& keeper) {
+    std::string detail = rule.detail ? rule.detail(keeper) : std::string();
+    return detail.empty() ? rule.reason : rule.reason + " (" + detail + ")";
+}
+
+} // namespace
+
+std::string_view rawValue(KeeperPolicy::Priority priority) {
+    switch (priority) {
+    case Priority::mostPixels:
+        return "mostPixels";
+    case Priority::largestFile:
+        return "largestFile";
+    case Priority::filedNotInbox:
+        return "filedNotInbox";
+    case Priority::oldest:
+        return "oldest";
+    case Priority::newest:
+        return "newest";
+    case Priority::shallowest:
+        return "shallowest";
+    case Priority::sharpest:
+        return "sharpest";
+    case Priority::bestQuality:
+        return "bestQuality";
+    case Priority::eyesOpen:
+        return "eyesOpen";
+    case Priority::mostSmiles:
+        return "mostSmiles";
+    }
+    return "mostPixels";
+}
+
+std::string_view label(KeeperPolicy::Priority priority) {
+    switch (priority) {
+    case Priority::mostPixels:
+        return "Most pixels";
+    case Priority::largestFile:
+        return "Largest file";
+    case Priority::filedNotInbox:
+        return "Filed, not in Downloads";
+    case Priority::oldest:
+        return "Oldest copy";
+    case Priority::newest:
+        return "Newest copy";
+    case Priority::shallowest:
+        return "Nearest the top of its folders";
+    case Priority::sharpest:
+        return "Clearly sharpest (abstains when unclear)";
+    case Priority::bestQuality:
+        return "Clearly highest quality score (abstains when close)";
+    case Priority::eyesOpen:
+        return "Fewest closed eyes (same people in each photo)";
+    case Priority::mostSmiles:
+        return "Most smiles (same people in each photo)";
+    }
+    return "";
+}
+
+std::string_view reason(KeeperPolicy::Priority priority) {
+    switch (priority) {
+    case Priority::mostPixels:
+        return "It has the most pixels";
+    case Priority::largestFile:
+        return "It is the largest file";
+    case Priority::filedNotInbox:
+        return "It is filed, not in Downloads";
+    case Priority::oldest:
+        return "It is the oldest copy, most likely the original";
+    case Priority::newest:
+        return "It is the newest copy";
+    case Priority::shallowest:
+        return "It is nearest the top of its folders";
+    case Priority::sharpest:
+        return "It is clearly the sharpest";
+    case Priority::bestQuality:
+        return "It has a clearly higher quality score";
+    case Priority::eyesOpen:
+        return "Fewer eyes look closed in it";
+    case Priority::mostSmiles:
+        return "More people are smiling in it";
+    }
+    return "";
+}
+
+void PrintTo(KeeperPolicy::Priority priority, std::ostream* os) {
+    *os << rawValue(priority);
+}
+
+const std::vector<Priority>& KeeperPolicy::standardPriorities() {
+    static const std::vector<Priority> standard{
+        Priority::eyesOpen,      Priority::bestQuality, Priority::mostSmiles, Priority::mostPixels,
+        Priority::filedNotInbox, Priority::oldest,      Priority::shallowest};
+    return standard;
+}
+
+std::vector<Priority> KeeperPolicy::upgradedPriorities(const std::vector<std::string>& saved,
+                                                       int revision) {
+    std::vector<Priority> order;
+    for (const auto& name : saved) {
+        auto priority = fromRawValue<Priority>(name);
+        if (priority && std::ranges::find(order, *priority) == order.end()) {
+            order.push_back(*priority);
+        }
+    }
+    if (order.empty()) {
+        return standardPriorities();
+    }
+    if (revision >= kPrioritiesRevision) {
+        return order;
+    }
+    const auto& standard = standardPriorities();
+    for (auto entry = standard.begin(); entry != standard.end(); ++entry) {
+        if (std::ranges::find(order, *entry) != order.end()) {
+            continue;
+        }
+        // After the nearest standard entry before it that the order holds.
+        auto place = order.begin();
+        for (auto before = entry; before != standard.begin();) {
+            --before;
+            if (auto found = std::ranges::find(order, *before); found != order.end()) {
+                place = found + 1;
+                break;
+            }
+        }
+        order.insert(place, *entry);
+    }
+    return order;
+}
+
+std::optional<std::string> KeeperPolicy::Context::protectedRoot(const PhotoAsset& asset) const {
+    return folder_paths::innermost(protectedRoots, asset.path);
+}
+
+bool KeeperPolicy::Context::isInProtectedRoot(const PhotoAsset& asset) const {
+    return protectedRoot(asset).has_value();
+}
+
+bool KeeperPolicy::Context::isInInbox(const PhotoAsset& asset) const {
+    return std::ranges::any_of(inboxFolders, [&asset](const std::string& inbox) {
+        return folder_paths::contains(folder_paths::normalized(inbox), asset.path);
+    });
+}
+
+std::vector<Rule> KeeperPolicy::rules(const Context& context) {
+    // One copy shared by every rule, so the rules may outlive the caller's.
+    auto shared = std::make_shared<const Context>(context);
+    std::vector<Rule> rules = fixedRules(shared);
+    for (Priority priority : context.priorities) {
+        rules.push_back({std::string(reason(priority)),
+                         [priority, shared](const PhotoAsset& a, const PhotoAsset& b) {
+                             return comparePriority(priority, *shared, a, b);
+                         },
+                         {}});
+    }
+    return rules;
+}
+
+std::vector<PhotoAsset> KeeperPolicy::ranked(const DuplicateGroup& group, const Context& context) {
+    return rankedBy(rules(context), group);
+}
+
+std::optional<KeeperPolicy::Suggestion> KeeperPolicy::suggestion(const DuplicateGroup& group,
+                                                                 const Context& context) {
+    std::vector<Rule> rules = KeeperPolicy::rules(context);
+    std::vector<PhotoAsset> order = rankedBy(rules, group);
+    if (order.empty()) {
+        return std::nullopt;
+    }
+    const PhotoAsset& keeper = order.front();
+    if (order.size() >= 2) {
+        for (const auto& rule : rules) {
+            if (rule.compare(keeper, order[1]) != 0) {
+                return Suggestion{keeper.path, reasonFor(rule, keeper)};
+            }
+        }
+    }
+    return Suggestion{keeper.path, std::string(kEqualCopiesReason)};
+}
+
+} // namespace brevant

@@ -1,0 +1,125 @@
+#pragma once
+
+#include "engine/review/KeeperMeasures.hpp"
+#include "engine/review/KeeperPolicy.hpp"
+#include "engine/review/LockStore.hpp"
+#include "engine/review/MarkRefusal.hpp"
+#include "engine/scan/DuplicateGroup.hpp"
+#include "engine/scan/PhotoAsset.hpp"
+
+#include <cstddef>
+#include <cstdint>
+#include <expected>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace brevant {
+
+// The user's marks over the groups of one scan. It refuses any mark that
+// would break the safety rules: a locked copy, a copy in a protected folder,
+// a copy that cannot move on its own, and the last unmarked copy of a group
+// are never marked. A value owned by the window's model (not shared between
+// threads); only the lock store inside is shared.
+class ReviewSession {
+public:
+    using Priority = KeeperPolicy::Priority;
+
+    // What the caller tells the user when markAllSuggested marks nothing.
+    static constexpr std::string_view kNothingMoreToMark =
+        "Nothing more to mark: the rest are kept copies, locked or protected.";
+
+    // Without a lock store the locks live in memory only. Priorities start
+    // as the standard order and no measurements are known until
+    // setSimilarity.
+    ReviewSession(std::vector<DuplicateGroup> groups, std::shared_ptr<LockStore> locks,
+                  std::set<std::string> protectedRoots, std::vector<std::string> inboxFolders);
+
+    [[nodiscard]] const std::vector<DuplicateGroup>& groups() const { return groups_; }
+
+    [[nodiscard]] const std::set<std::string>& marks() const { return marks_; }
+
+    [[nodiscard]] const std::shared_ptr<LockStore>& locks() const { return locks_; }
+
+    [[nodiscard]] const std::set<std::string>& protectedRoots() const { return protectedRoots_; }
+
+    [[nodiscard]] const std::vector<std::string>& inboxFolders() const { return inboxFolders_; }
+
+    [[nodiscard]] const std::vector<Priority>& priorities() const { return priorities_; }
+
+    [[nodiscard]] const std::optional<KeeperMeasures>& similarity() const { return similarity_; }
+
+    void setPriorities(std::vector<Priority> priorities);
+    // The measurements of the scan (KeeperMeasures::from its index).
+    void setSimilarity(std::optional<KeeperMeasures> similarity);
+    // Copies that now lie in a protected folder are unmarked: a protected
+    // copy is never left marked.
+    void setProtectedRoots(std::set<std::string> roots);
+    void setInboxFolders(std::vector<std::string> folders);
+
+    // The keeper policy's view of this session's locks, folders,
+    // priorities and measurements.
+    [[nodiscard]] KeeperPolicy::Context context() const;
+
+    // The first group holding the path, and the copy itself; nothing when
+    // the path is in no group. Valid while the session lives.
+    [[nodiscard]] const DuplicateGroup* group(const std::string& containing) const;
+    [[nodiscard]] const PhotoAsset* asset(const std::string& path) const;
+    [[nodiscard]] std::optional<KeeperPolicy::Suggestion>
+    suggestion(const DuplicateGroup& group) const;
+    [[nodiscard]] bool isLocked(const std::string& path) const;
+    [[nodiscard]] bool isMarked(const std::string& path) const;
+
+    // Why the copy may not be marked now, tested in this order: not in
+    // these results, locked, in a protected folder (the innermost one that
+    // holds it), cannot move on its own, the last unmarked copy of a group
+    // (of any group that holds it). Nothing when it may be marked.
+    [[nodiscard]] std::optional<MarkRefusal> refusal(const std::string& toMark) const;
+
+    [[nodiscard]] std::expected<void, MarkRefusal> mark(const std::string& path);
+    void unmark(const std::string& path);
+    // Unmarks a marked copy, otherwise marks it.
+    [[nodiscard]] std::expected<void, MarkRefusal> toggle(const std::string& path);
+    // Unmarks the copy first (a locked copy is never left marked), then
+    // locks it in the store.
+    [[nodiscard]] std::expected<void, MarkRefusal> lock(const std::string& path);
+    // Removes its locks; it stays unmarked.
+    [[nodiscard]] std::expected<void, MarkRefusal> unlock(const std::string& path);
+
+    // Marks every copy the suggestion does not keep, in member order,
+    // skipping those refused at that moment; answers how many were newly
+    // marked.
+    int markSuggested(const DuplicateGroup& group);
+    // The same for every group in order; the total.
+    int markAllSuggested();
+    void clearMarks(const DuplicateGroup& group);
+    // After a rescan: marks again each copy the older session had marked
+    // that is in a group here, through the same refusals; refused ones are
+    // dropped without a word, and so is a path that now holds another file
+    // (its snapshot changed), since that file was never marked.
+    void carryMarks(const ReviewSession& older);
+
+    // In group order, then member order; each copy once.
+    [[nodiscard]] std::vector<PhotoAsset> markedAssets() const;
+    [[nodiscard]] std::int64_t markedBytes() const;
+
+private:
+    int markSuggested(const DuplicateGroup& group, const KeeperPolicy::Context& context);
+    [[nodiscard]] bool isLastUnmarked(const std::string& path, std::size_t group) const;
+
+    std::vector<DuplicateGroup> groups_;
+    // Indices of the groups holding each path, in group order.
+    std::unordered_map<std::string, std::vector<std::size_t>> groupsByPath_;
+    std::set<std::string> marks_;
+    std::shared_ptr<LockStore> locks_;
+    std::set<std::string> protectedRoots_;
+    std::vector<std::string> inboxFolders_;
+    std::vector<Priority> priorities_;
+    std::optional<KeeperMeasures> similarity_;
+};
+
+} // namespace brevant
