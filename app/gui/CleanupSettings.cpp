@@ -59,12 +59,15 @@ CleanupSettings CleanupSettings::load(const QSettings& store, const std::string&
     } else if (!downloadFolder.empty()) {
         settings.inboxFolders = {downloadFolder};
     }
+    std::vector<std::string> saved;
     for (const QString& raw : store.value(key(keys::kPriorities)).toStringList()) {
         if (!raw.isEmpty()) {
-            settings.priorities.push_back(raw.toStdString());
+            saved.push_back(raw.toStdString());
         }
     }
-    settings.prioritiesRevision = store.value(key(keys::kPrioritiesRevision), 0).toInt();
+    // An order saved before revisions were kept counts as revision 0.
+    int revision = store.value(key(keys::kPrioritiesRevision), 0).toInt();
+    settings.priorities = KeeperPolicy::upgradedPriorities(saved, revision);
     settings.preset = readCase(store, keys::kPreset, settings.preset);
     settings.scope = readCase(store, keys::kScope, settings.scope);
     settings.mode = readCase(store, keys::kMode, settings.mode);
@@ -85,11 +88,11 @@ void CleanupSettings::save(QSettings& store) const {
     writePaths(store, keys::kProtected, protectedFolders);
     writePaths(store, keys::kInboxFolders, inboxFolders);
     QStringList rawPriorities;
-    for (const auto& priority : priorities) {
-        rawPriorities.push_back(text(priority));
+    for (auto priority : priorities) {
+        rawPriorities.push_back(text(rawValue(priority)));
     }
     store.setValue(key(keys::kPriorities), rawPriorities);
-    store.setValue(key(keys::kPrioritiesRevision), prioritiesRevision);
+    store.setValue(key(keys::kPrioritiesRevision), KeeperPolicy::kPrioritiesRevision);
     store.setValue(key(keys::kPreset), text(rawValue(preset)));
     store.setValue(key(keys::kScope), text(rawValue(scope)));
     store.setValue(key(keys::kMode), text(rawValue(mode)));

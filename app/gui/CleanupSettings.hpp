@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/review/KeeperPolicy.hpp"
 #include "engine/similarity/SimilarityPreset.hpp"
 #include "engine/support/RawValue.hpp"
 
@@ -34,11 +35,10 @@ struct CleanupSettings {
     std::vector<std::string> sources;
     std::vector<std::string> protectedFolders;
     std::vector<std::string> inboxFolders;
-    // Keeper priorities by raw value, in the user's order, with the revision
-    // they were saved under. Seam: read through KeeperPolicy::Priority (and
-    // upgraded on load) once engine/review is merged.
-    std::vector<std::string> priorities;
-    int prioritiesRevision = 0;
+    // The keeper priorities in the user's order. An order saved under an
+    // older revision is upgraded as it is read; the standard order when
+    // none was saved.
+    std::vector<KeeperPolicy::Priority> priorities = KeeperPolicy::standardPriorities();
     SimilarityPreset preset = SimilarityPreset::balanced;
     Scope scope = Scope::folders;
     Mode mode = Mode::identical;
@@ -49,7 +49,9 @@ struct CleanupSettings {
     std::string skin = "classic";
 
     // Absent or unreadable values take their defaults: no folders, the
-    // user's download folder as the one inbox, the balanced preset.
+    // user's download folder as the one inbox, the standard priorities, the
+    // balanced preset. Priorities are always saved with the current
+    // revision.
     [[nodiscard]] static CleanupSettings load(const QSettings& store,
                                               const std::string& downloadFolder);
     void save(QSettings& store) const;

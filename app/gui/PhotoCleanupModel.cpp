@@ -5,8 +5,10 @@
 #include "engine/catalogs/CaptureOneScanner.hpp"
 #include "engine/catalogs/LightroomCatalog.hpp"
 #include "engine/catalogs/LightroomScanner.hpp"
+#include "engine/platform/DataFolder.hpp"
 #include "engine/platform/ProcessInfo.hpp"
 #include "engine/platform/ThreadPriority.hpp"
+#include "engine/review/KeeperMeasures.hpp"
 #include "engine/similarity/FeatureCache.hpp"
 #include "engine/similarity/SimilarityThresholds.hpp"
 
@@ -59,6 +61,10 @@ struct PhotoCleanupModel::Job {
     std::string cachePath;
     Engine engine;
     std::shared_ptr<CancellationFlag> cancel;
+    // Null until the first scan has read the lock store from this path.
+    std::shared_ptr<LockStore> locks;
+    std::string lockStorePath;
+    CleanupSettings settings;
 };
 
 struct PhotoCleanupModel::Outcome {
@@ -70,11 +76,28 @@ struct PhotoCleanupModel::Outcome {
     bool cancelled = false;
     // Why the scan could not run (an unreadable catalog).
     std::string failure;
+    std::shared_ptr<ReviewSession> session;
+    std::shared_ptr<LockStore> locks;
 };
 
 namespace {
 
 using Report = std::function<void(const ModelProgress&)>;
+
+std::shared_ptr<ReviewSession> makeSession(std::vector<DuplicateGroup> groups,
+                                           std::shared_ptr<LockStore> locks,
+                                           const CleanupSettings& settings,
+                                           const SimilarityIndex* index) {
+    std::set<std::string> protectedRoots(settings.protectedFolders.begin(),
+                                         settings.protectedFolders.end());
+    auto session = std::make_shared<ReviewSession>(
+        std::move(groups), std::move(locks), std::move(protectedRoots), settings.inboxFolders);
+    session->setPriorities(settings.priorities);
+    if (index != nullptr) {
+        session->setSimilarity(KeeperMeasures::from(*index));
+    }
+    return session;
+}
 
 // Measures the scan's pictures and reads faces; nothing when cancelled.
 // Faces are read for every picture that has a close pair, which covers the
@@ -174,7 +197,11 @@ PhotoCleanupModel::~PhotoCleanupModel() {
 }
 
 std::string PhotoCleanupModel::featureCachePath() const {
-    return dataFolder_ + "/" + kFeatureCacheName;
+    return platform::DataFolder{dataFolder_}.featureCache();
+}
+
+std::string PhotoCleanupModel::lockStorePath() const {
+    return platform::DataFolder{dataFolder_}.lockStore();
 }
 
 void PhotoCleanupModel::save() {
@@ -203,17 +230,26 @@ void PhotoCleanupModel::setSources(std::vector<std::string> folders) {
 
 void PhotoCleanupModel::setProtectedFolders(std::vector<std::string> folders) {
     settings_.protectedFolders = std::move(folders);
+    if (session_) {
+        session_->setProtectedRoots(
+            {settings_.protectedFolders.begin(), settings_.protectedFolders.end()});
+    }
     save();
 }
 
 void PhotoCleanupModel::setInboxFolders(std::vector<std::string> folders) {
     settings_.inboxFolders = std::move(folders);
+    if (session_) {
+        session_->setInboxFolders(settings_.inboxFolders);
+    }
     save();
 }
 
-void PhotoCleanupModel::setPriorities(std::vector<std::string> priorities, int revision) {
+void PhotoCleanupModel::setPriorities(std::vector<KeeperPolicy::Priority> priorities) {
     settings_.priorities = std::move(priorities);
-    settings_.prioritiesRevision = revision;
+    if (session_) {
+        session_->setPriorities(settings_.priorities);
+    }
     save();
 }
 
@@ -349,7 +385,10 @@ bool PhotoCleanupModel::startScan() {
                                          .preset = settings_.preset,
                                          .cachePath = featureCachePath(),
                                          .engine = engine_,
-                                         .cancel = cancel_});
+                                         .cancel = cancel_,
+                                         .locks = locks_,
+                                         .lockStorePath = lockStorePath(),
+                                         .settings = settings_});
     pool_.start([this, job] {
         platform::runInBackground();
         auto outcome = std::make_shared<Outcome>();
@@ -393,10 +432,12 @@ void PhotoCleanupModel::run(const Job& job, Outcome& outcome, const Report& repo
             report({last, 0, std::nullopt});
         }
     }
-    if (!outcome.cancelled) {
-        outcome.groups =
-            groupsFor(job.mode, job.preset, outcome.result.groups, outcome.index.get());
+    if (outcome.cancelled) {
+        return;
     }
+    outcome.groups = groupsFor(job.mode, job.preset, outcome.result.groups, outcome.index.get());
+    outcome.locks = job.locks ? job.locks : std::make_shared<LockStore>(job.lockStorePath);
+    outcome.session = makeSession(outcome.groups, outcome.locks, job.settings, outcome.index.get());
 }
 
 void PhotoCleanupModel::cancelScan() {
@@ -461,6 +502,12 @@ void PhotoCleanupModel::finishScan(const std::shared_ptr<Outcome>& outcome) {
     result_ = std::move(outcome->result);
     index_ = std::move(outcome->index);
     groups_ = std::move(outcome->groups);
+    locks_ = std::move(outcome->locks);
+    auto older = std::exchange(session_, std::move(outcome->session));
+    // A rescan keeps the marks that are still allowed.
+    if (older) {
+        session_->carryMarks(*older);
+    }
     resultMode_ = outcome->mode;
     groupedPreset_ = outcome->preset;
     hasResult_ = true;
@@ -476,22 +523,29 @@ void PhotoCleanupModel::finishScan(const std::shared_ptr<Outcome>& outcome) {
 void PhotoCleanupModel::regroup() {
     int generation = ++generation_;
     auto identical = std::make_shared<const std::vector<DuplicateGroup>>(result_.groups);
-    pool_.start([this, generation, identical, index = index_, preset = settings_.preset] {
-        platform::runInBackground();
-        auto groups = std::make_shared<std::vector<DuplicateGroup>>(
-            groupsFor(Mode::similar, preset, *identical, index.get()));
-        QMetaObject::invokeMethod(
-            this,
-            [this, generation, preset, groups] {
-                if (generation != generation_) {
-                    return;
-                }
-                groups_ = std::move(*groups);
-                groupedPreset_ = preset;
-                Q_EMIT resultChanged();
-            },
-            Qt::QueuedConnection);
-    });
+    pool_.start(
+        [this, generation, identical, index = index_, locks = locks_, settings = settings_] {
+            platform::runInBackground();
+            auto groups = std::make_shared<std::vector<DuplicateGroup>>(
+                groupsFor(Mode::similar, settings.preset, *identical, index.get()));
+            auto session = makeSession(*groups, locks, settings, index.get());
+            QMetaObject::invokeMethod(
+                this,
+                [this, generation, preset = settings.preset, groups, session] {
+                    if (generation != generation_) {
+                        return;
+                    }
+                    groups_ = std::move(*groups);
+                    groupedPreset_ = preset;
+                    // The marks as they are now, not as when the regroup began.
+                    if (session_) {
+                        session->carryMarks(*session_);
+                    }
+                    session_ = session;
+                    Q_EMIT resultChanged();
+                },
+                Qt::QueuedConnection);
+        });
 }
 
 std::vector<DuplicateGroup>

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "app/gui/CleanupSettings.hpp"
+#include "engine/review/LockStore.hpp"
+#include "engine/review/ReviewSession.hpp"
 #include "engine/scan/CancellationFlag.hpp"
 #include "engine/scan/DuplicateGroup.hpp"
 #include "engine/scan/ExactMatcher.hpp"
@@ -100,7 +102,6 @@ public:
 
     // Series: shots of one folder at most this many seconds apart.
     static constexpr double kSeriesWindow = 3.0;
-    static constexpr const char* kFeatureCacheName = "features.plist";
 
     // Reads the settings from `store`; `dataFolder` is where Brevant keeps
     // its files (the feature cache among them).
@@ -118,6 +119,7 @@ public:
     [[nodiscard]] const std::string& dataFolder() const { return dataFolder_; }
 
     [[nodiscard]] std::string featureCachePath() const;
+    [[nodiscard]] std::string lockStorePath() const;
 
     // Each change is saved at once.
     void addSource(const std::string& folder);
@@ -125,7 +127,7 @@ public:
     void setSources(std::vector<std::string> folders);
     void setProtectedFolders(std::vector<std::string> folders);
     void setInboxFolders(std::vector<std::string> folders);
-    void setPriorities(std::vector<std::string> priorities, int revision);
+    void setPriorities(std::vector<KeeperPolicy::Priority> priorities);
     void setScope(Scope scope);
     void setMode(Mode mode);
     // Regroups the current result when it was a similar scan; never measures.
@@ -182,6 +184,19 @@ public:
     // group stand beside the similar groups (a copy that could not be
     // measured is still a proven copy).
     [[nodiscard]] const std::vector<DuplicateGroup>& groups() const { return groups_; }
+
+    // The marks, locks and keeper suggestions over the shown groups; null
+    // until a scan has a result. A preset change gives a new session that
+    // carries the marks still allowed over.
+    [[nodiscard]] ReviewSession* session() { return hasResult_ ? session_.get() : nullptr; }
+
+    [[nodiscard]] const ReviewSession* session() const {
+        return hasResult_ ? session_.get() : nullptr;
+    }
+
+    // The one lock store of the window, read from the data folder by the
+    // first scan (locks are only needed once there are groups).
+    [[nodiscard]] const std::shared_ptr<LockStore>& locks() const { return locks_; }
 
     // One entry per kind present, in the kinds' order.
     [[nodiscard]] std::vector<KindSummary> kinds() const;
@@ -240,6 +255,9 @@ private:
     Mode resultMode_ = Mode::identical;
     SimilarityPreset groupedPreset_ = SimilarityPreset::balanced;
     std::shared_ptr<const SimilarityIndex> index_;
+    // Kept through a new scan, whose session takes over its marks.
+    std::shared_ptr<ReviewSession> session_;
+    std::shared_ptr<LockStore> locks_;
     std::vector<DuplicateGroup> groups_;
     // Results of a regroup that is no longer the latest are dropped.
     int generation_ = 0;

@@ -13,12 +13,15 @@
 #include <QDialogButtonBox>
 #include <QFileInfo>
 #include <QLabel>
+#include <QListWidget>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSignalBlocker>
 #include <QTabWidget>
 #include <QUrl>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace brevant::gui {
 
@@ -39,8 +42,7 @@ SettingsWindow::SettingsWindow(PhotoCleanupModel& model, Skins& skins, QWidget* 
     , skins_(skins)
     , pages_(new QTabWidget(this)) {
     setWindowTitle(tr("Brevant Preferences"));
-    // Seam: the keeper priorities page (the user's order with the Priority
-    // labels, reset to standard) is added first once engine/review is merged.
+    pages_->addTab(keeperPage(), tr("Keeper"));
     pages_->addTab(foldersPage(), tr("Folders"));
     pages_->addTab(similarityPage(), tr("Similarity"));
     pages_->addTab(appearancePage(), tr("Appearance"));
@@ -56,6 +58,65 @@ SettingsWindow::SettingsWindow(PhotoCleanupModel& model, Skins& skins, QWidget* 
     connect(&model_, &PhotoCleanupModel::settingsChanged, this, &SettingsWindow::showSettings);
     connect(&skins_, &Skins::applied, this, &SettingsWindow::showSettings);
     showSettings();
+}
+
+QWidget* SettingsWindow::keeperPage() {
+    auto* page = new QWidget(this);
+    QVBoxLayout* layout = pageLayout(page);
+    layout->addWidget(parts::label(tr("Which copy to keep"), "section", page));
+    layout->addWidget(parts::label(
+        tr("After your locks, your protected folders and the copies that must stay, these "
+           "decide, from the top. Drag to change the order; uncheck what should not count."),
+        "muted", page));
+    priorities_ = new QListWidget(page);
+    priorities_->setDragDropMode(QAbstractItemView::InternalMove);
+    priorities_->setDefaultDropAction(Qt::MoveAction);
+    priorities_->setSelectionMode(QAbstractItemView::SingleSelection);
+    layout->addWidget(priorities_, 1);
+    resetPriorities_ = new QPushButton(tr("Reset to Standard"), page);
+    layout->addWidget(resetPriorities_, 0, Qt::AlignLeft);
+
+    auto changed = [this] { model_.setPriorities(shownPriorities()); };
+    connect(priorities_, &QListWidget::itemChanged, this, changed);
+    connect(priorities_->model(), &QAbstractItemModel::rowsMoved, this, changed);
+    connect(resetPriorities_, &QPushButton::clicked, this,
+            [this] { model_.setPriorities(KeeperPolicy::standardPriorities()); });
+    return page;
+}
+
+void SettingsWindow::showPriorities(const std::vector<KeeperPolicy::Priority>& chosen) {
+    if (shownPriorities() == chosen && priorities_->count() > 0) {
+        return;
+    }
+    QSignalBlocker block(priorities_);
+    priorities_->clear();
+    auto add = [this](KeeperPolicy::Priority priority, bool checked) {
+        auto* item = new QListWidgetItem(qtText(label(priority)), priorities_);
+        item->setData(Qt::UserRole, static_cast<int>(priority));
+        item->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsUserCheckable |
+                       Qt::ItemIsDragEnabled);
+        item->setCheckState(checked ? Qt::Checked : Qt::Unchecked);
+        item->setToolTip(qtText(reason(priority)));
+    };
+    for (auto priority : chosen) {
+        add(priority, true);
+    }
+    for (auto priority : EnumCases<KeeperPolicy::Priority>::kAll) {
+        if (std::ranges::find(chosen, priority) == chosen.end()) {
+            add(priority, false);
+        }
+    }
+}
+
+std::vector<KeeperPolicy::Priority> SettingsWindow::shownPriorities() const {
+    std::vector<KeeperPolicy::Priority> shown;
+    for (int row = 0; row < priorities_->count(); ++row) {
+        const QListWidgetItem* item = priorities_->item(row);
+        if (item->checkState() == Qt::Checked) {
+            shown.push_back(static_cast<KeeperPolicy::Priority>(item->data(Qt::UserRole).toInt()));
+        }
+    }
+    return shown;
 }
 
 QWidget* SettingsWindow::foldersPage() {
@@ -143,6 +204,7 @@ QWidget* SettingsWindow::dataPage() {
 
 void SettingsWindow::showSettings() {
     const CleanupSettings& settings = model_.settings();
+    showPriorities(settings.priorities);
     inbox_->setFolders(settings.inboxFolders);
     protected_->setFolders(settings.protectedFolders);
     {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/review/KeeperPolicy.hpp"
 #include "engine/similarity/SimilarityPreset.hpp"
 
 #include <QDialog>
@@ -7,6 +8,8 @@
 class QButtonGroup;
 class QComboBox;
 class QLabel;
+class QListWidget;
+class QPushButton;
 class QTabWidget;
 
 namespace brevant::gui {
@@ -26,6 +29,14 @@ public:
 
     [[nodiscard]] QTabWidget* pages() const { return pages_; }
 
+    // Every priority, the chosen ones checked and first, in the user's order.
+    [[nodiscard]] QListWidget* priorities() const { return priorities_; }
+
+    [[nodiscard]] QPushButton* resetPrioritiesButton() const { return resetPriorities_; }
+
+    // The order the list shows: its checked entries, top to bottom.
+    [[nodiscard]] std::vector<KeeperPolicy::Priority> shownPriorities() const;
+
     [[nodiscard]] FolderList* inboxFolders() const { return inbox_; }
 
     [[nodiscard]] FolderList* protectedFolders() const { return protected_; }
@@ -37,6 +48,8 @@ public:
     [[nodiscard]] QString dataFolderText() const;
 
 private:
+    QWidget* keeperPage();
+    void showPriorities(const std::vector<KeeperPolicy::Priority>& chosen);
     QWidget* foldersPage();
     QWidget* similarityPage();
     QWidget* appearancePage();
@@ -46,6 +59,8 @@ private:
     PhotoCleanupModel& model_;
     Skins& skins_;
     QTabWidget* pages_;
+    QListWidget* priorities_ = nullptr;
+    QPushButton* resetPriorities_ = nullptr;
     FolderList* inbox_ = nullptr;
     FolderList* protected_ = nullptr;
     QButtonGroup* presets_ = nullptr;

@@ -4,6 +4,7 @@
 #include "app/gui/MainWindow.hpp"
 #include "app/gui/PhotoCleanupModel.hpp"
 #include "app/gui/Skins.hpp"
+#include "engine/platform/DataFolder.hpp"
 
 #include <QApplication>
 #include <QDir>
@@ -12,21 +13,10 @@
 #include <QStandardPaths>
 
 #include <cstdio>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
 namespace {
-
-// Seam: engine/platform/DataFolder answers this once it is merged; the rule
-// is the same: BREVANT_DATA_DIR, else $XDG_DATA_HOME/Brevant.
-std::string dataFolder() {
-    if (const char* chosen = std::getenv("BREVANT_DATA_DIR"); chosen != nullptr && *chosen != 0) {
-        return chosen;
-    }
-    QString shared = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
-    return QFile::encodeName(shared + QStringLiteral("/Brevant")).toStdString();
-}
 
 std::string downloadFolder() {
     QString downloads = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation);
@@ -66,7 +56,8 @@ int main(int argc, char** argv) {
 
     brevant::gui::Skins skins;
     QSettings store;
-    brevant::gui::PhotoCleanupModel model(store, dataFolder(), downloadFolder());
+    brevant::gui::PhotoCleanupModel model(store, brevant::platform::DataFolder::current().path,
+                                          downloadFolder());
     skins.apply(QString::fromStdString(model.settings().skin));
     for (const QString& argument : QApplication::arguments().mid(1)) {
         if (QFileInfo(argument).isDir()) {

@@ -13,6 +13,7 @@ namespace {
 
 using Mode = CleanupSettings::Mode;
 using Scope = CleanupSettings::Scope;
+using Priority = KeeperPolicy::Priority;
 
 QString file(const TempTree& tree) {
     return QString::fromStdString(tree.path("settings.ini"));
@@ -28,6 +29,7 @@ private Q_SLOTS:
     void writesAndReadsBackEverySetting();
     void keepsAnEmptiedInboxListEmpty();
     void readsUnknownValuesAsDefaults();
+    void upgradesPrioritiesSavedUnderAnOlderRevision();
     void modelSavesEachChangeAtOnce();
 };
 
@@ -42,7 +44,7 @@ void CleanupSettingsTest::startsFromDefaults() {
     QCOMPARE(settings.scope, Scope::folders);
     QCOMPARE(settings.mode, Mode::identical);
     QCOMPARE(settings.skin, std::string("classic"));
-    QVERIFY(settings.priorities.empty());
+    QCOMPARE(settings.priorities, KeeperPolicy::standardPriorities());
 }
 
 void CleanupSettingsTest::writesAndReadsBackEverySetting() {
@@ -52,8 +54,7 @@ void CleanupSettingsTest::writesAndReadsBackEverySetting() {
     written.sources = {"/srv/Photos", "/srv/caf\xe9", "/srv/two\nlines"};
     written.protectedFolders = {"/srv/Photos/Keep"};
     written.inboxFolders = {"/home/anna/Downloads", "/home/anna/Desktop"};
-    written.priorities = {"mostPixels", "oldest"};
-    written.prioritiesRevision = 2;
+    written.priorities = {Priority::mostPixels, Priority::oldest};
     written.preset = SimilarityPreset::broad;
     written.scope = Scope::lightroom;
     written.mode = Mode::series;
@@ -84,6 +85,8 @@ void CleanupSettingsTest::writesAndReadsBackEverySetting() {
              QStringLiteral("lightroom"));
     QCOMPARE(store.value(QStringLiteral("photoCleanup.priorities")).toStringList(),
              (QStringList{"mostPixels", "oldest"}));
+    QCOMPARE(store.value(QStringLiteral("photoCleanup.prioritiesRevision")).toInt(),
+             KeeperPolicy::kPrioritiesRevision);
 }
 
 void CleanupSettingsTest::keepsAnEmptiedInboxListEmpty() {
@@ -106,15 +109,51 @@ void CleanupSettingsTest::readsUnknownValuesAsDefaults() {
         store.setValue(QStringLiteral("photoCleanup.scope"), QStringLiteral("photosLibrary"));
         store.setValue(QStringLiteral("photoCleanup.preset"), QStringLiteral("Broad"));
         store.setValue(QStringLiteral("photoCleanup.mode"), QStringLiteral("liveMovie"));
-        store.setValue(QStringLiteral("photoCleanup.prioritiesRevision"), QStringLiteral("x"));
+        store.setValue(QStringLiteral("photoCleanup.priorities"),
+                       QStringList{"prettiest", "sharpest", "sharpest"});
+        store.setValue(QStringLiteral("photoCleanup.prioritiesRevision"),
+                       KeeperPolicy::kPrioritiesRevision);
     }
     QSettings store(file(tree), QSettings::IniFormat);
     CleanupSettings settings = CleanupSettings::load(store, {});
     QCOMPARE(settings.scope, Scope::folders);
     QCOMPARE(settings.preset, SimilarityPreset::balanced);
     QCOMPARE(settings.mode, Mode::identical);
-    QCOMPARE(settings.prioritiesRevision, 0);
+    // Names this version does not know are dropped, and repeats.
+    QCOMPARE(settings.priorities, std::vector<Priority>{Priority::sharpest});
     QVERIFY(settings.inboxFolders.empty());
+}
+
+void CleanupSettingsTest::upgradesPrioritiesSavedUnderAnOlderRevision() {
+    TempTree tree;
+    {
+        QSettings store(file(tree), QSettings::IniFormat);
+        // Saved by a version whose standard order was shorter, reordered by
+        // the user: oldest before most pixels.
+        store.setValue(QStringLiteral("photoCleanup.priorities"),
+                       QStringList{"oldest", "mostPixels"});
+        store.setValue(QStringLiteral("photoCleanup.prioritiesRevision"), 1);
+    }
+    std::vector<Priority> upgraded{
+        Priority::eyesOpen,   Priority::bestQuality, Priority::mostSmiles,   Priority::oldest,
+        Priority::shallowest, Priority::mostPixels,  Priority::filedNotInbox};
+    {
+        QSettings store(file(tree), QSettings::IniFormat);
+        CleanupSettings settings = CleanupSettings::load(store, {});
+        // The new standard entries join at their standard places; the
+        // user's own order of the old ones stays.
+        QCOMPARE(settings.priorities, upgraded);
+        settings.save(store);
+    }
+    QSettings store(file(tree), QSettings::IniFormat);
+    QCOMPARE(store.value(QStringLiteral("photoCleanup.prioritiesRevision")).toInt(),
+             KeeperPolicy::kPrioritiesRevision);
+    QCOMPARE(CleanupSettings::load(store, {}).priorities, upgraded);
+
+    // Under the current revision a shorter order is the user's choice.
+    store.setValue(QStringLiteral("photoCleanup.priorities"), QStringList{"oldest", "mostPixels"});
+    QCOMPARE(CleanupSettings::load(store, {}).priorities,
+             (std::vector<Priority>{Priority::oldest, Priority::mostPixels}));
 }
 
 void CleanupSettingsTest::modelSavesEachChangeAtOnce() {
@@ -125,6 +164,7 @@ void CleanupSettingsTest::modelSavesEachChangeAtOnce() {
     model.setPreset(SimilarityPreset::conservative);
     model.setMode(Mode::similar);
     model.setSkin("hibernia");
+    model.setPriorities({Priority::largestFile, Priority::newest});
     model.setLightroomCatalog("/a/One.lrcat", "/a");
     model.setLightroomCatalog("/b/Two.lrcat", "/b");
     model.setLightroomCatalog("/a/Three.lrcat", "/a");
@@ -135,6 +175,7 @@ void CleanupSettingsTest::modelSavesEachChangeAtOnce() {
     QCOMPARE(settings.preset, SimilarityPreset::conservative);
     QCOMPARE(settings.mode, Mode::similar);
     QCOMPARE(settings.skin, std::string("hibernia"));
+    QCOMPARE(settings.priorities, (std::vector<Priority>{Priority::largestFile, Priority::newest}));
     QCOMPARE(settings.lightroomCatalog, std::string("/a/Three.lrcat"));
     // The folders searched for catalogs, most recent first, each once.
     QCOMPARE(settings.lightroomFolders, (std::vector<std::string>{"/a", "/b"}));

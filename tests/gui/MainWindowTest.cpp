@@ -16,8 +16,10 @@
 #include <QAction>
 #include <QButtonGroup>
 #include <QComboBox>
+#include <QListWidget>
 #include <QMenu>
 #include <QMenuBar>
+#include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -162,6 +164,25 @@ void MainWindowTest::settingsWindowChangesTheModel() {
     QCOMPARE(model.settings().protectedFolders, std::vector<std::string>{"/srv/Keep"});
     Q_EMIT settings->presets()->idClicked(static_cast<int>(SimilarityPreset::broad));
     QCOMPARE(model.settings().preset, SimilarityPreset::broad);
+    // The keeper priorities: the standard order first and checked, then
+    // the others, each with its label.
+    QListWidget* priorities = settings->priorities();
+    QCOMPARE(priorities->count(), 10);
+    QCOMPARE(priorities->item(0)->text(), QStringLiteral("Fewest closed eyes (same people in "
+                                                         "each photo)"));
+    QCOMPARE(settings->shownPriorities(), KeeperPolicy::standardPriorities());
+    QCOMPARE(priorities->item(7)->checkState(), Qt::Unchecked);
+    priorities->item(0)->setCheckState(Qt::Unchecked);
+    std::vector<KeeperPolicy::Priority> withoutEyes(KeeperPolicy::standardPriorities().begin() + 1,
+                                                    KeeperPolicy::standardPriorities().end());
+    QCOMPARE(model.settings().priorities, withoutEyes);
+    // Dragging the last checked entry to the top reorders them.
+    priorities->model()->moveRow({}, 6, {}, 0);
+    QCOMPARE(model.settings().priorities.front(), KeeperPolicy::Priority::shallowest);
+    settings->resetPrioritiesButton()->click();
+    QCOMPARE(model.settings().priorities, KeeperPolicy::standardPriorities());
+    QCOMPARE(settings->shownPriorities(), KeeperPolicy::standardPriorities());
+
     QComboBox* skin = settings->skinChoice();
     skin->setCurrentIndex(skin->findData(QStringLiteral("hibernia")));
     Q_EMIT skin->activated(skin->currentIndex());

@@ -7,6 +7,8 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include <set>
+
 namespace brevant::gui::testing {
 
 namespace {
@@ -49,6 +51,7 @@ private Q_SLOTS:
     void regroupsPresetChangeWithoutMeasuring();
     void cancelsWhileMeasuringAndScansAgain();
     void refusesAScanWithNothingToScan();
+    void keepsAReviewSessionThatCarriesMarksOver();
 
 private:
     // Scans the library in the mode and waits for the result.
@@ -221,6 +224,60 @@ void PhotoCleanupModelTest::refusesAScanWithNothingToScan() {
     QVERIFY(!model.startScan());
     QTRY_COMPARE_WITH_TIMEOUT(model.phase(), Phase::reviewing, kScanTimeoutMs);
     QCOMPARE(fixture.calls().scans.load(), 1);
+}
+
+void PhotoCleanupModelTest::keepsAReviewSessionThatCarriesMarksOver() {
+    ModelFixture fixture;
+    PhotoCleanupModel& model = fixture.model();
+    QVERIFY(model.session() == nullptr);
+    scan(fixture, Mode::similar);
+    ReviewSession* session = model.session();
+    QVERIFY(session != nullptr);
+    QCOMPARE(session->groups(), model.groups());
+    QCOMPARE(session->priorities(), KeeperPolicy::standardPriorities());
+    QVERIFY(model.locks() != nullptr);
+    QCOMPARE(model.locks()->path(),
+             std::optional<std::string>(fixture.dataFolder() + "/keep-locks.json"));
+    for (const auto& group : session->groups()) {
+        QVERIFY(session->suggestion(group).has_value());
+    }
+    // Every group keeps one copy: 15 pictures in 6 groups leave 9 to mark.
+    QCOMPARE(session->markAllSuggested(), 9);
+    std::set<std::string> before = session->marks();
+
+    // A preset change gives a new session with the marks still in a group.
+    model.setPreset(SimilarityPreset::conservative);
+    QTRY_COMPARE_WITH_TIMEOUT(model.groupedPreset(), SimilarityPreset::conservative,
+                              kScanTimeoutMs);
+    ReviewSession* regrouped = model.session();
+    QCOMPARE(regrouped->groups(), model.groups());
+    std::set<std::string> kept;
+    for (const auto& path : before) {
+        if (regrouped->group(path) != nullptr) {
+            kept.insert(path);
+        }
+    }
+    QVERIFY(kept.size() < before.size());
+    QCOMPARE(regrouped->marks(), kept);
+
+    // Protecting a folder unmarks its copies at once.
+    model.setProtectedFolders({library_->path("Backup")});
+    for (const auto& path : regrouped->marks()) {
+        QVERIFY(!path.starts_with(library_->path("Backup/")));
+    }
+    std::set<std::string> protectedMarks = regrouped->marks();
+
+    // A lock is kept in the data folder's lock store.
+    std::string locked = *protectedMarks.begin();
+    QVERIFY(regrouped->lock(locked).has_value());
+    QVERIFY(QFileInfo::exists(QString::fromStdString(fixture.dataFolder() + "/keep-locks.json")));
+    protectedMarks.erase(locked);
+
+    // A rescan keeps the marks that are still allowed, and the same locks.
+    QVERIFY(model.startScan());
+    QTRY_COMPARE_WITH_TIMEOUT(model.phase(), Phase::reviewing, kScanTimeoutMs);
+    QCOMPARE(model.session()->marks(), protectedMarks);
+    QVERIFY(model.session()->isLocked(locked));
 }
 
 BREVANT_GUI_TEST(PhotoCleanupModelTest);
