@@ -1,0 +1,197 @@
+#include "MainWindow.hpp"
+
+#include "app/gui/AboutPanel.hpp"
+#include "app/gui/CleanupSettings.hpp"
+#include "app/gui/FolderList.hpp"
+#include "app/gui/HomeScreen.hpp"
+#include "app/gui/OverviewScreen.hpp"
+#include "app/gui/PhotoCleanupModel.hpp"
+#include "app/gui/ProgressScreen.hpp"
+#include "app/gui/SettingsWindow.hpp"
+#include "app/gui/Skins.hpp"
+
+#include <QAction>
+#include <QActionGroup>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QIcon>
+#include <QMenuBar>
+#include <QPushButton>
+#include <QSettings>
+#include <QStackedWidget>
+
+namespace brevant::gui {
+
+namespace {
+
+using Phase = PhotoCleanupModel::Phase;
+
+constexpr QSize kFirstSize(1080, 780);
+
+QString geometryKey() {
+    return QString::fromLatin1(settings_keys::kWindowGeometry.data(),
+                               static_cast<qsizetype>(settings_keys::kWindowGeometry.size()));
+}
+
+} // namespace
+
+MainWindow::MainWindow(PhotoCleanupModel& model, Skins& skins, QSettings& store, QWidget* parent)
+    : QMainWindow(parent)
+    , model_(model)
+    , skins_(skins)
+    , store_(store)
+    , screens_(new QStackedWidget(this))
+    , home_(new HomeScreen(model, screens_))
+    , progress_(new ProgressScreen(model, screens_))
+    , overview_(new OverviewScreen(model, screens_)) {
+    setWindowTitle(QStringLiteral("Brevant"));
+    setWindowIcon(
+        QIcon::fromTheme(QStringLiteral(BREVANT_APP_ID), QIcon(QStringLiteral(":/brevant.svg"))));
+    screens_->addWidget(home_);
+    screens_->addWidget(progress_);
+    screens_->addWidget(overview_);
+    setCentralWidget(screens_);
+    // Seam: the review screen (and after it the cleanup and history
+    // screens) joins the stack here and enables the overview's way in.
+    overview_->setReviewAvailable(false);
+
+    buildMenus();
+    if (!restoreGeometry(store_.value(geometryKey()).toByteArray())) {
+        resize(kFirstSize);
+    }
+    connect(&model_, &PhotoCleanupModel::phaseChanged, this, &MainWindow::followPhase);
+    connect(&model_, &PhotoCleanupModel::settingsChanged, this, &MainWindow::updateActions);
+    connect(&model_, &PhotoCleanupModel::resultChanged, this, &MainWindow::updateActions);
+    connect(&model_, &PhotoCleanupModel::catalogChanged, this, &MainWindow::updateActions);
+    connect(&skins_, &Skins::applied, this, [this](const QString& name) {
+        for (QAction* action : skinActions_->actions()) {
+            action->setChecked(action->data().toString() == name);
+        }
+    });
+    followPhase();
+}
+
+void MainWindow::buildMenus() {
+    QMenu* file = menuBar()->addMenu(tr("&File"));
+    addFolder_ = file->addAction(tr("&Add Folder…"), this, [this] {
+        model_.returnHome();
+        if (model_.phase() == Phase::idle) {
+            home_->sources()->chooseFolder();
+        }
+    });
+    // The keys GNOME and KDE use; Qt's standard keys depend on the platform
+    // theme, and without one (under Xvfb, in tests) differ from both.
+    addFolder_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_O));
+    scan_ = file->addAction(tr("&Scan"), this, [this] { model_.startScan(); });
+    scan_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_R));
+    QAction* newScan = file->addAction(tr("&New Scan"), &model_, &PhotoCleanupModel::returnHome);
+    newScan->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_N));
+    file->addSeparator();
+    QAction* close = file->addAction(tr("&Close"), this, &QWidget::close);
+    close->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_W));
+    QAction* quit = file->addAction(tr("&Quit"), qApp, &QApplication::closeAllWindows);
+    quit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
+
+    editMenu_ = menuBar()->addMenu(tr("&Edit"));
+    // The marking commands of the review screen go above this separator.
+    editMenu_->addSeparator()->setObjectName(QStringLiteral("markingCommands"));
+    QAction* preferences =
+        editMenu_->addAction(tr("&Preferences…"), this, &MainWindow::showSettings);
+    preferences->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma));
+    preferences->setMenuRole(QAction::PreferencesRole);
+
+    QMenu* view = menuBar()->addMenu(tr("&View"));
+    QMenu* skinMenu = view->addMenu(tr("S&kin"));
+    skinActions_ = new QActionGroup(this);
+    for (const QString& name : Skins::names()) {
+        QAction* action = skinMenu->addAction(Skins::title(name));
+        action->setCheckable(true);
+        action->setData(name);
+        action->setChecked(name == skins_.current());
+        skinActions_->addAction(action);
+    }
+    connect(skinActions_, &QActionGroup::triggered, this, [this](QAction* action) {
+        QString name = action->data().toString();
+        skins_.apply(name);
+        model_.setSkin(name.toStdString());
+    });
+    view->addSeparator();
+    showSkipped_ = view->addAction(tr("Show S&kipped Files"), this, [this] {
+        if (model_.hasResult() && model_.phase() != Phase::scanning) {
+            screens_->setCurrentWidget(overview_);
+            overview_->showSkipped();
+        }
+    });
+
+    QMenu* help = menuBar()->addMenu(tr("&Help"));
+    QAction* about = help->addAction(tr("&About Brevant"), this, &MainWindow::showAbout);
+    about->setMenuRole(QAction::AboutRole);
+    updateActions();
+}
+
+void MainWindow::followPhase() {
+    switch (model_.phase()) {
+    case Phase::idle:
+        screens_->setCurrentWidget(home_);
+        break;
+    case Phase::scanning:
+        screens_->setCurrentWidget(progress_);
+        // Escape, Space or Enter cancels from the keyboard.
+        progress_->cancelButton()->setFocus();
+        break;
+    case Phase::reviewing:
+    case Phase::cleaning:
+    case Phase::finished:
+        screens_->setCurrentWidget(overview_);
+        break;
+    }
+    updateActions();
+}
+
+void MainWindow::updateActions() {
+    bool scanning = model_.phase() == Phase::scanning;
+    scan_->setEnabled(model_.canScan());
+    addFolder_->setEnabled(!scanning);
+    showSkipped_->setEnabled(!scanning && model_.hasResult());
+}
+
+QWidget* MainWindow::currentScreen() const {
+    return screens_->currentWidget();
+}
+
+QAction* MainWindow::action(const QString& text) const {
+    const auto actions = findChildren<QAction*>();
+    for (QAction* candidate : actions) {
+        if (candidate->text().remove(QLatin1Char('&')) == text) {
+            return candidate;
+        }
+    }
+    return nullptr;
+}
+
+SettingsWindow* MainWindow::settingsWindow() {
+    if (settings_ == nullptr) {
+        settings_ = new SettingsWindow(model_, skins_, this);
+    }
+    return settings_;
+}
+
+void MainWindow::showSettings() {
+    SettingsWindow* window = settingsWindow();
+    window->show();
+    window->raise();
+    window->activateWindow();
+}
+
+void MainWindow::showAbout() {
+    AboutPanel panel(this);
+    panel.exec();
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    store_.setValue(geometryKey(), saveGeometry());
+    model_.cancelScan();
+    event->accept();
+}
+
+} // namespace brevant::gui
