@@ -4,7 +4,6 @@
 #include "engine/scan/PhotoAsset.hpp"
 #include "engine/similarity/FaceReading.hpp"
 #include "engine/support/Hashing.hpp"
-#include "engine/support/Hashing.hpp"
 #include "engine/support/RawValue.hpp"
 
 #include <cstddef>
