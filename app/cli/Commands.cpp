@@ -1,5 +1,9 @@
 #include "Commands.hpp"
 
+#include "app/cli/CleanCommand.hpp"
+#include "app/cli/HistoryCommand.hpp"
+#include "app/cli/LockCommands.hpp"
+#include "app/cli/RestoreCommand.hpp"
 #include "app/cli/ScanCommand.hpp"
 
 #include <algorithm>
@@ -9,6 +13,12 @@ namespace brevant::cli {
 std::vector<std::unique_ptr<Command>> makeCommands() {
     std::vector<std::unique_ptr<Command>> commands;
     commands.push_back(std::make_unique<ScanCommand>());
+    commands.push_back(std::make_unique<CleanCommand>());
+    commands.push_back(std::make_unique<HistoryCommand>());
+    commands.push_back(std::make_unique<RestoreCommand>());
+    commands.push_back(std::make_unique<LockCommand>());
+    commands.push_back(std::make_unique<UnlockCommand>());
+    commands.push_back(std::make_unique<LocksCommand>());
     return commands;
 }
 

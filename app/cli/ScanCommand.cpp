@@ -76,12 +76,7 @@ int ScanCommand::run(const Environment& environment) {
                            [&line](const ScanProgress& now) { line.show(now); });
     line.clear();
 
-    for (const auto& item : result.excluded) {
-        if (item.kind == Kind::refusedRoot) {
-            fmt::print(environment.err, "brevant: {}: {}\n", shownPath(item.path, environment.home),
-                       item.detail);
-        }
-    }
+    reportRefused(result, environment);
     if (json_) {
         fmt::print(environment.out, "{}\n", result.encoded(2));
     } else {
@@ -92,6 +87,15 @@ int ScanCommand::run(const Environment& environment) {
         return ExitStatus::kNothingScanned;
     }
     return result.cancelled ? ExitStatus::kCancelled : ExitStatus::kSuccess;
+}
+
+void ScanCommand::reportRefused(const ScanResult& result, const Environment& environment) {
+    for (const auto& item : result.excluded) {
+        if (item.kind == Kind::refusedRoot) {
+            fmt::print(environment.err, "brevant: {}: {}\n", shownPath(item.path, environment.home),
+                       item.detail);
+        }
+    }
 }
 
 std::string ScanCommand::report(const ScanResult& result, std::string_view home) {

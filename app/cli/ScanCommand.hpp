@@ -21,6 +21,9 @@ public:
     // 0, 1 when cancelled, or 3 when every folder was refused.
     [[nodiscard]] int run(const Environment& environment) override;
 
+    // Each chosen folder that could not be scanned, with why, on `err`.
+    static void reportRefused(const ScanResult& result, const Environment& environment);
+
     // The groups, then the summary and the counts of what was left out.
     [[nodiscard]] static std::string report(const ScanResult& result, std::string_view home);
 

@@ -8,6 +8,7 @@
 #include "engine/platform/DataFolder.hpp"
 #include "engine/platform/ProcessInfo.hpp"
 #include "engine/platform/ThreadPriority.hpp"
+#include "engine/review/CleanupGroups.hpp"
 #include "engine/review/KeeperMeasures.hpp"
 #include "engine/similarity/FeatureCache.hpp"
 #include "engine/similarity/SimilarityThresholds.hpp"
@@ -556,24 +557,9 @@ PhotoCleanupModel::groupsFor(Mode mode, SimilarityPreset preset,
         return identical;
     }
     if (mode == Mode::series) {
-        return index->series(kSeriesWindow, SimilarityThresholds::kSeriesRelated);
+        return index->series(CleanupGroups::kSeriesWindow, SimilarityThresholds::kSeriesRelated);
     }
-    std::vector<DuplicateGroup> groups = index->groups(preset);
-    std::set<std::string> grouped;
-    for (const auto& group : groups) {
-        for (const auto& member : group.members) {
-            grouped.insert(member.path);
-        }
-    }
-    for (const auto& group : identical) {
-        bool apart = std::ranges::none_of(
-            group.members, [&](const PhotoAsset& member) { return grouped.contains(member.path); });
-        if (apart) {
-            groups.push_back(group);
-        }
-    }
-    sortGroupsBySavings(groups);
-    return groups;
+    return CleanupGroups::withIdentical(index->groups(preset), identical);
 }
 
 std::vector<KindSummary> PhotoCleanupModel::kinds() const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/gui/CleanupSettings.hpp"
+#include "engine/review/CleanupGroups.hpp"
 #include "engine/review/LockStore.hpp"
 #include "engine/review/ReviewSession.hpp"
 #include "engine/scan/CancellationFlag.hpp"
@@ -101,7 +102,7 @@ public:
     };
 
     // Series: shots of one folder at most this many seconds apart.
-    static constexpr double kSeriesWindow = 3.0;
+    static constexpr double kSeriesWindow = CleanupGroups::kSeriesWindow;
 
     // Reads the settings from `store`; `dataFolder` is where Brevant keeps
     // its files (the feature cache among them).

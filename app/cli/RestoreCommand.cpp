@@ -1,0 +1,187 @@
+#include "RestoreCommand.hpp"
+
+#include "app/cli/CleanupHistory.hpp"
+#include "app/cli/ExitStatus.hpp"
+#include "app/cli/ProgressLine.hpp"
+#include "app/cli/Terminal.hpp"
+#include "engine/cleanup/Restorer.hpp"
+#include "engine/platform/DataFolder.hpp"
+#include "engine/scan/PathRules.hpp"
+#include "engine/support/PathText.hpp"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+namespace brevant::cli {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+using Kind = RestoreOutcome::Kind;
+
+// What became of one picture asked for.
+struct Answer {
+    std::string path;
+    // A RestoreOutcome kind, or "notMoved", "notInCleanup", "notAttempted".
+    std::string outcome;
+    std::string message;
+    // Where the picture is now, when it is back.
+    std::string restoredAt;
+
+    [[nodiscard]] bool isBack() const { return outcome == rawValue(Kind::restored); }
+};
+
+Answer putBack(const PlannedRemoval& removal, const std::string& journal, bool beside) {
+    std::string name = PathNames::lastComponent(removal.path);
+    RestoreOutcome outcome = Restorer::restore(removal, journal, removal.path);
+    if (outcome.kind == Kind::occupied && beside) {
+        outcome = Restorer::restore(removal, journal, Restorer::alternativePath(removal.path));
+    }
+    Answer answer{.path = removal.path,
+                  .outcome = std::string(rawValue(outcome.kind)),
+                  .message = outcome.message(name)};
+    if (outcome.kind == Kind::restored) {
+        answer.restoredAt = outcome.path;
+    } else if (outcome.kind == Kind::occupied) {
+        answer.message += " (--beside puts it back under another name.)";
+    }
+    return answer;
+}
+
+// Why a picture named by the user cannot be put back from this cleanup.
+std::optional<Answer> notPossible(const std::string& path, const ItemReport* item) {
+    if (item == nullptr) {
+        return Answer{.path = path,
+                      .outcome = "notInCleanup",
+                      .message = "This picture is not part of this cleanup."};
+    }
+    switch (item->outcome.kind) {
+    case ItemOutcome::Kind::movedToTrash:
+        return std::nullopt;
+    case ItemOutcome::Kind::restored:
+        return Answer{.path = path,
+                      .outcome = "notMoved",
+                      .message = "It was put back already, at " + item->outcome.text + "."};
+    default:
+        return Answer{.path = path,
+                      .outcome = "notMoved",
+                      .message =
+                          "This cleanup did not move it to the Trash: " + item->outcome.text};
+    }
+}
+
+const ItemReport* itemAt(const CleanupReport& report, const std::string& path) {
+    for (const auto& item : report.items) {
+        if (item.removal.path == path) {
+            return &item;
+        }
+    }
+    return nullptr;
+}
+
+// A picture that is back is named in its sentence already.
+void print(const Answer& answer, const Environment& environment) {
+    if (answer.isBack()) {
+        fmt::print(environment.out, "{}\n", answer.message);
+        return;
+    }
+    fmt::print(environment.out, "{}: {}\n", shownPath(answer.path, environment.home),
+               answer.message);
+}
+
+} // namespace
+
+std::string_view RestoreCommand::summary() const {
+    return "Put pictures a cleanup moved to the Trash back where they were";
+}
+
+std::vector<std::string> RestoreCommand::synopsis() const {
+    return {"brevant restore [--beside] [--json] ID PATH...",
+            "brevant restore [--beside] [--json] ID --all"};
+}
+
+void RestoreCommand::define(CLI::App& app) {
+    required(app.add_option("ID", id_, "The cleanup's id, or its first characters"),
+             "no cleanup id given ('brevant history' lists them)");
+    auto* paths = app.add_option("PATH", paths_, "The pictures to put back, by their old paths");
+    app.add_flag("--all", all_, "Put back every picture the cleanup moved")->excludes(paths);
+    app.add_flag("--beside", beside_,
+                 "Put a picture whose place is taken back under a free name beside it");
+    addJson(app, json_, "Print each picture's outcome as JSON");
+}
+
+int RestoreCommand::run(const Environment& environment) {
+    if (paths_.empty() && !all_) {
+        fmt::print(environment.err, "brevant restore: name the pictures to put back, or --all\n");
+        return ExitStatus::kUsage;
+    }
+    auto history = CleanupHistory::read(platform::DataFolder::current().cleanups());
+    auto report = history.find(id_);
+    if (!report) {
+        fmt::print(environment.err, "brevant restore: {}\n", report.error());
+        return ExitStatus::kUsage;
+    }
+
+    std::vector<Answer> answers;
+    std::vector<const PlannedRemoval*> wanted;
+    if (all_) {
+        for (const auto& item : report->items) {
+            if (item.outcome.kind == ItemOutcome::Kind::movedToTrash) {
+                wanted.push_back(&item.removal);
+            }
+        }
+    }
+    for (const auto& given : paths_) {
+        std::string path = PathRules::standardized(given);
+        const ItemReport* item = itemAt(*report, path);
+        if (auto answer = notPossible(path, item)) {
+            answers.push_back(std::move(*answer));
+        } else {
+            wanted.push_back(&item->removal);
+        }
+    }
+
+    const CancellationFlag& cancel = environment.cancellation();
+    ProgressLine line(environment.err, environment.showProgress, environment.cancel);
+    auto total = static_cast<std::int64_t>(wanted.size());
+    for (std::int64_t done = 0; done < total; ++done) {
+        const PlannedRemoval& removal = *wanted[done];
+        if (cancel.isCancelled()) {
+            answers.push_back({.path = removal.path,
+                               .outcome = "notAttempted",
+                               .message = "Not put back: stopped before reaching it."});
+            continue;
+        }
+        line.show("Putting back", done, total);
+        answers.push_back(putBack(removal, report->journalPath, beside_));
+    }
+    line.clear();
+
+    bool allBack = std::ranges::all_of(answers, &Answer::isBack);
+    if (json_) {
+        Json items = Json::array();
+        for (const auto& answer : answers) {
+            Json item{{"path", path_text::encode(answer.path)},
+                      {"outcome", answer.outcome},
+                      {"message", answer.message}};
+            if (!answer.restoredAt.empty()) {
+                item["restoredAt"] = path_text::encode(answer.restoredAt);
+            }
+            items.push_back(std::move(item));
+        }
+        Json document{{"id", report->planID.text()}, {"items", std::move(items)}};
+        fmt::print(environment.out, "{}\n", document.dump(2));
+        return allBack ? ExitStatus::kSuccess : ExitStatus::kFailed;
+    }
+    if (answers.empty()) {
+        fmt::print(environment.out, "Nothing to put back: this cleanup has no picture in the "
+                                    "Trash.\n");
+    }
+    for (const auto& answer : answers) {
+        print(answer, environment);
+    }
+    return allBack ? ExitStatus::kSuccess : ExitStatus::kFailed;
+}
+
+} // namespace brevant::cli
