@@ -44,6 +44,7 @@ CLI::Validator priorityName() {
                     return {};
                 }
                 std::vector<std::string> names;
+                names.reserve(EnumCases<Priority>::kAll.size());
                 for (Priority priority : EnumCases<Priority>::kAll) {
                     names.emplace_back(rawValue(priority));
                 }
@@ -139,7 +140,8 @@ CleanupRequest CleanCommand::request() const {
     CleanupRequest request{.folders = folders_};
     if (!similar_.empty()) {
         request.kinds.extra = CleanupGroups::Extra::similar;
-        request.kinds.preset = *fromRawValue<SimilarityPreset>(similar_);
+        request.kinds.preset =
+            fromRawValue<SimilarityPreset>(similar_).value_or(SimilarityPreset::balanced);
     } else if (series_) {
         request.kinds.extra = CleanupGroups::Extra::series;
     }
@@ -156,7 +158,10 @@ CleanupRequest CleanCommand::request() const {
     if (!priorities_.empty()) {
         request.priorities.clear();
         for (const auto& name : priorities_) {
-            request.priorities.push_back(*fromRawValue<Priority>(name));
+            // Checked when the arguments were parsed.
+            if (auto priority = fromRawValue<Priority>(name)) {
+                request.priorities.push_back(*priority);
+            }
         }
     }
     return request;

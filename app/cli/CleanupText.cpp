@@ -76,6 +76,16 @@ std::vector<PlannedGroup> plannedGroups(const CleanupPlan& plan, const ReviewSes
     return groups;
 }
 
+// Why the copy stays: the suggestion's reason for its keeper, else what
+// keeps it from being marked.
+std::string whyKept(const PlannedGroup& group, const ReviewSession& session,
+                    const PhotoAsset& member) {
+    if (group.suggestion && group.suggestion->keeperID == member.path) {
+        return group.suggestion->reason;
+    }
+    return whyKept(session, member.path);
+}
+
 bool isKeeper(const PlannedGroup& group, const PhotoAsset& member) {
     return group.suggestion && group.suggestion->keeperID == member.path;
 }
@@ -108,10 +118,10 @@ std::string plan(const CleanupPlan& plan, const ReviewSession& session, std::str
             std::string shown = shownPath(member.path, home);
             if (entry.moved.contains(member.path)) {
                 moved += fmt::format("  move  {}  {}\n", shown, humanBytes(member.size()));
-            } else if (isKeeper(entry, member)) {
-                kept.insert(0, fmt::format("  keep  {}  ({})\n", shown, entry.suggestion->reason));
             } else {
-                kept += fmt::format("  keep  {}  ({})\n", shown, whyKept(session, member.path));
+                std::string line =
+                    fmt::format("  keep  {}  ({})\n", shown, whyKept(entry, session, member));
+                kept.insert(isKeeper(entry, member) ? 0 : kept.size(), line);
             }
         }
         text += kept + moved;
@@ -133,8 +143,7 @@ Json planJson(const CleanupPlan& plan, const ReviewSession& session) {
                 move.push_back(std::move(copy));
                 continue;
             }
-            copy["reason"] =
-                isKeeper(entry, member) ? entry.suggestion->reason : whyKept(session, member.path);
+            copy["reason"] = whyKept(entry, session, member);
             keep.push_back(std::move(copy));
         }
         groups.push_back({{"id", entry.group->id},
