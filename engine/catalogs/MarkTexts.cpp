@@ -1,0 +1,13 @@
+#include "MarkTexts.hpp"
+
+namespace brevant::mark_texts {
+
+std::string backupFailed(std::string_view reason) {
+    return "The catalog could not be backed up, so nothing was changed: " + std::string(reason);
+}
+
+std::string writeFailed(std::string_view reason) {
+    return "The catalog was not changed: " + std::string(reason);
+}
+
+} // namespace brevant::mark_texts
