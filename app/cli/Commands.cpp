@@ -1,5 +1,6 @@
 #include "Commands.hpp"
 
+#include "app/cli/CatalogCommand.hpp"
 #include "app/cli/ScanCommand.hpp"
 
 #include <algorithm>
@@ -9,6 +10,7 @@ namespace brevant::cli {
 std::vector<std::unique_ptr<Command>> makeCommands() {
     std::vector<std::unique_ptr<Command>> commands;
     commands.push_back(std::make_unique<ScanCommand>());
+    commands.push_back(std::make_unique<CatalogCommand>());
     return commands;
 }
 

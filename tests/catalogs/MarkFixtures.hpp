@@ -2,6 +2,7 @@
 
 #include "tests/fixtures/TempTree.hpp"
 
+#include "engine/cleanup/CleanupApproval.hpp"
 #include "engine/cleanup/CleanupPlanner.hpp"
 #include "engine/review/LockStore.hpp"
 #include "engine/scan/ScanResult.hpp"
