@@ -23,6 +23,7 @@
 #include <filesystem>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
+#include <variant>
 
 namespace brevant::cli {
 
@@ -192,40 +193,59 @@ std::optional<std::vector<DuplicateGroup>> similarGroups(ScanResult& result,
 
 // One marking of either catalog, as history and undo show it.
 struct Marking {
-    Kind kind = Kind::lightroom;
-    std::optional<LightroomMarkRecord> lightroom;
-    std::optional<CaptureOneMarkRecord> captureOne;
+    std::variant<LightroomMarkRecord, CaptureOneMarkRecord> record;
 
-    [[nodiscard]] Uuid id() const { return lightroom ? lightroom->id : captureOne->id; }
+    [[nodiscard]] Kind kind() const {
+        return std::holds_alternative<LightroomMarkRecord>(record) ? Kind::lightroom
+                                                                   : Kind::captureOne;
+    }
 
-    [[nodiscard]] Date date() const { return lightroom ? lightroom->date : captureOne->date; }
+    [[nodiscard]] Uuid id() const {
+        return std::visit([](const auto& one) { return one.id; }, record);
+    }
+
+    [[nodiscard]] Date date() const {
+        return std::visit([](const auto& one) { return one.date; }, record);
+    }
 
     [[nodiscard]] std::size_t count() const {
-        return lightroom ? lightroom->marked.size() : captureOne->marked.size();
+        return std::visit([](const auto& one) { return one.marked.size(); }, record);
     }
 
     [[nodiscard]] bool restored() const {
-        return lightroom ? lightroom->restored : captureOne->restored;
+        return std::visit([](const auto& one) { return one.restored; }, record);
     }
 
-    [[nodiscard]] const std::string& catalog() const {
-        return lightroom ? lightroom->catalogPath : captureOne->catalogPath;
+    [[nodiscard]] std::string catalog() const {
+        return std::visit([](const auto& one) { return one.catalogPath; }, record);
     }
 
     [[nodiscard]] json::Json document() const {
-        json::Json record = lightroom ? json::Json(*lightroom) : json::Json(*captureOne);
-        return {{"application", kind == Kind::lightroom ? "lightroomClassic" : "captureOne"},
-                {"record", record}};
+        return {{"application", kind() == Kind::lightroom ? "lightroomClassic" : "captureOne"},
+                {"record", std::visit([](const auto& one) { return json::Json(one); }, record)}};
+    }
+
+    // The refusal's text; empty when the marking was undone.
+    [[nodiscard]] std::string undo() const {
+        if (const auto* lightroom = std::get_if<LightroomMarkRecord>(&record)) {
+            auto restored =
+                LightroomRejecter{LightroomRejecter::defaultRecordDirectory()}.restore(*lightroom);
+            return restored ? "" : restored.error().text();
+        }
+        const auto& captureOne = std::get<CaptureOneMarkRecord>(record);
+        auto restored =
+            CaptureOneMarker{CaptureOneMarker::defaultRecordDirectory()}.restore(captureOne);
+        return restored ? "" : restored.error().text();
     }
 };
 
 std::vector<Marking> allMarkings() {
     std::vector<Marking> markings;
     for (auto& record : LightroomRejecter{LightroomRejecter::defaultRecordDirectory()}.history()) {
-        markings.push_back({Kind::lightroom, std::move(record), std::nullopt});
+        markings.push_back({std::move(record)});
     }
     for (auto& record : CaptureOneMarker{CaptureOneMarker::defaultRecordDirectory()}.history()) {
-        markings.push_back({Kind::captureOne, std::nullopt, std::move(record)});
+        markings.push_back({std::move(record)});
     }
     std::ranges::stable_sort(markings, std::ranges::greater(), &Marking::date);
     return markings;
@@ -278,38 +298,33 @@ struct Marked {
     json::Json document;
 };
 
+template <class Report> Marked markedOf(const Report& report) {
+    Marked marked{.marked = report.marked, .skipped = report.skipped};
+    if (const auto& record = report.record) {
+        marked.record = record->id;
+        marked.backup = record->backupPath;
+        marked.document = json::Json(*record);
+    }
+    return marked;
+}
+
 std::expected<Marked, std::string> markCatalog(Kind kind, const CleanupPlan& plan,
                                                const std::string& catalog) {
     CleanupApproval approval{plan.id, Date::now()};
-    Marked marked;
     if (kind == Kind::lightroom) {
         LightroomRejecter rejecter{LightroomRejecter::defaultRecordDirectory()};
         auto report = rejecter.mark(plan, approval, catalog, Date::now());
         if (!report) {
             return std::unexpected(report.error().text());
         }
-        if (report->record) {
-            marked.record = report->record->id;
-            marked.backup = report->record->backupPath;
-            marked.document = json::Json(*report->record);
-        }
-        marked.marked = report->marked;
-        marked.skipped = report->skipped;
-        return marked;
+        return markedOf(*report);
     }
     CaptureOneMarker marker{CaptureOneMarker::defaultRecordDirectory()};
     auto report = marker.mark(plan, approval, catalog, Date::now());
     if (!report) {
         return std::unexpected(report.error().text());
     }
-    if (report->record) {
-        marked.record = report->record->id;
-        marked.backup = report->record->backupPath;
-        marked.document = json::Json(*report->record);
-    }
-    marked.marked = report->marked;
-    marked.skipped = report->skipped;
-    return marked;
+    return markedOf(*report);
 }
 
 std::string markedText(Kind kind, const Marked& marked, std::string_view home) {
@@ -532,9 +547,9 @@ int CatalogCommand::history(const Environment& environment) const {
     for (const auto& marking : markings) {
         std::size_t count = marking.count();
         fmt::print(environment.out, "{}  {}  {}  {} {} {}  {}{}\n", marking.id().text(),
-                   iso_date::text(marking.date()), applicationName(marking.kind), count,
+                   iso_date::text(marking.date()), applicationName(marking.kind()), count,
                    plural(count, "photo", "photos"),
-                   marking.kind == Kind::lightroom ? "marked Rejected" : "tagged Red",
+                   marking.kind() == Kind::lightroom ? "marked Rejected" : "tagged Red",
                    shownPath(marking.catalog(), environment.home),
                    marking.restored() ? "  (undone)" : "");
     }
@@ -557,23 +572,14 @@ int CatalogCommand::undo(const Environment& environment) const {
         fmt::print(environment.out, "That marking was undone already.\n");
         return ExitStatus::kSuccess;
     }
-    std::string refusal;
-    if (found->lightroom) {
-        auto restored = LightroomRejecter{LightroomRejecter::defaultRecordDirectory()}.restore(
-            *found->lightroom);
-        refusal = restored ? "" : restored.error().text();
-    } else {
-        auto restored = CaptureOneMarker{CaptureOneMarker::defaultRecordDirectory()}.restore(
-            *found->captureOne);
-        refusal = restored ? "" : restored.error().text();
-    }
+    std::string refusal = found->undo();
     if (!refusal.empty()) {
         return failed(environment, refusal);
     }
     fmt::print(environment.out, "Undone: the photos still {} in {} have their earlier {} back.\n",
-               found->kind == Kind::lightroom ? "Rejected" : "tagged Red",
+               found->kind() == Kind::lightroom ? "Rejected" : "tagged Red",
                shownPath(found->catalog(), environment.home),
-               found->kind == Kind::lightroom ? "flags" : "tags and dates");
+               found->kind() == Kind::lightroom ? "flags" : "tags and dates");
     return ExitStatus::kSuccess;
 }
 

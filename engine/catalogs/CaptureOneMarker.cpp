@@ -209,7 +209,7 @@ CaptureOneMarker::mark(const CleanupPlan& plan, const CleanupApproval& approval,
     Report report{.id = Uuid::make()};
     std::vector<Chosen> chosen;
     for (const auto& removal : plan.removals) {
-        auto found = byID.find(*removal.captureOneImageID);
+        auto found = removal.captureOneImageID ? byID.find(*removal.captureOneImageID) : byID.end();
         const CaptureOnePhoto* photo = found != byID.end() ? found->second : nullptr;
         if (auto reason = recheck(removal, photo)) {
             report.skipped.push_back(CatalogRecheck::skipped(removal, *reason));

@@ -120,7 +120,7 @@ LightroomRejecter::mark(const CleanupPlan& plan, const CleanupApproval& approval
     Report report{.id = Uuid::make()};
     std::vector<Item> items;
     for (const auto& removal : plan.removals) {
-        auto found = byID.find(*removal.lightroomImageID);
+        auto found = removal.lightroomImageID ? byID.find(*removal.lightroomImageID) : byID.end();
         const LightroomPhoto* photo = found != byID.end() ? found->second : nullptr;
         if (auto reason = recheck(removal, photo)) {
             report.skipped.push_back(CatalogRecheck::skipped(removal, *reason));

@@ -40,7 +40,7 @@ std::vector<std::string> MarkRecordFiles::documents(const std::string& directory
         if (!name.ends_with(kExtension)) {
             continue;
         }
-        if (auto bytes = AtomicFile::read(directory + "/" + name)) {
+        if (auto bytes = AtomicFile::read(fmt::format("{}/{}", directory, name))) {
             texts.emplace_back(bytes->begin(), bytes->end());
         }
     }

@@ -23,7 +23,6 @@ using testing::CaptureOneCatalogFixture;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using testing::namesIn;
-using testing::SQLiteFile;
 using testing::TempTree;
 
 const Date kNow = Date::fromUnixSeconds(1714555815.25);
