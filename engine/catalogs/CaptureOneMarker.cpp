@@ -138,7 +138,7 @@ std::expected<void, CaptureOneRefusal> save(const std::string& directory,
                                             const CaptureOneMarkRecord& record) {
     auto saved = MarkRecordFiles::save(directory, record.id, json::Json(record));
     if (!saved) {
-        return std::unexpected(CaptureOneRefusal::writeFailed(saved.error()));
+        return std::unexpected(CaptureOneRefusal::recordNotSaved(saved.error()));
     }
     return {};
 }
@@ -247,7 +247,10 @@ CaptureOneMarker::mark(const CleanupPlan& plan, const CleanupApproval& approval,
                                 .date = Date::fromUnixSeconds(std::floor(now.unixSeconds())),
                                 .marked = std::move(items)};
     if (auto saved = save(recordDirectory, record); !saved) {
-        return std::unexpected(saved.error());
+        // Without a record there is no undo from here: the backup is the
+        // way back, so it is named.
+        return std::unexpected(Refusal::recordNotSaved(
+            fmt::format("{} (the backup from before is {})", saved.error().detail, *backup)));
     }
     for (const auto& item : record.marked) {
         report.marked.push_back(item.path);

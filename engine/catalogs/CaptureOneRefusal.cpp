@@ -24,6 +24,8 @@ std::string CaptureOneRefusal::text() const {
     case Kind::captureOneOpen:
         return "Quit Capture One first. Its catalog is only changed while Capture One is "
                "closed.";
+    case Kind::recordNotSaved:
+        return mark_texts::recordNotSaved(detail);
     }
     return detail;
 }
@@ -43,6 +45,8 @@ std::string_view rawValue(CaptureOneRefusal::Kind kind) {
         return "notCaptureOnePhotos";
     case Kind::captureOneOpen:
         return "captureOneOpen";
+    case Kind::recordNotSaved:
+        return "recordNotSaved";
     }
     return "writeFailed";
 }

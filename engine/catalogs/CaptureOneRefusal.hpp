@@ -22,6 +22,9 @@ struct CaptureOneRefusal {
         approvalDoesNotMatch,
         notCaptureOnePhotos,
         captureOneOpen,
+        // The catalog was changed, but its record could not be saved (so
+        // the backup is the way back). `detail`: why.
+        recordNotSaved,
     };
 
     Kind kind = Kind::approvalDoesNotMatch;
@@ -47,6 +50,10 @@ struct CaptureOneRefusal {
         return {Kind::notCaptureOnePhotos, {}};
     }
 
+    [[nodiscard]] static CaptureOneRefusal recordNotSaved(std::string reason) {
+        return {Kind::recordNotSaved, std::move(reason)};
+    }
+
     [[nodiscard]] static CaptureOneRefusal captureOneOpen() { return {Kind::captureOneOpen, {}}; }
 
     // The sentence shown to the user.
@@ -59,7 +66,8 @@ template <> struct EnumCases<CaptureOneRefusal::Kind> {
     using Kind = CaptureOneRefusal::Kind;
     static constexpr std::array kAll{Kind::untestedVersion,     Kind::backupFailed,
                                      Kind::writeFailed,         Kind::approvalDoesNotMatch,
-                                     Kind::notCaptureOnePhotos, Kind::captureOneOpen};
+                                     Kind::notCaptureOnePhotos, Kind::captureOneOpen,
+                                     Kind::recordNotSaved};
 };
 
 [[nodiscard]] std::string_view rawValue(CaptureOneRefusal::Kind kind);

@@ -24,6 +24,8 @@ std::string LightroomRefusal::text() const {
     case Kind::lightroomOpen:
         return "Quit Lightroom Classic first. Its catalog is only changed while Lightroom is "
                "closed.";
+    case Kind::recordNotSaved:
+        return mark_texts::recordNotSaved(detail);
     }
     return detail;
 }
@@ -43,6 +45,8 @@ std::string_view rawValue(LightroomRefusal::Kind kind) {
         return "notLightroomPhotos";
     case Kind::lightroomOpen:
         return "lightroomOpen";
+    case Kind::recordNotSaved:
+        return "recordNotSaved";
     }
     return "writeFailed";
 }

@@ -22,6 +22,9 @@ struct LightroomRefusal {
         approvalDoesNotMatch,
         notLightroomPhotos,
         lightroomOpen,
+        // The catalog was changed, but its record could not be saved (so
+        // the backup is the way back). `detail`: why.
+        recordNotSaved,
     };
 
     Kind kind = Kind::approvalDoesNotMatch;
@@ -47,6 +50,10 @@ struct LightroomRefusal {
         return {Kind::notLightroomPhotos, {}};
     }
 
+    [[nodiscard]] static LightroomRefusal recordNotSaved(std::string reason) {
+        return {Kind::recordNotSaved, std::move(reason)};
+    }
+
     [[nodiscard]] static LightroomRefusal lightroomOpen() { return {Kind::lightroomOpen, {}}; }
 
     // The sentence shown to the user.
@@ -59,7 +66,8 @@ template <> struct EnumCases<LightroomRefusal::Kind> {
     using Kind = LightroomRefusal::Kind;
     static constexpr std::array kAll{Kind::untestedVersion,    Kind::backupFailed,
                                      Kind::writeFailed,        Kind::approvalDoesNotMatch,
-                                     Kind::notLightroomPhotos, Kind::lightroomOpen};
+                                     Kind::notLightroomPhotos, Kind::lightroomOpen,
+                                     Kind::recordNotSaved};
 };
 
 [[nodiscard]] std::string_view rawValue(LightroomRefusal::Kind kind);

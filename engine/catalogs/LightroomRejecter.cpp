@@ -65,7 +65,7 @@ std::expected<void, LightroomRefusal> save(const std::string& directory,
                                            const LightroomMarkRecord& record) {
     auto saved = MarkRecordFiles::save(directory, record.id, json::Json(record));
     if (!saved) {
-        return std::unexpected(LightroomRefusal::writeFailed(saved.error()));
+        return std::unexpected(LightroomRefusal::recordNotSaved(saved.error()));
     }
     return {};
 }
@@ -149,7 +149,10 @@ LightroomRejecter::mark(const CleanupPlan& plan, const CleanupApproval& approval
                                .date = Date::fromUnixSeconds(std::floor(now.unixSeconds())),
                                .marked = std::move(items)};
     if (auto saved = save(recordDirectory, record); !saved) {
-        return std::unexpected(saved.error());
+        // Without a record there is no undo from here: the backup is the
+        // way back, so it is named.
+        return std::unexpected(Refusal::recordNotSaved(
+            fmt::format("{} (the backup from before is {})", saved.error().detail, *backup)));
     }
     for (const auto& item : record.marked) {
         report.marked.push_back(item.path);

@@ -10,4 +10,8 @@ std::string writeFailed(std::string_view reason) {
     return "The catalog was not changed: " + std::string(reason);
 }
 
+std::string recordNotSaved(std::string_view reason) {
+    return "The catalog was changed, but its record could not be saved: " + std::string(reason);
+}
+
 } // namespace brevant::mark_texts

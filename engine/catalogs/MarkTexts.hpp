@@ -13,5 +13,6 @@ inline constexpr std::string_view kCatalogGone = "the catalog is no longer there
 
 [[nodiscard]] std::string backupFailed(std::string_view reason);
 [[nodiscard]] std::string writeFailed(std::string_view reason);
+[[nodiscard]] std::string recordNotSaved(std::string_view reason);
 
 } // namespace brevant::mark_texts

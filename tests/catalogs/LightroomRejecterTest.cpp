@@ -304,6 +304,24 @@ TEST(LightroomRejecter, AFailedUpdateRollsEverythingBackAndKeepsTheBackup) {
     EXPECT_THAT(namesIn(family.records), IsEmpty());
 }
 
+TEST(LightroomRejecter, ARecordThatCannotBeSavedIsReportedWithTheBackup) {
+    Family family;
+    auto [plan, approval] = family.plan({family.b});
+    // A file where the record folder should be.
+    family.tree.file("Data/Markings", "in the way");
+
+    auto report = family.rejecter().mark(plan, approval, family.catalog, kNow);
+
+    ASSERT_FALSE(report.has_value());
+    EXPECT_EQ(report.error().kind, LightroomRefusal::Kind::recordNotSaved);
+    EXPECT_THAT(report.error().text(),
+                ::testing::StartsWith("The catalog was changed, but its record could not be "
+                                      "saved: the record folder could not be created"));
+    ASSERT_EQ(family.backups().size(), 1u);
+    EXPECT_THAT(report.error().text(), HasSubstr(family.backups()[0]));
+    EXPECT_EQ(family.pick(family.b), -1);
+}
+
 TEST(LightroomRejecter, HistoryIsNewestFirstAndPassesOverOtherFiles) {
     Family family;
     auto [first, firstApproval] = family.plan({family.b});
