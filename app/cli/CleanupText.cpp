@@ -159,7 +159,7 @@ Json planJson(const CleanupPlan& plan, const ReviewSession& session) {
 
 std::string question(const CleanupPlan& plan) {
     auto count = static_cast<std::int64_t>(plan.removals.size());
-    return fmt::format("Move {} ({}) to the Trash? [y/N] ", pictures(count),
+    return fmt::format("Move {} ({}) to the Trash? [y/N]", pictures(count),
                        humanBytes(plannedBytes(plan)));
 }
 

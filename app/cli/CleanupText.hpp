@@ -21,7 +21,7 @@ namespace brevant::cli::cleanup_text {
 [[nodiscard]] nlohmann::ordered_json planJson(const CleanupPlan& plan,
                                               const ReviewSession& session);
 
-// "Move 3 pictures (12.3 MB) to the Trash? [y/N] "
+// "Move 3 pictures (12.3 MB) to the Trash? [y/N]"
 [[nodiscard]] std::string question(const CleanupPlan& plan);
 
 // The sizes of the planned pictures at the scan.

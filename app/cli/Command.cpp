@@ -22,8 +22,8 @@ const CancellationFlag& Environment::cancellation() const {
 }
 
 std::optional<std::string> Command::missingArgument() const {
-    for (const auto& [option, message] : required_) {
-        if (option->count() == 0) {
+    for (const auto& [option, message, owner] : required_) {
+        if (option->count() == 0 && (owner == nullptr || owner->parsed())) {
             return message;
         }
     }
@@ -32,7 +32,13 @@ std::optional<std::string> Command::missingArgument() const {
 
 CLI::Option* Command::required(CLI::Option* option, std::string message) {
     option->required();
-    required_.emplace_back(option, std::move(message));
+    required_.push_back({option, std::move(message)});
+    return option;
+}
+
+CLI::Option* Command::required(const CLI::App& owner, CLI::Option* option, std::string message) {
+    option->required();
+    required_.push_back({option, std::move(message), &owner});
     return option;
 }
 

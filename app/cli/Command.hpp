@@ -76,6 +76,9 @@ protected:
     // Marks the option required; `message` is what the user is told when it
     // is left out.
     CLI::Option* required(CLI::Option* option, std::string message);
+    // The same for an argument of a command nested in this one (`owner`):
+    // it is missing only when that command was given.
+    CLI::Option* required(const CLI::App& owner, CLI::Option* option, std::string message);
 
     // The options every command spells the same way.
     // FOLDER... (one or more), "no folder given" when there is none.
@@ -85,7 +88,13 @@ protected:
     CLI::Option* addJson(CLI::App& app, bool& json, const std::string& description);
 
 private:
-    std::vector<std::pair<const CLI::Option*, std::string>> required_;
+    struct Required {
+        const CLI::Option* option = nullptr;
+        std::string message;
+        const CLI::App* owner = nullptr;
+    };
+
+    std::vector<Required> required_;
 };
 
 } // namespace brevant::cli

@@ -1,5 +1,6 @@
 #include "Commands.hpp"
 
+#include "app/cli/CatalogCommand.hpp"
 #include "app/cli/CleanCommand.hpp"
 #include "app/cli/HistoryCommand.hpp"
 #include "app/cli/LockCommands.hpp"
@@ -19,6 +20,7 @@ std::vector<std::unique_ptr<Command>> makeCommands() {
     commands.push_back(std::make_unique<LockCommand>());
     commands.push_back(std::make_unique<UnlockCommand>());
     commands.push_back(std::make_unique<LocksCommand>());
+    commands.push_back(std::make_unique<CatalogCommand>());
     return commands;
 }
 
