@@ -29,6 +29,7 @@ namespace {
 // The item's index in the report, so that paths keep their exact bytes.
 constexpr int kIndexRole = Qt::UserRole;
 constexpr int kMovedRole = Qt::UserRole + 1;
+constexpr int kOutcomeWidth = 460;
 
 const char* const kFigures[] = {"Moved",   "Skipped",  "Failed",
                                 "Unknown", "Put back", "In the Trash"};
@@ -77,12 +78,13 @@ CleanupReportView::CleanupReportView(CleanupController& cleanups, QWidget* paren
 
     items_->setHeaderLabels({tr("Picture"), tr("Outcome"), tr("Folder")});
     items_->setSelectionMode(QAbstractItemView::ExtendedSelection);
-    items_->setWordWrap(true);
+    items_->setRootIsDecorated(false);
     items_->setUniformRowHeights(false);
-    items_->header()->setStretchLastSection(false);
+    // Long folders lose their middle, where the names differ least.
+    items_->setTextElideMode(Qt::ElideMiddle);
     items_->header()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
-    items_->header()->setSectionResizeMode(1, QHeaderView::Stretch);
-    items_->header()->setSectionResizeMode(2, QHeaderView::Interactive);
+    items_->header()->setSectionResizeMode(1, QHeaderView::Interactive);
+    items_->header()->resizeSection(1, kOutcomeWidth);
     message_->hide();
     anotherName_->hide();
     putBack_->setToolTip(tr("Put the selected pictures back where they were"));
@@ -117,6 +119,7 @@ void CleanupReportView::setReport(const CleanupReport& report) {
     if (!report_ || report_->journalPath != report.journalPath) {
         message_->hide();
         occupied_.clear();
+        items_->clearSelection();
     }
     report_ = report;
     fill();
@@ -158,6 +161,15 @@ void CleanupReportView::fill() {
     figures_->findChild<QLabel*>(QStringLiteral("In the Trash"))
         ->setText(byteText(report.freedBytes()));
 
+    // The selection outlives a Put Back that reads the journal again.
+    std::vector<std::string> selected;
+    const auto rows = items_->selectedItems();
+    for (const QTreeWidgetItem* row : rows) {
+        QVariant index = row->data(0, kIndexRole);
+        if (index.isValid() && index.toULongLong() < report.items.size()) {
+            selected.push_back(report.items[index.toULongLong()].removal.path);
+        }
+    }
     items_->clear();
     for (std::size_t index = 0; index < report.items.size(); ++index) {
         const ItemReport& item = report.items[index];
@@ -176,6 +188,7 @@ void CleanupReportView::fill() {
         }
     }
     items_->expandAll();
+    select(selected);
     updateButtons();
 }
 
@@ -248,7 +261,13 @@ void CleanupReportView::showPutBack(const std::optional<CleanupReport>& report,
     }
     QStringList sentences;
     for (const auto& [removal, outcome] : results) {
-        sentences.push_back(qtText(outcome.message(PathNames::lastComponent(removal.path))));
+        std::string name = PathNames::lastComponent(removal.path);
+        QString sentence = qtText(outcome.message(name));
+        // With several pictures, each sentence says which it is about.
+        if (results.size() > 1 && outcome.kind == RestoreOutcome::Kind::occupied) {
+            sentence = QStringLiteral("%1: %2").arg(qtText(name), sentence);
+        }
+        sentences.push_back(sentence);
         if (outcome.kind == RestoreOutcome::Kind::occupied) {
             occupied_.push_back(removal.path);
         }

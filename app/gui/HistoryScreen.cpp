@@ -35,6 +35,7 @@ HistoryScreen::HistoryScreen(CleanupController& cleanups, QWidget* parent)
     list_->setRootIsDecorated(false);
     list_->setAllColumnsShowFocus(true);
     list_->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    list_->header()->setStretchLastSection(false);
     openButton_->setEnabled(false);
 
     auto* listLayout = new QVBoxLayout(listPage_);
