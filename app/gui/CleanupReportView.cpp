@@ -79,6 +79,7 @@ CleanupReportView::CleanupReportView(CleanupController& cleanups, QWidget* paren
     items_->setHeaderLabels({tr("Picture"), tr("Outcome"), tr("Folder")});
     items_->setSelectionMode(QAbstractItemView::ExtendedSelection);
     items_->setRootIsDecorated(false);
+    items_->setWordWrap(true);
     items_->setUniformRowHeights(false);
     // Long folders lose their middle, where the names differ least.
     items_->setTextElideMode(Qt::ElideMiddle);
