@@ -141,6 +141,9 @@ QString CleanupReportView::outcomeSentence(const ItemOutcome& outcome) {
 }
 
 void CleanupReportView::fill() {
+    if (!report_) {
+        return;
+    }
     const CleanupReport& report = *report_;
     title_->setText(qtText(journal_texts::title(report)));
     explanation_->setVisible(report.reconciled);
@@ -209,6 +212,9 @@ void CleanupReportView::updateButtons() {
 }
 
 void CleanupReportView::putBackSelected() {
+    if (!report_) {
+        return;
+    }
     std::vector<std::string> ids;
     const auto selected = items_->selectedItems();
     for (const QTreeWidgetItem* row : selected) {
@@ -221,6 +227,9 @@ void CleanupReportView::putBackSelected() {
 }
 
 void CleanupReportView::putBackAll() {
+    if (!report_) {
+        return;
+    }
     std::vector<std::string> ids;
     for (const auto& item : report_->items) {
         if (item.outcome.kind == ItemOutcome::Kind::movedToTrash) {

@@ -156,6 +156,7 @@ private Q_SLOTS:
     void cardShowsWhyNothingCanBePlanned();
     void runMovesExactlyTheMarkedCopiesAndReportsThem();
     void stopAfterThisOneLeavesTheRestInPlace();
+    void refusedPlanMovesNothingAndSaysWhy();
     void interruptedCleanupIsReconciledAtStart();
     void putsBackOneItemAndTheWholeCleanup();
     void occupiedPlaceOffersAnotherNameAndNeverOverwrites();
@@ -270,6 +271,22 @@ void CleanupWindowTest::stopAfterThisOneLeavesTheRestInPlace() {
     const std::string& left = shown.items[1].removal.path;
     QVERIFY(brevant::testing::readFile(left) == rig.marked().at(left));
     QCOMPARE(fileSize(shown.items[0].removal.path), -1);
+}
+
+void CleanupWindowTest::refusedPlanMovesNothingAndSaysWhy() {
+    Rig rig;
+    QVERIFY(rig.scanAndMark());
+    // A file where the journals' folder should be: no record, no move.
+    overwrite(rig.cleanups().journalDirectory(), "not a folder");
+    QVERIFY(rig.confirmCard());
+    CleanupScreen* screen = rig.window().cleanupScreen();
+    QTRY_VERIFY_WITH_TIMEOUT(screen->showsRefusal(), kRunTimeoutMs);
+    QVERIFY(screen->refusalText().startsWith(
+        QStringLiteral("The cleanup record could not be written, so nothing was moved: ")));
+    for (const auto& [path, contents] : rig.marked()) {
+        QVERIFY(brevant::testing::readFile(path) == contents);
+    }
+    QCOMPARE(rig.model().session()->marks().size(), rig.marked().size());
 }
 
 void CleanupWindowTest::interruptedCleanupIsReconciledAtStart() {
