@@ -140,14 +140,19 @@ bool shootCleanup(const QString& label, PhotoCleanupModel& model, MainWindow& wi
 
     // A file has taken the first picture's place since.
     brevant::gui::CleanupReportView& report = *screen.reportView();
-    QString first = QFile::decodeName(report.report()->items.front().removal.path.c_str());
+    const auto& shown = report.report();
+    if (!shown || shown->items.empty()) {
+        return false;
+    }
+    const std::string firstPath = shown->items.front().removal.path;
+    QString first = QFile::decodeName(firstPath.c_str());
     QFile occupant(first);
     if (!occupant.open(QIODevice::WriteOnly | QIODevice::NewOnly)) {
         return false;
     }
     occupant.write("a newer file");
     occupant.close();
-    report.select({report.report()->items.front().removal.path});
+    report.select({firstPath});
     report.putBackButton()->click();
     if (!waitUntil([&] { return !cleanups.isPuttingBack(); })) {
         return false;

@@ -110,8 +110,18 @@ void CleanupCard::showPlan() {
     for (const auto& removals : byGroup(plan)) {
         const PlannedRemoval& first = *removals.front();
         MatchKind kind = first.matchKind.value_or(MatchKind::identical);
+        std::int64_t groupBytes = 0;
+        for (const PlannedRemoval* removal : removals) {
+            groupBytes += removal->snapshot.size;
+        }
         auto* group = new QTreeWidgetItem(
-            groups_, {tr("Group %1 · %2").arg(++number).arg(OverviewScreen::kindTitle(kind))});
+            groups_,
+            {tr("Group %1 · %2 · keeps %3 · moves %4, %5")
+                 .arg(++number)
+                 .arg(OverviewScreen::kindTitle(kind))
+                 .arg(static_cast<qsizetype>(first.keepers.size()))
+                 .arg(countText(static_cast<std::int64_t>(removals.size()), "picture", "pictures"),
+                      byteText(groupBytes))});
         group->setFirstColumnSpanned(true);
         for (const auto& keeper : first.keepers) {
             copyRow(group, tr("Stays"), keeper.path, keeper.snapshot.size);

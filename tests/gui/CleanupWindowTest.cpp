@@ -199,6 +199,8 @@ void CleanupWindowTest::runMovesExactlyTheMarkedCopiesAndReportsThem() {
     QCOMPARE(groups->topLevelItemCount(), 2);
     for (int i = 0; i < 2; ++i) {
         QTreeWidgetItem* group = groups->topLevelItem(i);
+        QVERIFY2(group->text(0).contains(QStringLiteral("keeps 1 · moves 1 picture, ")),
+                 qPrintable(group->text(0)));
         QCOMPARE(group->childCount(), 2);
         QCOMPARE(group->child(0)->text(0), QStringLiteral("Stays"));
         QCOMPARE(group->child(1)->text(0), QStringLiteral("Goes to Trash"));
