@@ -6,6 +6,8 @@
 //
 // Settings and the feature cache go to a temporary folder, never the
 // user's. Files are named SKIN-SCREEN.png; classic is shown light and dark.
+// The cleanup screens (card, run, reports, Put Back, history) are shot in
+// light classic and in nightfall; every picture they move is put back.
 #include "app/gui/AboutPanel.hpp"
 #include "app/gui/CleanupCard.hpp"
 #include "app/gui/CleanupController.hpp"

@@ -213,9 +213,15 @@ void MainWindow::buildCleanup() {
     screens_->addWidget(history_);
     connect(cleanupScreen_, &CleanupScreen::finished, this, &MainWindow::followPhase);
     connect(history_, &HistoryScreen::finished, this, &MainWindow::followPhase);
-    connect(cleanups_, &CleanupController::runStarted, this, &MainWindow::updateActions);
-    connect(cleanups_, &CleanupController::runFinished, this, &MainWindow::updateActions);
-    connect(cleanups_, &CleanupController::runRefused, this, &MainWindow::updateActions);
+    // The run's screen stays in front until the user is done with its
+    // report.
+    auto showRun = [this] {
+        screens_->setCurrentWidget(cleanupScreen_);
+        updateActions();
+    };
+    connect(cleanups_, &CleanupController::runStarted, this, showRun);
+    connect(cleanups_, &CleanupController::runFinished, this, showRun);
+    connect(cleanups_, &CleanupController::runRefused, this, showRun);
     connect(cleanups_, &CleanupController::interruptedRecovered, this,
             [this](const std::vector<CleanupReport>& reports) {
                 if (!reports.empty()) {
@@ -252,6 +258,7 @@ void MainWindow::updateCleanupActions() {
     if (running) {
         scan_->setEnabled(false);
         addFolder_->setEnabled(false);
+        showSkipped_->setEnabled(false);
     }
     if (QAction* newScan = action(tr("New Scan"))) {
         newScan->setEnabled(!running);
@@ -270,7 +277,6 @@ void MainWindow::showCleanupCard() {
     card->setAttribute(Qt::WA_DeleteOnClose);
     card_ = card;
     connect(card, &CleanupCard::approved, this, [this, card](const CleanupApproval& approval) {
-        screens_->setCurrentWidget(cleanupScreen_);
         cleanups_->start(card->plan(), approval);
     });
     card->open();
