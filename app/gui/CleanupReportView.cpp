@@ -126,12 +126,16 @@ void CleanupReportView::setReport(const CleanupReport& report) {
     fill();
 }
 
-QString CleanupReportView::outcomeSentence(const ItemOutcome& outcome) {
+QString CleanupReportView::outcomeSentence(const ItemReport& item) {
+    const ItemOutcome& outcome = item.outcome;
     switch (outcome.kind) {
     case ItemOutcome::Kind::movedToTrash:
         return tr(cleanup_texts::kInTrash);
     case ItemOutcome::Kind::restored:
-        return tr("Put back at %1.").arg(qtText(outcome.text));
+        if (outcome.text == item.removal.path) {
+            return tr("Put back where it was.");
+        }
+        return tr("Put back as “%1”.").arg(qtText(PathNames::lastComponent(outcome.text)));
     case ItemOutcome::Kind::skipped:
     case ItemOutcome::Kind::failed:
     case ItemOutcome::Kind::unknown:
@@ -179,7 +183,7 @@ void CleanupReportView::fill() {
         const ItemReport& item = report.items[index];
         const std::string& path = item.removal.path;
         auto* row = new QTreeWidgetItem(items_, {qtText(PathNames::lastComponent(path)),
-                                                 outcomeSentence(item.outcome),
+                                                 outcomeSentence(item),
                                                  qtText(PathNames::parentFolder(path))});
         row->setData(0, kIndexRole, static_cast<qulonglong>(index));
         row->setData(0, kMovedRole, item.outcome.kind == ItemOutcome::Kind::movedToTrash);

@@ -56,8 +56,9 @@ public:
     // Selects the rows of these paths only.
     void select(const std::vector<std::string>& paths);
 
-    // The sentence for an item's outcome.
-    [[nodiscard]] static QString outcomeSentence(const ItemOutcome& outcome);
+    // The sentence for an item's outcome. A picture put back is named
+    // only when it went back under another name: the folder is its own.
+    [[nodiscard]] static QString outcomeSentence(const ItemReport& item);
 
 private:
     void fill();

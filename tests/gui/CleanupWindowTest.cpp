@@ -338,7 +338,7 @@ void CleanupWindowTest::putsBackOneItemAndTheWholeCleanup() {
     QTRY_VERIFY_WITH_TIMEOUT(!rig.cleanups().isPuttingBack(), kRunTimeoutMs);
     QVERIFY(brevant::testing::readFile(first) == rig.marked().at(first));
     QCOMPARE(fileSize(second), -1);
-    QCOMPARE(report->outcomeText(0), QStringLiteral("Put back at %1.").arg(qtText(first)));
+    QCOMPARE(report->outcomeText(0), QStringLiteral("Put back where it was."));
     QCOMPARE(report->figure(QStringLiteral("Moved")), QStringLiteral("1"));
     QCOMPARE(report->figure(QStringLiteral("Put back")), QStringLiteral("1"));
 
@@ -395,7 +395,9 @@ void CleanupWindowTest::occupiedPlaceOffersAnotherNameAndNeverOverwrites() {
     QTRY_VERIFY_WITH_TIMEOUT(!rig.cleanups().isPuttingBack(), kRunTimeoutMs);
     QVERIFY(brevant::testing::readFile(alternative) == rig.marked().at(first));
     QCOMPARE(brevant::testing::readFile(first), std::string("a new file in its place"));
-    QCOMPARE(report->outcomeText(0), QStringLiteral("Put back at %1.").arg(qtText(alternative)));
+    QCOMPARE(
+        report->outcomeText(0),
+        QStringLiteral("Put back as “%1”.").arg(qtText(PathNames::lastComponent(alternative))));
     QVERIFY(!report->anotherNameButton()->isVisible());
 }
 
