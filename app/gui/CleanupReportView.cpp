@@ -193,6 +193,9 @@ void CleanupReportView::fill() {
             auto* child = new QTreeWidgetItem(row, {qtText(note)});
             child->setFirstColumnSpanned(true);
             child->setFlags(Qt::ItemIsEnabled);
+            QFont font = child->font(0);
+            font.setItalic(true);
+            child->setFont(0, font);
         }
     }
     items_->expandAll();

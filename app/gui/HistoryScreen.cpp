@@ -129,6 +129,10 @@ bool HistoryScreen::showsReport() const {
     return pages_->currentWidget() == report_;
 }
 
+QString HistoryScreen::status() const {
+    return empty_->isVisibleTo(listPage_) ? empty_->text() : QString();
+}
+
 QString HistoryScreen::caption() const {
     return caption_->text();
 }

@@ -34,6 +34,9 @@ public:
     [[nodiscard]] bool showsReport() const;
 
     [[nodiscard]] QString caption() const;
+    // While reading, or when there is no cleanup yet, what the list says
+    // instead; else "".
+    [[nodiscard]] QString status() const;
 
     [[nodiscard]] QPushButton* closeButton() const { return close_; }
 

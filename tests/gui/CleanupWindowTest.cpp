@@ -21,6 +21,7 @@
 #include "engine/platform/FreedesktopTrash.hpp"
 #include "engine/support/PathNames.hpp"
 
+#include <QAction>
 #include <QPushButton>
 #include <QScopeGuard>
 #include <QSemaphore>
@@ -153,6 +154,7 @@ class CleanupWindowTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
+    void menusOfferTheCleanupCommands();
     void cardShowsWhyNothingCanBePlanned();
     void runMovesExactlyTheMarkedCopiesAndReportsThem();
     void stopAfterThisOneLeavesTheRestInPlace();
@@ -161,6 +163,27 @@ private Q_SLOTS:
     void putsBackOneItemAndTheWholeCleanup();
     void occupiedPlaceOffersAnotherNameAndNeverOverwrites();
 };
+
+void CleanupWindowTest::menusOfferTheCleanupCommands() {
+    ModelFixture fixture;
+    Skins skins;
+    MainWindow window(fixture.model(), skins, fixture.store());
+    auto* review = window.findChild<QAction*>(QStringLiteral("reviewCleanup"));
+    auto* history = window.findChild<QAction*>(QStringLiteral("historyOfCleanups"));
+    QVERIFY(review != nullptr && history != nullptr);
+    QCOMPARE(review->text(), QStringLiteral("Review && Move to Trash…"));
+    QCOMPARE(review->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_Delete));
+    QCOMPARE(history->text().remove(QLatin1Char('&')), QStringLiteral("History of Cleanups…"));
+    QCOMPARE(history->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_H));
+    // Nothing to review before a scan; the history is always there.
+    QVERIFY(!review->isEnabled());
+    QVERIFY(history->isEnabled());
+    window.showHistory();
+    HistoryScreen* screen = window.historyScreen();
+    QCOMPARE(window.currentScreen(), screen);
+    QTRY_COMPARE(screen->status(), QStringLiteral("No cleanup has been run on this computer yet."));
+    QCOMPARE(screen->list()->topLevelItemCount(), 0);
+}
 
 void CleanupWindowTest::cardShowsWhyNothingCanBePlanned() {
     Rig rig;
