@@ -22,6 +22,7 @@
 #include "engine/support/PathNames.hpp"
 
 #include <QAction>
+#include <QApplication>
 #include <QPushButton>
 #include <QScopeGuard>
 #include <QSemaphore>
@@ -162,6 +163,7 @@ private Q_SLOTS:
     void interruptedCleanupIsReconciledAtStart();
     void putsBackOneItemAndTheWholeCleanup();
     void occupiedPlaceOffersAnotherNameAndNeverOverwrites();
+    void keyboardAloneRunsACleanupAndPutsItBack();
 };
 
 void CleanupWindowTest::menusOfferTheCleanupCommands() {
@@ -422,6 +424,38 @@ void CleanupWindowTest::occupiedPlaceOffersAnotherNameAndNeverOverwrites() {
         report->outcomeText(0),
         QStringLiteral("Put back as “%1”.").arg(qtText(PathNames::lastComponent(alternative))));
     QVERIFY(!report->anotherNameButton()->isVisible());
+}
+
+void CleanupWindowTest::keyboardAloneRunsACleanupAndPutsItBack() {
+    Rig rig;
+    QVERIFY(rig.isActive());
+    QVERIFY(rig.runCleanup());
+    QVERIFY(rig.report()->figure(QStringLiteral("Moved")) == QStringLiteral("2"));
+    // Offscreen, a closed dialog leaves no window active; a desktop gives
+    // the activation back to the window.
+    rig.window().activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&rig.window()));
+    QCOMPARE(QApplication::focusWidget(), rig.window().cleanupScreen()->doneButton());
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    QCOMPARE(rig.window().currentScreen(), static_cast<QWidget*>(rig.window().overview()));
+
+    QTest::keyClick(&rig.window(), Qt::Key_H, Qt::ControlModifier);
+    HistoryScreen* history = rig.window().historyScreen();
+    QTRY_COMPARE_WITH_TIMEOUT(history->list()->topLevelItemCount(), 1, kRunTimeoutMs);
+    QCOMPARE(QApplication::focusWidget(), history->list());
+    QTest::keyClick(history->list(), Qt::Key_Return);
+    QVERIFY(history->showsReport());
+    // From the list of pictures, Tab passes the disabled Put Back and
+    // reaches Put Back All.
+    CleanupReportView* report = history->reportView();
+    QCOMPARE(QApplication::focusWidget(), report->items());
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    QCOMPARE(QApplication::focusWidget(), report->putBackAllButton());
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
+    QTRY_VERIFY_WITH_TIMEOUT(!rig.cleanups().isPuttingBack(), kRunTimeoutMs);
+    for (const auto& [path, contents] : rig.marked()) {
+        QVERIFY(brevant::testing::readFile(path) == contents);
+    }
 }
 
 BREVANT_GUI_TEST(CleanupWindowTest);
