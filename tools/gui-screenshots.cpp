@@ -6,7 +6,14 @@
 //
 // Settings and the feature cache go to a temporary folder, never the
 // user's. Files are named SKIN-SCREEN.png; classic is shown light and dark.
+// The cleanup screens (card, run, reports, Put Back, history) are shot in
+// light classic and in nightfall; every picture they move is put back.
 #include "app/gui/AboutPanel.hpp"
+#include "app/gui/CleanupCard.hpp"
+#include "app/gui/CleanupController.hpp"
+#include "app/gui/CleanupReportView.hpp"
+#include "app/gui/CleanupScreen.hpp"
+#include "app/gui/HistoryScreen.hpp"
 #include "app/gui/HomeScreen.hpp"
 #include "app/gui/LeftOutList.hpp"
 #include "app/gui/MainWindow.hpp"
@@ -14,17 +21,22 @@
 #include "app/gui/PhotoCleanupModel.hpp"
 #include "app/gui/SettingsWindow.hpp"
 #include "app/gui/Skins.hpp"
+#include "engine/cleanup/CleanupJournal.hpp"
+#include "engine/cleanup/CleanupPlanner.hpp"
+#include "engine/platform/FreedesktopTrash.hpp"
 
 #include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QPixmap>
+#include <QPushButton>
 #include <QRadioButton>
 #include <QSettings>
 #include <QTabWidget>
 #include <QTemporaryDir>
 #include <QThread>
+#include <QTreeWidget>
 
 #include <cstdio>
 #include <functional>
@@ -83,6 +95,111 @@ private:
     bool ok_ = true;
 };
 
+// Moves pictures to the Trash slowly enough for the run to be caught.
+class SlowTrasher final : public brevant::Trasher {
+public:
+    [[nodiscard]] std::expected<std::optional<std::string>, brevant::TrashError>
+    trash(const std::string& path) const override {
+        QThread::msleep(700);
+        return brevant::FileManagerTrasher().trash(path);
+    }
+};
+
+// Puts everything of the report shown back, so the next skin scans the
+// same library.
+bool putAllBack(brevant::gui::CleanupReportView& report,
+                brevant::gui::CleanupController& cleanups) {
+    if (report.putBackAllButton()->isEnabled()) {
+        report.putBackAllButton()->click();
+    }
+    return waitUntil([&] { return !cleanups.isPuttingBack(); });
+}
+
+// The review card, a run in progress, its report, Put Back over an
+// occupied place, the history, and the report of an interrupted cleanup.
+// Every picture is put back afterwards.
+bool shootCleanup(const QString& label, PhotoCleanupModel& model, MainWindow& window,
+                  Shooter& shooter) {
+    brevant::gui::CleanupController& cleanups = *window.cleanups();
+    brevant::gui::CleanupScreen& screen = *window.cleanupScreen();
+    cleanups.setTrasher(std::make_shared<SlowTrasher>());
+    model.session()->markAllSuggested();
+    window.showCleanupCard();
+    brevant::gui::CleanupCard* card = window.cleanupCard();
+    if (card == nullptr || !card->hasPlan()) {
+        return false;
+    }
+    shooter.take(*card, label, QStringLiteral("cleanup-card"));
+    card->confirmButton()->click();
+    if (!waitUntil([&] { return cleanups.handled() >= 2; })) {
+        return false;
+    }
+    shooter.take(window, label, QStringLiteral("cleanup-run"));
+    if (!waitUntil([&] { return screen.showsReport(); })) {
+        return false;
+    }
+    shooter.take(window, label, QStringLiteral("cleanup-report"));
+
+    // A file has taken the first picture's place since.
+    brevant::gui::CleanupReportView& report = *screen.reportView();
+    const auto& shown = report.report();
+    if (!shown || shown->items.empty()) {
+        return false;
+    }
+    const std::string firstPath = shown->items.front().removal.path;
+    QString first = QFile::decodeName(firstPath.c_str());
+    QFile occupant(first);
+    if (!occupant.open(QIODevice::WriteOnly | QIODevice::NewOnly)) {
+        return false;
+    }
+    occupant.write("a newer file");
+    occupant.close();
+    report.select({firstPath});
+    report.putBackButton()->click();
+    if (!waitUntil([&] { return !cleanups.isPuttingBack(); })) {
+        return false;
+    }
+    shooter.take(window, label, QStringLiteral("cleanup-putback-occupied"));
+    QFile::remove(first);
+    if (!putAllBack(report, cleanups)) {
+        return false;
+    }
+
+    window.showHistory();
+    brevant::gui::HistoryScreen& history = *window.historyScreen();
+    if (!waitUntil([&] { return history.list()->topLevelItemCount() > 0; })) {
+        return false;
+    }
+    shooter.take(window, label, QStringLiteral("history"));
+    history.open(0);
+    shooter.take(window, label, QStringLiteral("history-cleanup"));
+
+    // A run that stopped after moving its first picture, before recording it.
+    model.session()->markAllSuggested();
+    auto plan = brevant::CleanupPlanner::plan(*model.session());
+    if (!plan) {
+        return false;
+    }
+    auto journal = brevant::CleanupJournal::create(*plan, cleanups.journalDirectory());
+    const std::string& moved = plan->removals.front().path;
+    if (!journal ||
+        !journal->write(brevant::CleanupJournal::Entry::ofIntent(moved, brevant::Date::now())) ||
+        !brevant::platform::FreedesktopTrash::moveToTrash(moved)) {
+        return false;
+    }
+    window.recoverInterruptedCleanups();
+    if (!waitUntil([&] { return screen.showsReport() && report.report()->reconciled; })) {
+        return false;
+    }
+    shooter.take(window, label, QStringLiteral("cleanup-interrupted"));
+    bool back = putAllBack(report, cleanups);
+    for (const auto& group : model.session()->groups()) {
+        model.session()->clearMarks(group);
+    }
+    screen.doneButton()->click();
+    return back;
+}
+
 bool shootSkin(const QString& skin, const QString& label, brevant::gui::Skins& skins,
                PhotoCleanupModel& model, MainWindow& window, Shooter& shooter) {
     skins.apply(skin);
@@ -130,6 +247,11 @@ bool shootSkin(const QString& skin, const QString& label, brevant::gui::Skins& s
         leftOut->setOpen(i, true);
     }
     shooter.take(window, label, QStringLiteral("overview-skipped"));
+    // The cleanup screens in the default skin and one dark skin.
+    if ((label == QLatin1String("classic-light") || skin == QLatin1String("nightfall")) &&
+        !shootCleanup(label, model, window, shooter)) {
+        return false;
+    }
 
     brevant::gui::SettingsWindow* settings = window.settingsWindow();
     settings->show();

@@ -1,8 +1,12 @@
 #include "MainWindow.hpp"
 
 #include "app/gui/AboutPanel.hpp"
+#include "app/gui/CleanupCard.hpp"
+#include "app/gui/CleanupController.hpp"
+#include "app/gui/CleanupScreen.hpp"
 #include "app/gui/CleanupSettings.hpp"
 #include "app/gui/FolderList.hpp"
+#include "app/gui/HistoryScreen.hpp"
 #include "app/gui/HomeScreen.hpp"
 #include "app/gui/OverviewScreen.hpp"
 #include "app/gui/PhotoCleanupModel.hpp"
@@ -54,6 +58,7 @@ MainWindow::MainWindow(PhotoCleanupModel& model, Skins& skins, QSettings& store,
     // Seam: the review screen (and after it the cleanup and history
     // screens) joins the stack here and enables the overview's way in.
     overview_->setReviewAvailable(false);
+    buildCleanup();
 
     buildMenus();
     if (!restoreGeometry(store_.value(geometryKey()).toByteArray())) {
@@ -86,6 +91,7 @@ void MainWindow::buildMenus() {
     scan_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_R));
     QAction* newScan = file->addAction(tr("&New Scan"), &model_, &PhotoCleanupModel::returnHome);
     newScan->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_N));
+    addCleanupActions(file);
     file->addSeparator();
     QAction* close = file->addAction(tr("&Close"), this, &QWidget::close);
     close->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_W));
@@ -122,6 +128,7 @@ void MainWindow::buildMenus() {
             overview_->showSkipped();
         }
     });
+    addHistoryAction(view);
 
     QMenu* help = menuBar()->addMenu(tr("&Help"));
     QAction* about = help->addAction(tr("&About Brevant"), this, &MainWindow::showAbout);
@@ -153,6 +160,7 @@ void MainWindow::updateActions() {
     scan_->setEnabled(model_.canScan());
     addFolder_->setEnabled(!scanning);
     showSkipped_->setEnabled(!scanning && model_.hasResult());
+    updateCleanupActions();
 }
 
 QWidget* MainWindow::currentScreen() const {
@@ -191,7 +199,99 @@ void MainWindow::showAbout() {
 void MainWindow::closeEvent(QCloseEvent* event) {
     store_.setValue(geometryKey(), saveGeometry());
     model_.cancelScan();
+    cleanups_->stopAfterThisOne();
     event->accept();
+}
+
+// Folder cleanups.
+
+void MainWindow::buildCleanup() {
+    cleanups_ = new CleanupController(model_, this);
+    cleanupScreen_ = new CleanupScreen(*cleanups_, screens_);
+    history_ = new HistoryScreen(*cleanups_, screens_);
+    screens_->addWidget(cleanupScreen_);
+    screens_->addWidget(history_);
+    connect(cleanupScreen_, &CleanupScreen::finished, this, &MainWindow::followPhase);
+    connect(history_, &HistoryScreen::finished, this, &MainWindow::followPhase);
+    // The run's screen stays in front until the user is done with its
+    // report.
+    auto showRun = [this] {
+        screens_->setCurrentWidget(cleanupScreen_);
+        updateActions();
+    };
+    connect(cleanups_, &CleanupController::runStarted, this, showRun);
+    connect(cleanups_, &CleanupController::runFinished, this, showRun);
+    connect(cleanups_, &CleanupController::runRefused, this, showRun);
+    connect(cleanups_, &CleanupController::interruptedRecovered, this,
+            [this](const std::vector<CleanupReport>& reports) {
+                if (!reports.empty()) {
+                    screens_->setCurrentWidget(cleanupScreen_);
+                    cleanupScreen_->showReports(reports);
+                }
+            });
+}
+
+void MainWindow::addCleanupActions(QMenu* file) {
+    file->addSeparator();
+    reviewCleanup_ =
+        file->addAction(tr("Review && Move to Trash…"), this, &MainWindow::showCleanupCard);
+    reviewCleanup_->setObjectName(QStringLiteral("reviewCleanup"));
+    reviewCleanup_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Delete));
+}
+
+void MainWindow::addHistoryAction(QMenu* view) {
+    historyAction_ = view->addAction(tr("&History of Cleanups…"), this, &MainWindow::showHistory);
+    historyAction_->setObjectName(QStringLiteral("historyOfCleanups"));
+    historyAction_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_H));
+}
+
+void MainWindow::updateCleanupActions() {
+    if (reviewCleanup_ == nullptr) {
+        return;
+    }
+    bool running = cleanups_->isRunning();
+    bool scanning = model_.phase() == Phase::scanning;
+    reviewCleanup_->setEnabled(!running && !scanning && model_.hasResult());
+    historyAction_->setEnabled(!running && !scanning);
+    // A scan now would take the screen from the run, and read files that
+    // are moving.
+    if (running) {
+        scan_->setEnabled(false);
+        addFolder_->setEnabled(false);
+        showSkipped_->setEnabled(false);
+    }
+    if (QAction* newScan = action(tr("New Scan"))) {
+        newScan->setEnabled(!running);
+    }
+}
+
+CleanupCard* MainWindow::cleanupCard() const {
+    return card_;
+}
+
+void MainWindow::showCleanupCard() {
+    if (cleanups_->isRunning() || card_ != nullptr || !model_.hasResult()) {
+        return;
+    }
+    auto* card = new CleanupCard(cleanups_->plan(), this);
+    card->setAttribute(Qt::WA_DeleteOnClose);
+    card_ = card;
+    connect(card, &CleanupCard::approved, this, [this, card](const CleanupApproval& approval) {
+        cleanups_->start(card->plan(), approval);
+    });
+    card->open();
+}
+
+void MainWindow::showHistory() {
+    if (cleanups_->isRunning()) {
+        return;
+    }
+    screens_->setCurrentWidget(history_);
+    history_->reload();
+}
+
+void MainWindow::recoverInterruptedCleanups() {
+    cleanups_->recoverInterruptedCleanups();
 }
 
 } // namespace brevant::gui

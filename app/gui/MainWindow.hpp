@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QMainWindow>
+#include <QPointer>
 
 class QAction;
 class QActionGroup;
@@ -10,6 +11,10 @@ class QStackedWidget;
 
 namespace brevant::gui {
 
+class CleanupCard;
+class CleanupController;
+class CleanupScreen;
+class HistoryScreen;
 class HomeScreen;
 class OverviewScreen;
 class PhotoCleanupModel;
@@ -45,6 +50,24 @@ public:
     // The settings window, made on first use.
     [[nodiscard]] SettingsWindow* settingsWindow();
 
+    // Folder cleanups: the card, the run and its report, the history.
+    [[nodiscard]] CleanupController* cleanups() const { return cleanups_; }
+
+    [[nodiscard]] CleanupScreen* cleanupScreen() const { return cleanupScreen_; }
+
+    [[nodiscard]] HistoryScreen* historyScreen() const { return history_; }
+
+    // The open review card, or null.
+    [[nodiscard]] CleanupCard* cleanupCard() const;
+
+public Q_SLOTS:
+    // "Review & Move to Trash…" over the current marks.
+    void showCleanupCard();
+    void showHistory();
+    // At start: reconciles cleanups a crash left unfinished and shows
+    // their reports.
+    void recoverInterruptedCleanups();
+
 protected:
     void closeEvent(QCloseEvent* event) override;
 
@@ -52,6 +75,10 @@ private:
     void buildMenus();
     void followPhase();
     void updateActions();
+    void buildCleanup();
+    void addCleanupActions(QMenu* file);
+    void addHistoryAction(QMenu* view);
+    void updateCleanupActions();
 
     PhotoCleanupModel& model_;
     Skins& skins_;
@@ -66,6 +93,12 @@ private:
     QAction* scan_ = nullptr;
     QAction* showSkipped_ = nullptr;
     QActionGroup* skinActions_ = nullptr;
+    CleanupController* cleanups_ = nullptr;
+    CleanupScreen* cleanupScreen_ = nullptr;
+    HistoryScreen* history_ = nullptr;
+    QPointer<CleanupCard> card_;
+    QAction* reviewCleanup_ = nullptr;
+    QAction* historyAction_ = nullptr;
 };
 
 } // namespace brevant::gui

@@ -67,7 +67,8 @@ int main(int argc, char** argv) {
 
     brevant::gui::MainWindow window(model, skins, store);
     window.show();
-    // Seam: model.recoverInterruptedCleanups() runs here, and tells the user
-    // of any interrupted cleanup, once engine/cleanup's journal is merged.
+    // Cleanups a crash left unfinished are worked out now, and their reports
+    // shown, before anything else can run.
+    window.recoverInterruptedCleanups();
     return QApplication::exec();
 }

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <QWidget>
+
+class QLabel;
+class QPushButton;
+class QStackedWidget;
+class QTreeWidget;
+class QTreeWidgetItem;
+
+namespace brevant::gui {
+
+class CleanupController;
+class CleanupReportView;
+
+// Every cleanup run on this computer, newest first, with its date, counts
+// and the bytes still in the Trash; opening one shows its pictures with
+// their outcomes and notes, and puts them back.
+class HistoryScreen : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit HistoryScreen(CleanupController& cleanups, QWidget* parent = nullptr);
+
+    // Reads the journals again and shows the list.
+    void reload();
+    // Opens the cleanup in this row of the list.
+    void open(int row);
+
+    [[nodiscard]] QTreeWidget* list() const { return list_; }
+
+    [[nodiscard]] CleanupReportView* reportView() const { return report_; }
+
+    [[nodiscard]] bool showsReport() const;
+
+    [[nodiscard]] QString caption() const;
+    // While reading, or when there is no cleanup yet, what the list says
+    // instead; else "".
+    [[nodiscard]] QString status() const;
+
+    [[nodiscard]] QPushButton* closeButton() const { return close_; }
+
+Q_SIGNALS:
+    void finished();
+
+private:
+    void fill();
+    void back();
+
+    CleanupController& cleanups_;
+    QStackedWidget* pages_;
+    QWidget* listPage_;
+    QLabel* caption_;
+    QLabel* empty_;
+    QTreeWidget* list_;
+    QPushButton* openButton_;
+    CleanupReportView* report_;
+    QPushButton* close_;
+};
+
+} // namespace brevant::gui
