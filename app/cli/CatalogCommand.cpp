@@ -73,6 +73,9 @@ struct Scanned {
     Kind kind = Kind::lightroom;
     std::size_t photos = 0;
     ScanResult result;
+    // The refusal to mark a catalog of a version marking was not tested
+    // with; reading and scanning it are fine.
+    std::optional<std::string> untested;
 };
 
 std::expected<Scanned, std::string> scanCatalog(const std::string& path, bool keepPictures,
@@ -91,6 +94,9 @@ std::expected<Scanned, std::string> scanCatalog(const std::string& path, bool ke
             return std::unexpected(catalog.error().text());
         }
         scanned.photos = catalog->photos.size();
+        if (!catalog->isTestedVersion()) {
+            scanned.untested = LightroomRefusal::untestedVersion(catalog->schemaVersion).text();
+        }
         scanned.result =
             LightroomScanner::scan(*catalog, keepPictures, environment.cancellation(), progress);
     } else {
@@ -99,6 +105,9 @@ std::expected<Scanned, std::string> scanCatalog(const std::string& path, bool ke
             return std::unexpected(catalog.error().text());
         }
         scanned.photos = catalog->photos.size();
+        if (!catalog->isTestedVersion()) {
+            scanned.untested = CaptureOneRefusal::untestedVersion(catalog->schemaVersion).text();
+        }
         scanned.result =
             CaptureOneScanner::scan(*catalog, keepPictures, environment.cancellation(), progress);
     }
@@ -483,6 +492,11 @@ int CatalogCommand::mark(const Environment& environment) const {
     if (scanned->result.cancelled) {
         fmt::print(environment.out, "cancelled\n");
         return ExitStatus::kCancelled;
+    }
+    // Said before the plan, since no plan could be carried out; a dry run
+    // still shows what would be marked.
+    if (scanned->untested && !dryRun_) {
+        return failed(environment, *scanned->untested);
     }
     Kind kind = scanned->kind;
     Suggested suggested = suggestedPlan(scanned->result, environment.home);

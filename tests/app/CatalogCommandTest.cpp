@@ -6,12 +6,14 @@
 #include "tests/fixtures/TempTree.hpp"
 #include "tests/scan/ScanFixtures.hpp"
 
+#include "app/cli/ExitStatus.hpp"
 #include "engine/catalogs/CaptureOneMarker.hpp"
 #include "engine/catalogs/LightroomRejecter.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <fmt/format.h>
 
 namespace brevant::cli {
@@ -74,6 +76,11 @@ TEST(CatalogCommand, ScansMarksListsAndUndoesALightroomCatalog) {
                                     "3 photos in the catalog, 3 examined, 1 identical group\n",
                                     family.tree.path("Photos")));
 
+    Outcome unasked = catalogCommand(family.tree, "mark " + shellWord(family.catalog));
+    EXPECT_EQ(unasked.status, 1);
+    EXPECT_THAT(unasked.err, HasSubstr("nothing was marked: there is no terminal to ask on"));
+    EXPECT_EQ(family.picks(), before);
+
     Outcome mark = catalogCommand(family.tree, "mark --yes " + shellWord(family.catalog));
 
     EXPECT_EQ(mark.status, 0) << mark.err;
@@ -113,7 +120,7 @@ TEST(CatalogCommand, RefusedOrUnconfirmedMarkingLeavesTheCatalogByteIdentical) {
                                        "this app has not been tested with (1504002), so it was "
                                        "not changed.\n"));
     EXPECT_EQ(unasked.status, 1);
-    EXPECT_THAT(unasked.err, HasSubstr("nothing was marked"));
+    EXPECT_THAT(unasked.err, HasSubstr("has not been tested with (1504002)"));
     EXPECT_EQ(dryRun.status, 0) << dryRun.err;
     EXPECT_THAT(dryRun.out, HasSubstr("  mark  " + family.c));
     EXPECT_EQ(testing::fileDigest(family.catalog), digest);
@@ -186,7 +193,12 @@ TEST(CatalogCommand, SimilarScanOfTheRealClassicFifteenCatalogGroupsItsThreePhot
     EXPECT_THAT(scan.out, StartsWith("similar: 3 photos\n"));
     EXPECT_THAT(scan.out, HasSubstr("monalisa-1.jpg   [3 stars, labelled Rot"));
     EXPECT_THAT(scan.out, HasSubstr("1 similar group at Balanced\n"));
+    Outcome mark = catalogCommand(tree, "mark --yes " + shellWord(*path));
+    EXPECT_EQ(mark.status, ExitStatus::kFailed);
+    EXPECT_THAT(mark.err, HasSubstr("1500000"));
     EXPECT_EQ(testing::fileDigest(*path), digest);
+    EXPECT_FALSE(
+        std::filesystem::exists(std::filesystem::path(*path).parent_path() / "Brevant Backups"));
 }
 
 } // namespace
