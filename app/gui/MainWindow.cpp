@@ -1,9 +1,11 @@
 #include "MainWindow.hpp"
 
 #include "app/gui/AboutPanel.hpp"
+#include "app/gui/CatalogMarkingCard.hpp"
 #include "app/gui/CleanupSettings.hpp"
 #include "app/gui/FolderList.hpp"
 #include "app/gui/HomeScreen.hpp"
+#include "app/gui/MarkingsWindow.hpp"
 #include "app/gui/OverviewScreen.hpp"
 #include "app/gui/PhotoCleanupModel.hpp"
 #include "app/gui/ProgressScreen.hpp"
@@ -87,6 +89,9 @@ void MainWindow::buildMenus() {
     QAction* newScan = file->addAction(tr("&New Scan"), &model_, &PhotoCleanupModel::returnHome);
     newScan->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_N));
     file->addSeparator();
+    // Its text follows the catalog scope; it is hidden for folders.
+    markCatalog_ = file->addAction(QString(), this, &MainWindow::showCatalogMarkingCard);
+    file->addSeparator();
     QAction* close = file->addAction(tr("&Close"), this, &QWidget::close);
     close->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_W));
     QAction* quit = file->addAction(tr("&Quit"), qApp, &QApplication::closeAllWindows);
@@ -122,6 +127,7 @@ void MainWindow::buildMenus() {
             overview_->showSkipped();
         }
     });
+    view->addAction(tr("&Markings and Taggings…"), this, &MainWindow::showMarkings);
 
     QMenu* help = menuBar()->addMenu(tr("&Help"));
     QAction* about = help->addAction(tr("&About Brevant"), this, &MainWindow::showAbout);
@@ -153,6 +159,11 @@ void MainWindow::updateActions() {
     scan_->setEnabled(model_.canScan());
     addFolder_->setEnabled(!scanning);
     showSkipped_->setEnabled(!scanning && model_.hasResult());
+    auto scope = model_.settings().scope;
+    bool catalog = scope != CleanupSettings::Scope::folders;
+    markCatalog_->setVisible(catalog);
+    markCatalog_->setText(catalog_texts::command(scope));
+    markCatalog_->setEnabled(catalog && !scanning && model_.session() != nullptr);
 }
 
 QWidget* MainWindow::currentScreen() const {
@@ -186,6 +197,43 @@ void MainWindow::showSettings() {
 void MainWindow::showAbout() {
     AboutPanel panel(this);
     panel.exec();
+}
+
+void MainWindow::showCatalogMarkingCard() {
+    auto scope = model_.settings().scope;
+    if (scope == CleanupSettings::Scope::folders || model_.session() == nullptr) {
+        return;
+    }
+    if (markingCard_ == nullptr) {
+        markingCard_ = new CatalogMarkingCard(model_, scope, this);
+        markingCard_->setAttribute(Qt::WA_DeleteOnClose);
+        connect(markingCard_, &CatalogMarkingCard::markingFinished, this, [this] {
+            if (markings_ != nullptr) {
+                markings_->reload();
+            }
+        });
+    }
+    markingCard_->open();
+    markingCard_->raise();
+}
+
+CatalogMarkingCard* MainWindow::catalogMarkingCard() const {
+    return markingCard_.data();
+}
+
+MarkingsWindow* MainWindow::markingsWindow() {
+    if (markings_ == nullptr) {
+        markings_ = new MarkingsWindow(model_.dataFolder(), this);
+    }
+    return markings_;
+}
+
+void MainWindow::showMarkings() {
+    MarkingsWindow* window = markingsWindow();
+    window->reload();
+    window->show();
+    window->raise();
+    window->activateWindow();
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QMainWindow>
+#include <QPointer>
 
 class QAction;
 class QActionGroup;
@@ -10,7 +11,9 @@ class QStackedWidget;
 
 namespace brevant::gui {
 
+class CatalogMarkingCard;
 class HomeScreen;
+class MarkingsWindow;
 class OverviewScreen;
 class PhotoCleanupModel;
 class ProgressScreen;
@@ -45,6 +48,18 @@ public:
     // The settings window, made on first use.
     [[nodiscard]] SettingsWindow* settingsWindow();
 
+    // The open marking card, or null.
+    [[nodiscard]] CatalogMarkingCard* catalogMarkingCard() const;
+
+    // The list of catalog markings, made on first use.
+    [[nodiscard]] MarkingsWindow* markingsWindow();
+    void showMarkings();
+
+public Q_SLOTS:
+    // For a catalog scope with a result: what marking the reviewed copies
+    // in the catalog will do, to confirm.
+    void showCatalogMarkingCard();
+
 protected:
     void closeEvent(QCloseEvent* event) override;
 
@@ -66,6 +81,9 @@ private:
     QAction* scan_ = nullptr;
     QAction* showSkipped_ = nullptr;
     QActionGroup* skinActions_ = nullptr;
+    QAction* markCatalog_ = nullptr;
+    QPointer<CatalogMarkingCard> markingCard_;
+    MarkingsWindow* markings_ = nullptr;
 };
 
 } // namespace brevant::gui
