@@ -6,10 +6,16 @@
 //
 // Settings and the feature cache go to a temporary folder, never the
 // user's. Files are named SKIN-SCREEN.png; classic is shown light and dark.
+// The catalog screens mark a Lightroom Classic catalog made here of the
+// folder's photos, and undo the marking again.
+#include "tests/fixtures/CatalogFixtures.hpp"
+
 #include "app/gui/AboutPanel.hpp"
+#include "app/gui/CatalogMarkingCard.hpp"
 #include "app/gui/HomeScreen.hpp"
 #include "app/gui/LeftOutList.hpp"
 #include "app/gui/MainWindow.hpp"
+#include "app/gui/MarkingsWindow.hpp"
 #include "app/gui/OverviewScreen.hpp"
 #include "app/gui/PhotoCleanupModel.hpp"
 #include "app/gui/SettingsWindow.hpp"
@@ -26,7 +32,9 @@
 #include <QTemporaryDir>
 #include <QThread>
 
+#include <algorithm>
 #include <cstdio>
+#include <filesystem>
 #include <functional>
 
 namespace {
@@ -83,8 +91,77 @@ private:
     bool ok_ = true;
 };
 
+// A Lightroom Classic catalog listing every JPEG under the folder.
+std::string makeCatalog(const QString& photos, const QString& scratch) {
+    std::string catalog =
+        QFile::encodeName(scratch + QStringLiteral("/Lightroom/Sample.lrcat")).toStdString();
+    brevant::testing::LightroomCatalogFixture fixture(catalog);
+    std::vector<std::string> files;
+    for (const auto& entry :
+         std::filesystem::recursive_directory_iterator(QFile::encodeName(photos).toStdString())) {
+        std::string extension = entry.path().extension().string();
+        if (entry.is_regular_file() && (extension == ".jpg" || extension == ".JPG")) {
+            files.push_back(entry.path().string());
+        }
+    }
+    std::ranges::sort(files);
+    for (const auto& file : files) {
+        fixture.addPhotoAt(file);
+    }
+    fixture.close();
+    return catalog;
+}
+
+// The marking card before and after marking, and the list of markings
+// before and after undo.
+bool shootCatalogMarking(const QString& label, const std::string& catalog, PhotoCleanupModel& model,
+                         MainWindow& window, Shooter& shooter) {
+    using Scope = brevant::gui::CleanupSettings::Scope;
+    using State = brevant::gui::CatalogMarkingCard::State;
+    model.returnHome();
+    model.setScope(Scope::lightroom);
+    model.setMode(Mode::identical);
+    model.setLightroomCatalog(catalog, std::filesystem::path(catalog).parent_path().string());
+    if (!model.startScan() || !waitUntil([&] { return model.phase() != Phase::scanning; }) ||
+        model.session() == nullptr) {
+        return false;
+    }
+    model.session()->markAllSuggested();
+    window.showCatalogMarkingCard();
+    brevant::gui::CatalogMarkingCard* card = window.catalogMarkingCard();
+    if (card == nullptr) {
+        return false;
+    }
+    shooter.take(*card, label, QStringLiteral("catalog-card"));
+    card->confirm();
+    if (!waitUntil([card] { return card->state() != State::marking; })) {
+        return false;
+    }
+    shooter.take(*card, label, QStringLiteral("catalog-card-marked"));
+    card->close();
+
+    window.showMarkings();
+    brevant::gui::MarkingsWindow* markings = window.markingsWindow();
+    shooter.take(*markings, label, QStringLiteral("markings"));
+    bool undone = false;
+    QObject context;
+    QObject::connect(markings, &brevant::gui::MarkingsWindow::undoFinished, &context,
+                     [&undone] { undone = true; });
+    markings->undo(0);
+    if (!waitUntil([&undone] { return undone; })) {
+        return false;
+    }
+    shooter.take(*markings, label, QStringLiteral("markings-undone"));
+    markings->hide();
+    model.returnHome();
+    model.setScope(Scope::folders);
+    model.setMode(Mode::similar);
+    return true;
+}
+
 bool shootSkin(const QString& skin, const QString& label, brevant::gui::Skins& skins,
-               PhotoCleanupModel& model, MainWindow& window, Shooter& shooter) {
+               PhotoCleanupModel& model, MainWindow& window, Shooter& shooter,
+               const std::string& catalog) {
     skins.apply(skin);
     model.setSkin(skin.toStdString());
     model.returnHome();
@@ -144,7 +221,7 @@ bool shootSkin(const QString& skin, const QString& label, brevant::gui::Skins& s
     about.show();
     shooter.take(about, label, QStringLiteral("about"));
     about.hide();
-    return true;
+    return shootCatalogMarking(label, catalog, model, window, shooter);
 }
 
 } // namespace
@@ -189,6 +266,10 @@ int main(int argc, char** argv) {
         chosen = brevant::gui::Skins::names();
     }
     Shooter shooter(output);
+    // The catalog's backups and the marking records stay in the scratch
+    // folder too.
+    std::string catalog = makeCatalog(photos, scratch.path());
+    qputenv("BREVANT_DATA_DIR", QFile::encodeName(scratch.filePath(QStringLiteral("data"))));
     bool ok = true;
     for (const char* scheme : {"light", "dark"}) {
         if (!chosen.contains(QStringLiteral("classic"))) {
@@ -197,11 +278,11 @@ int main(int argc, char** argv) {
         qputenv("BREVANT_COLOR_SCHEME", scheme);
         ok = ok && shootSkin(QStringLiteral("classic"),
                              QStringLiteral("classic-%1").arg(QLatin1String(scheme)), skins, model,
-                             window, shooter);
+                             window, shooter, catalog);
     }
     for (const QString& skin : brevant::gui::Skins::names()) {
         if (skin != QLatin1String("classic") && chosen.contains(skin)) {
-            ok = ok && shootSkin(skin, skin, skins, model, window, shooter);
+            ok = ok && shootSkin(skin, skin, skins, model, window, shooter, catalog);
         }
     }
     return ok && shooter.ok() ? 0 : 1;

@@ -22,14 +22,18 @@ namespace {
 
 using Scope = CleanupSettings::Scope;
 
-QString fileName(const std::string& path) {
-    return qtText(std::filesystem::path(path).filename().string());
+// The file with its folder: copies often share a file name.
+QString shortName(const std::string& path) {
+    std::filesystem::path file(path);
+    std::string folder = file.parent_path().filename().string();
+    std::string name = file.filename().string();
+    return qtText(folder.empty() ? name : folder + "/" + name);
 }
 
 QString keptNames(const PlannedRemoval& removal) {
     QStringList names;
     for (const auto& keeper : removal.keepers) {
-        names.push_back(fileName(keeper.path));
+        names.push_back(shortName(keeper.path));
     }
     return names.join(QStringLiteral(", "));
 }
@@ -92,8 +96,10 @@ CatalogMarkingCard::CatalogMarkingCard(PhotoCleanupModel& model, Scope scope, QW
     , markings_(model.dataFolder())
     , summary_(parts::label({}, nullptr, this))
     , photos_(new QTreeWidget(this))
+    , safety_(parts::label(safetyText(scope), "muted", this))
     , notice_(parts::notice({}, this))
-    , result_(parts::label({}, nullptr, this))
+    , outcome_(parts::card(this))
+    , result_(parts::label({}, nullptr, outcome_))
     , busy_(parts::label(QStringLiteral("Marking the catalog…"), "muted", this))
     , close_(new QPushButton(QStringLiteral("Cancel"), this))
     , confirm_(parts::accentButton(catalog_texts::verb(scope), this)) {
@@ -116,11 +122,12 @@ CatalogMarkingCard::CatalogMarkingCard(PhotoCleanupModel& model, Scope scope, QW
     photos_->setRootIsDecorated(false);
     photos_->header()->setSectionResizeMode(QHeaderView::Stretch);
     layout->addWidget(photos_, 1);
-    layout->addWidget(parts::label(safetyText(scope), "muted", this));
+    layout->addWidget(safety_);
     layout->addWidget(notice_);
     result_->setWordWrap(true);
     result_->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    layout->addWidget(result_);
+    outcome_->layout()->addWidget(result_);
+    layout->addWidget(outcome_);
     layout->addWidget(busy_);
     auto* buttons = new QHBoxLayout;
     buttons->addStretch(1);
@@ -128,7 +135,7 @@ CatalogMarkingCard::CatalogMarkingCard(PhotoCleanupModel& model, Scope scope, QW
     buttons->addWidget(confirm_);
     layout->addLayout(buttons);
     notice_->hide();
-    result_->hide();
+    outcome_->hide();
     busy_->hide();
 
     connect(close_, &QPushButton::clicked, this, &CatalogMarkingCard::reject);
@@ -156,7 +163,7 @@ void CatalogMarkingCard::showPlan() {
     plan_ = std::move(*plan);
     summary_->setText(plannedText(scope_, plan_->removals.size()));
     for (const auto& removal : plan_->removals) {
-        auto* item = new QTreeWidgetItem(photos_, {fileName(removal.path), keptNames(removal)});
+        auto* item = new QTreeWidgetItem(photos_, {shortName(removal.path), keptNames(removal)});
         item->setToolTip(0, qtText(removal.path));
         item->setToolTip(1, keptPaths(removal));
     }
@@ -172,7 +179,7 @@ QString CatalogMarkingCard::noticeText() const {
 }
 
 QString CatalogMarkingCard::resultText() const {
-    return result_->isHidden() ? QString() : result_->text();
+    return outcome_->isHidden() ? QString() : result_->text();
 }
 
 void CatalogMarkingCard::showNotice(const QString& text) {
@@ -245,7 +252,10 @@ void CatalogMarkingCard::finish(const Outcome& outcome) {
         lines.push_back(catalog_texts::finishNote(scope_));
     }
     result_->setText(lines.join(QLatin1Char('\n')));
-    result_->show();
+    // What was planned is now what was done.
+    summary_->hide();
+    safety_->hide();
+    outcome_->show();
     setState(State::marked);
     Q_EMIT markingFinished();
 }

@@ -90,7 +90,9 @@ private:
 
     QLabel* summary_;
     QTreeWidget* photos_;
+    QLabel* safety_;
     QFrame* notice_;
+    QFrame* outcome_;
     QLabel* result_;
     QLabel* busy_;
     QPushButton* close_;

@@ -105,6 +105,8 @@ void MarkingsWindow::addRow(CatalogMarking marking) {
         box->addWidget(line);
     }
     row.note = parts::label(catalog_texts::undoNote(row.marking.scope()), "muted", card);
+    // Said before an undo; after one it no longer applies.
+    row.note->setVisible(!row.marking.restored());
     box->addWidget(row.note);
     auto it = statuses_.find(row.marking.id());
     row.status = parts::notice(it != statuses_.end() ? it->second : QString(), card)
@@ -140,7 +142,8 @@ QStringList MarkingsWindow::lines(int row) const {
 }
 
 QString MarkingsWindow::noteText(int row) const {
-    return rows_.at(row).note->text();
+    const QLabel* note = rows_.at(row).note;
+    return note->isHidden() ? QString() : note->text();
 }
 
 QString MarkingsWindow::statusText(int row) const {

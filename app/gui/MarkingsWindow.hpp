@@ -40,6 +40,7 @@ public:
 
     // The row's lines as shown: heading, date and count, catalog, backup.
     [[nodiscard]] QStringList lines(int row) const;
+    // What undo does; "" once the marking is undone.
     [[nodiscard]] QString noteText(int row) const;
     // What the last undo of the row answered ("" before any).
     [[nodiscard]] QString statusText(int row) const;

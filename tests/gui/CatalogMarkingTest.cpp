@@ -232,6 +232,7 @@ void CatalogMarkingTest::lightroomMarkingAndUndoFromTheWindow() {
     QCOMPARE(markings->undoButton(0)->text(), QStringLiteral("Undone"));
     QVERIFY(!markings->undoButton(0)->isEnabled());
     QVERIFY(markings->lines(0).at(1).endsWith(QStringLiteral(" · undone")));
+    QCOMPARE(markings->noteText(0), QString());
     QCOMPARE(QString::fromStdString(picks(catalog)), QString::fromStdString(before));
 }
 
