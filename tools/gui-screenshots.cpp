@@ -133,6 +133,18 @@ bool shootCatalogMarking(const QString& label, const std::string& catalog, Photo
         return false;
     }
     shooter.take(*card, label, QStringLiteral("catalog-card"));
+    // Refused while Lightroom holds its lock file, then marked.
+    QFile lock(QFile::decodeName(catalog.c_str()) + QStringLiteral(".lock"));
+    if (!lock.open(QIODevice::WriteOnly)) {
+        return false;
+    }
+    lock.close();
+    card->confirm();
+    if (!waitUntil([card] { return card->state() != State::marking; })) {
+        return false;
+    }
+    shooter.take(*card, label, QStringLiteral("catalog-card-refused"));
+    lock.remove();
     card->confirm();
     if (!waitUntil([card] { return card->state() != State::marking; })) {
         return false;
