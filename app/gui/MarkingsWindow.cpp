@@ -101,6 +101,11 @@ void MarkingsWindow::addRow(CatalogMarking marking) {
                               "muted", card),
                  parts::label(QStringLiteral("Backup: %1").arg(qtText(row.marking.backupPath())),
                               "muted", card)};
+    if (!row.marking.restored()) {
+        // How to finish in the catalog's own application.
+        row.lines.push_back(
+            parts::label(catalog_texts::finishNote(row.marking.scope()), nullptr, card));
+    }
     for (QLabel* line : row.lines) {
         box->addWidget(line);
     }

@@ -38,7 +38,8 @@ public:
 
     [[nodiscard]] const CatalogMarking& marking(int row) const { return rows_.at(row).marking; }
 
-    // The row's lines as shown: heading, date and count, catalog, backup.
+    // The row's lines as shown: heading, date and count, catalog, backup,
+    // and until it is undone how to finish in the catalog's application.
     [[nodiscard]] QStringList lines(int row) const;
     // What undo does; "" once the marking is undone.
     [[nodiscard]] QString noteText(int row) const;

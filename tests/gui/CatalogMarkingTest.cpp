@@ -215,6 +215,7 @@ void CatalogMarkingTest::lightroomMarkingAndUndoFromTheWindow() {
     QVERIFY(lines.at(1).endsWith(QStringLiteral(" · 3 photos marked Rejected")));
     QCOMPARE(lines.at(2), QStringLiteral("Catalog: %1").arg(qtText(catalog)));
     QCOMPARE(lines.at(3), backupLine);
+    QCOMPARE(lines.at(4), qtText(LightroomRejecter::kFreedNothing));
     QCOMPARE(markings->noteText(0), qtText(LightroomRejecter::kUndoNote));
     {
         UrlCatcher catcher;
@@ -233,6 +234,7 @@ void CatalogMarkingTest::lightroomMarkingAndUndoFromTheWindow() {
     QVERIFY(!markings->undoButton(0)->isEnabled());
     QVERIFY(markings->lines(0).at(1).endsWith(QStringLiteral(" · undone")));
     QCOMPARE(markings->noteText(0), QString());
+    QCOMPARE(markings->lines(0).size(), 4);
     QCOMPARE(QString::fromStdString(picks(catalog)), QString::fromStdString(before));
 }
 
@@ -329,6 +331,7 @@ void CatalogMarkingTest::captureOneTaggingAndUndo() {
     QCOMPARE(markings->count(), 1);
     QCOMPARE(markings->lines(0).at(0), QStringLiteral("Capture One — Family.cocatalog"));
     QVERIFY(markings->lines(0).at(1).endsWith(QStringLiteral(" · 1 photo tagged Red")));
+    QCOMPARE(markings->lines(0).at(4), qtText(CaptureOneMarker::kFinishNote));
     QCOMPARE(markings->noteText(0), qtText(CaptureOneMarker::kUndoNote));
     QSignalSpy undone(markings, &MarkingsWindow::undoFinished);
     QTest::mouseClick(markings->undoButton(0), Qt::LeftButton);
