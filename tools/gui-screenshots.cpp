@@ -91,11 +91,16 @@ private:
     bool ok_ = true;
 };
 
-// A Lightroom Classic catalog listing every JPEG under the folder.
-std::string makeCatalog(const QString& photos, const QString& scratch) {
-    std::string catalog =
-        QFile::encodeName(scratch + QStringLiteral("/Lightroom/Sample.lrcat")).toStdString();
-    brevant::testing::LightroomCatalogFixture fixture(catalog);
+using Scope = brevant::gui::CleanupSettings::Scope;
+using State = brevant::gui::CatalogMarkingCard::State;
+
+// A catalog of each application listing every JPEG under the folder.
+struct Catalogs {
+    std::string lightroom;
+    std::string captureOne;
+};
+
+Catalogs makeCatalogs(const QString& photos, const QString& scratch) {
     std::vector<std::string> files;
     for (const auto& entry :
          std::filesystem::recursive_directory_iterator(QFile::encodeName(photos).toStdString())) {
@@ -105,62 +110,103 @@ std::string makeCatalog(const QString& photos, const QString& scratch) {
         }
     }
     std::ranges::sort(files);
+    Catalogs catalogs{
+        QFile::encodeName(scratch + QStringLiteral("/Lightroom/Sample.lrcat")).toStdString(),
+        QFile::encodeName(scratch + QStringLiteral("/Capture One/Sample.cocatalog")).toStdString()};
+    brevant::testing::LightroomCatalogFixture lightroom(catalogs.lightroom);
+    brevant::testing::CaptureOneCatalogFixture captureOne(catalogs.captureOne);
     for (const auto& file : files) {
-        fixture.addPhotoAt(file);
+        lightroom.addPhotoAt(file);
+        captureOne.addImageAt(file);
     }
-    fixture.close();
-    return catalog;
+    lightroom.close();
+    captureOne.close();
+    return catalogs;
 }
 
-// The marking card before and after marking, and the list of markings
-// before and after undo.
-bool shootCatalogMarking(const QString& label, const std::string& catalog, PhotoCleanupModel& model,
-                         MainWindow& window, Shooter& shooter) {
-    using Scope = brevant::gui::CleanupSettings::Scope;
-    using State = brevant::gui::CatalogMarkingCard::State;
+// Scans the scope's catalog, marks the suggested copies and opens the card.
+brevant::gui::CatalogMarkingCard* openCard(Scope scope, const std::string& catalog,
+                                           PhotoCleanupModel& model, MainWindow& window) {
     model.returnHome();
-    model.setScope(Scope::lightroom);
+    model.setScope(scope);
     model.setMode(Mode::identical);
-    model.setLightroomCatalog(catalog, std::filesystem::path(catalog).parent_path().string());
+    std::string folder = std::filesystem::path(catalog).parent_path().string();
+    if (scope == Scope::lightroom) {
+        model.setLightroomCatalog(catalog, folder);
+    } else {
+        model.setCaptureOneCatalog(catalog, folder);
+    }
     if (!model.startScan() || !waitUntil([&] { return model.phase() != Phase::scanning; }) ||
         model.session() == nullptr) {
-        return false;
+        return nullptr;
     }
     model.session()->markAllSuggested();
     window.showCatalogMarkingCard();
-    brevant::gui::CatalogMarkingCard* card = window.catalogMarkingCard();
+    return window.catalogMarkingCard();
+}
+
+bool confirmed(brevant::gui::CatalogMarkingCard* card) {
+    card->confirm();
+    return waitUntil([card] { return card->state() != State::marking; });
+}
+
+bool undoAll(brevant::gui::MarkingsWindow* markings) {
+    bool undone = false;
+    QObject context;
+    QObject::connect(markings, &brevant::gui::MarkingsWindow::undoFinished, &context,
+                     [&undone] { undone = true; });
+    for (int row = 0; row < markings->count(); ++row) {
+        if (markings->marking(row).restored()) {
+            continue;
+        }
+        undone = false;
+        markings->undo(row);
+        if (!waitUntil([&undone] { return undone; })) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// The marking card before, refused and after marking (Lightroom Classic),
+// the tagging card (Capture One), and the list of markings before and
+// after undo, which leaves both catalogs as they were for the next skin.
+bool shootCatalogMarking(const QString& label, const Catalogs& catalogs, PhotoCleanupModel& model,
+                         MainWindow& window, Shooter& shooter) {
+    brevant::gui::CatalogMarkingCard* card =
+        openCard(Scope::lightroom, catalogs.lightroom, model, window);
     if (card == nullptr) {
         return false;
     }
     shooter.take(*card, label, QStringLiteral("catalog-card"));
     // Refused while Lightroom holds its lock file, then marked.
-    QFile lock(QFile::decodeName(catalog.c_str()) + QStringLiteral(".lock"));
+    QFile lock(QFile::decodeName(catalogs.lightroom.c_str()) + QStringLiteral(".lock"));
     if (!lock.open(QIODevice::WriteOnly)) {
         return false;
     }
     lock.close();
-    card->confirm();
-    if (!waitUntil([card] { return card->state() != State::marking; })) {
+    if (!confirmed(card)) {
         return false;
     }
     shooter.take(*card, label, QStringLiteral("catalog-card-refused"));
     lock.remove();
-    card->confirm();
-    if (!waitUntil([card] { return card->state() != State::marking; })) {
+    if (!confirmed(card)) {
         return false;
     }
     shooter.take(*card, label, QStringLiteral("catalog-card-marked"));
     card->close();
 
+    card = openCard(Scope::captureOne, catalogs.captureOne, model, window);
+    if (card == nullptr || !confirmed(card)) {
+        return false;
+    }
+    shooter.take(*card, label, QStringLiteral("catalog-card-captureone-marked"));
+    card->close();
+
     window.showMarkings();
     brevant::gui::MarkingsWindow* markings = window.markingsWindow();
     shooter.take(*markings, label, QStringLiteral("markings"));
-    bool undone = false;
-    QObject context;
-    QObject::connect(markings, &brevant::gui::MarkingsWindow::undoFinished, &context,
-                     [&undone] { undone = true; });
-    markings->undo(0);
-    if (!waitUntil([&undone] { return undone; })) {
+    if (!undoAll(markings)) {
         return false;
     }
     shooter.take(*markings, label, QStringLiteral("markings-undone"));
@@ -173,7 +219,7 @@ bool shootCatalogMarking(const QString& label, const std::string& catalog, Photo
 
 bool shootSkin(const QString& skin, const QString& label, brevant::gui::Skins& skins,
                PhotoCleanupModel& model, MainWindow& window, Shooter& shooter,
-               const std::string& catalog) {
+               const Catalogs& catalogs) {
     skins.apply(skin);
     model.setSkin(skin.toStdString());
     model.returnHome();
@@ -181,7 +227,6 @@ bool shootSkin(const QString& skin, const QString& label, brevant::gui::Skins& s
     shooter.take(window, label, QStringLiteral("home"));
 
     // The Lightroom Classic page, over a folder without a catalog.
-    using Scope = brevant::gui::CleanupSettings::Scope;
     model.setScope(Scope::lightroom);
     window.home()->scopeButton(Scope::lightroom)->setChecked(true);
     bool searched = false;
@@ -233,7 +278,7 @@ bool shootSkin(const QString& skin, const QString& label, brevant::gui::Skins& s
     about.show();
     shooter.take(about, label, QStringLiteral("about"));
     about.hide();
-    return shootCatalogMarking(label, catalog, model, window, shooter);
+    return shootCatalogMarking(label, catalogs, model, window, shooter);
 }
 
 } // namespace
@@ -280,7 +325,7 @@ int main(int argc, char** argv) {
     Shooter shooter(output);
     // The catalog's backups and the marking records stay in the scratch
     // folder too.
-    std::string catalog = makeCatalog(photos, scratch.path());
+    Catalogs catalogs = makeCatalogs(photos, scratch.path());
     qputenv("BREVANT_DATA_DIR", QFile::encodeName(scratch.filePath(QStringLiteral("data"))));
     bool ok = true;
     for (const char* scheme : {"light", "dark"}) {
@@ -290,11 +335,11 @@ int main(int argc, char** argv) {
         qputenv("BREVANT_COLOR_SCHEME", scheme);
         ok = ok && shootSkin(QStringLiteral("classic"),
                              QStringLiteral("classic-%1").arg(QLatin1String(scheme)), skins, model,
-                             window, shooter, catalog);
+                             window, shooter, catalogs);
     }
     for (const QString& skin : brevant::gui::Skins::names()) {
         if (skin != QLatin1String("classic") && chosen.contains(skin)) {
-            ok = ok && shootSkin(skin, skin, skins, model, window, shooter, catalog);
+            ok = ok && shootSkin(skin, skin, skins, model, window, shooter, catalogs);
         }
     }
     return ok && shooter.ok() ? 0 : 1;

@@ -45,7 +45,7 @@ MarkingsWindow::MarkingsWindow(const std::string& dataFolder, QWidget* parent)
     , empty_(parts::label(QStringLiteral("No catalog has been marked or tagged yet."), "muted",
                           this)) {
     setWindowTitle(QStringLiteral("Markings and Taggings"));
-    resize(760, 560);
+    resize(780, 640);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(24, 20, 24, 20);
     layout->setSpacing(10);
