@@ -8,7 +8,12 @@
 // user's. Files are named SKIN-SCREEN.png; classic is shown light and dark.
 // The cleanup screens (card, run, reports, Put Back, history) are shot in
 // light classic and in nightfall; every picture they move is put back.
+// The catalog screens mark a Lightroom Classic catalog made here of the
+// folder's photos, and undo the marking again.
+#include "tests/fixtures/CatalogFixtures.hpp"
+
 #include "app/gui/AboutPanel.hpp"
+#include "app/gui/CatalogMarkingCard.hpp"
 #include "app/gui/CleanupCard.hpp"
 #include "app/gui/CleanupController.hpp"
 #include "app/gui/CleanupReportView.hpp"
@@ -17,6 +22,7 @@
 #include "app/gui/HomeScreen.hpp"
 #include "app/gui/LeftOutList.hpp"
 #include "app/gui/MainWindow.hpp"
+#include "app/gui/MarkingsWindow.hpp"
 #include "app/gui/OverviewScreen.hpp"
 #include "app/gui/PhotoCleanupModel.hpp"
 #include "app/gui/SettingsWindow.hpp"
@@ -38,7 +44,9 @@
 #include <QThread>
 #include <QTreeWidget>
 
+#include <algorithm>
 #include <cstdio>
+#include <filesystem>
 #include <functional>
 
 namespace {
@@ -200,8 +208,135 @@ bool shootCleanup(const QString& label, PhotoCleanupModel& model, MainWindow& wi
     return back;
 }
 
+using Scope = brevant::gui::CleanupSettings::Scope;
+using State = brevant::gui::CatalogMarkingCard::State;
+
+// A catalog of each application listing every JPEG under the folder.
+struct Catalogs {
+    std::string lightroom;
+    std::string captureOne;
+};
+
+Catalogs makeCatalogs(const QString& photos, const QString& scratch) {
+    std::vector<std::string> files;
+    for (const auto& entry :
+         std::filesystem::recursive_directory_iterator(QFile::encodeName(photos).toStdString())) {
+        std::string extension = entry.path().extension().string();
+        if (entry.is_regular_file() && (extension == ".jpg" || extension == ".JPG")) {
+            files.push_back(entry.path().string());
+        }
+    }
+    std::ranges::sort(files);
+    Catalogs catalogs{
+        QFile::encodeName(scratch + QStringLiteral("/Lightroom/Sample.lrcat")).toStdString(),
+        QFile::encodeName(scratch + QStringLiteral("/Capture One/Sample.cocatalog")).toStdString()};
+    brevant::testing::LightroomCatalogFixture lightroom(catalogs.lightroom);
+    brevant::testing::CaptureOneCatalogFixture captureOne(catalogs.captureOne);
+    for (const auto& file : files) {
+        lightroom.addPhotoAt(file);
+        captureOne.addImageAt(file);
+    }
+    lightroom.close();
+    captureOne.close();
+    return catalogs;
+}
+
+// Scans the scope's catalog, marks the suggested copies and opens the card.
+brevant::gui::CatalogMarkingCard* openCard(Scope scope, const std::string& catalog,
+                                           PhotoCleanupModel& model, MainWindow& window) {
+    model.returnHome();
+    model.setScope(scope);
+    model.setMode(Mode::identical);
+    std::string folder = std::filesystem::path(catalog).parent_path().string();
+    if (scope == Scope::lightroom) {
+        model.setLightroomCatalog(catalog, folder);
+    } else {
+        model.setCaptureOneCatalog(catalog, folder);
+    }
+    if (!model.startScan() || !waitUntil([&] { return model.phase() != Phase::scanning; }) ||
+        model.session() == nullptr) {
+        return nullptr;
+    }
+    model.session()->markAllSuggested();
+    window.showCatalogMarkingCard();
+    return window.catalogMarkingCard();
+}
+
+bool confirmed(brevant::gui::CatalogMarkingCard* card) {
+    card->confirm();
+    return waitUntil([card] { return card->state() != State::marking; });
+}
+
+bool undoAll(brevant::gui::MarkingsWindow* markings) {
+    bool undone = false;
+    QObject context;
+    QObject::connect(markings, &brevant::gui::MarkingsWindow::undoFinished, &context,
+                     [&undone] { undone = true; });
+    for (int row = 0; row < markings->count(); ++row) {
+        if (markings->marking(row).restored()) {
+            continue;
+        }
+        undone = false;
+        markings->undo(row);
+        if (!waitUntil([&undone] { return undone; })) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// The marking card before, refused and after marking (Lightroom Classic),
+// the tagging card (Capture One), and the list of markings before and
+// after undo, which leaves both catalogs as they were for the next skin.
+bool shootCatalogMarking(const QString& label, const Catalogs& catalogs, PhotoCleanupModel& model,
+                         MainWindow& window, Shooter& shooter) {
+    brevant::gui::CatalogMarkingCard* card =
+        openCard(Scope::lightroom, catalogs.lightroom, model, window);
+    if (card == nullptr) {
+        return false;
+    }
+    shooter.take(*card, label, QStringLiteral("catalog-card"));
+    // Refused while Lightroom holds its lock file, then marked.
+    QFile lock(QFile::decodeName(catalogs.lightroom.c_str()) + QStringLiteral(".lock"));
+    if (!lock.open(QIODevice::WriteOnly)) {
+        return false;
+    }
+    lock.close();
+    if (!confirmed(card)) {
+        return false;
+    }
+    shooter.take(*card, label, QStringLiteral("catalog-card-refused"));
+    lock.remove();
+    if (!confirmed(card)) {
+        return false;
+    }
+    shooter.take(*card, label, QStringLiteral("catalog-card-marked"));
+    card->close();
+
+    card = openCard(Scope::captureOne, catalogs.captureOne, model, window);
+    if (card == nullptr || !confirmed(card)) {
+        return false;
+    }
+    shooter.take(*card, label, QStringLiteral("catalog-card-captureone-marked"));
+    card->close();
+
+    window.showMarkings();
+    brevant::gui::MarkingsWindow* markings = window.markingsWindow();
+    shooter.take(*markings, label, QStringLiteral("markings"));
+    if (!undoAll(markings)) {
+        return false;
+    }
+    shooter.take(*markings, label, QStringLiteral("markings-undone"));
+    markings->hide();
+    model.returnHome();
+    model.setScope(Scope::folders);
+    model.setMode(Mode::similar);
+    return true;
+}
+
 bool shootSkin(const QString& skin, const QString& label, brevant::gui::Skins& skins,
-               PhotoCleanupModel& model, MainWindow& window, Shooter& shooter) {
+               PhotoCleanupModel& model, MainWindow& window, Shooter& shooter,
+               const Catalogs& catalogs) {
     skins.apply(skin);
     model.setSkin(skin.toStdString());
     model.returnHome();
@@ -209,7 +344,6 @@ bool shootSkin(const QString& skin, const QString& label, brevant::gui::Skins& s
     shooter.take(window, label, QStringLiteral("home"));
 
     // The Lightroom Classic page, over a folder without a catalog.
-    using Scope = brevant::gui::CleanupSettings::Scope;
     model.setScope(Scope::lightroom);
     window.home()->scopeButton(Scope::lightroom)->setChecked(true);
     bool searched = false;
@@ -266,7 +400,7 @@ bool shootSkin(const QString& skin, const QString& label, brevant::gui::Skins& s
     about.show();
     shooter.take(about, label, QStringLiteral("about"));
     about.hide();
-    return true;
+    return shootCatalogMarking(label, catalogs, model, window, shooter);
 }
 
 } // namespace
@@ -311,6 +445,10 @@ int main(int argc, char** argv) {
         chosen = brevant::gui::Skins::names();
     }
     Shooter shooter(output);
+    // The catalog's backups and the marking records stay in the scratch
+    // folder too.
+    Catalogs catalogs = makeCatalogs(photos, scratch.path());
+    qputenv("BREVANT_DATA_DIR", QFile::encodeName(scratch.filePath(QStringLiteral("data"))));
     bool ok = true;
     for (const char* scheme : {"light", "dark"}) {
         if (!chosen.contains(QStringLiteral("classic"))) {
@@ -319,11 +457,11 @@ int main(int argc, char** argv) {
         qputenv("BREVANT_COLOR_SCHEME", scheme);
         ok = ok && shootSkin(QStringLiteral("classic"),
                              QStringLiteral("classic-%1").arg(QLatin1String(scheme)), skins, model,
-                             window, shooter);
+                             window, shooter, catalogs);
     }
     for (const QString& skin : brevant::gui::Skins::names()) {
         if (skin != QLatin1String("classic") && chosen.contains(skin)) {
-            ok = ok && shootSkin(skin, skin, skins, model, window, shooter);
+            ok = ok && shootSkin(skin, skin, skins, model, window, shooter, catalogs);
         }
     }
     return ok && shooter.ok() ? 0 : 1;

@@ -1,6 +1,7 @@
 #include "MainWindow.hpp"
 
 #include "app/gui/AboutPanel.hpp"
+#include "app/gui/CatalogMarkingCard.hpp"
 #include "app/gui/CleanupCard.hpp"
 #include "app/gui/CleanupController.hpp"
 #include "app/gui/CleanupScreen.hpp"
@@ -8,6 +9,7 @@
 #include "app/gui/FolderList.hpp"
 #include "app/gui/HistoryScreen.hpp"
 #include "app/gui/HomeScreen.hpp"
+#include "app/gui/MarkingsWindow.hpp"
 #include "app/gui/OverviewScreen.hpp"
 #include "app/gui/PhotoCleanupModel.hpp"
 #include "app/gui/ProgressScreen.hpp"
@@ -93,6 +95,9 @@ void MainWindow::buildMenus() {
     newScan->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_N));
     addCleanupActions(file);
     file->addSeparator();
+    // Its text follows the catalog scope; it is hidden for folders.
+    markCatalog_ = file->addAction(QString(), this, &MainWindow::showCatalogMarkingCard);
+    file->addSeparator();
     QAction* close = file->addAction(tr("&Close"), this, &QWidget::close);
     close->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_W));
     QAction* quit = file->addAction(tr("&Quit"), qApp, &QApplication::closeAllWindows);
@@ -129,6 +134,7 @@ void MainWindow::buildMenus() {
         }
     });
     addHistoryAction(view);
+    view->addAction(tr("&Markings and Taggings…"), this, &MainWindow::showMarkings);
 
     QMenu* help = menuBar()->addMenu(tr("&Help"));
     QAction* about = help->addAction(tr("&About Brevant"), this, &MainWindow::showAbout);
@@ -161,6 +167,14 @@ void MainWindow::updateActions() {
     addFolder_->setEnabled(!scanning);
     showSkipped_->setEnabled(!scanning && model_.hasResult());
     updateCleanupActions();
+    auto scope = model_.settings().scope;
+    bool catalog = scope != CleanupSettings::Scope::folders;
+    markCatalog_->setVisible(catalog);
+    markCatalog_->setText(catalog_texts::command(scope));
+    markCatalog_->setEnabled(catalog && !scanning && model_.session() != nullptr);
+    if (reviewCleanup_ != nullptr) {
+        reviewCleanup_->setVisible(!catalog);
+    }
 }
 
 QWidget* MainWindow::currentScreen() const {
@@ -194,6 +208,43 @@ void MainWindow::showSettings() {
 void MainWindow::showAbout() {
     AboutPanel panel(this);
     panel.exec();
+}
+
+void MainWindow::showCatalogMarkingCard() {
+    auto scope = model_.settings().scope;
+    if (scope == CleanupSettings::Scope::folders || model_.session() == nullptr) {
+        return;
+    }
+    if (markingCard_ == nullptr) {
+        markingCard_ = new CatalogMarkingCard(model_, scope, this);
+        markingCard_->setAttribute(Qt::WA_DeleteOnClose);
+        connect(markingCard_, &CatalogMarkingCard::markingFinished, this, [this] {
+            if (markings_ != nullptr) {
+                markings_->reload();
+            }
+        });
+    }
+    markingCard_->open();
+    markingCard_->raise();
+}
+
+CatalogMarkingCard* MainWindow::catalogMarkingCard() const {
+    return markingCard_.data();
+}
+
+MarkingsWindow* MainWindow::markingsWindow() {
+    if (markings_ == nullptr) {
+        markings_ = new MarkingsWindow(model_.dataFolder(), this);
+    }
+    return markings_;
+}
+
+void MainWindow::showMarkings() {
+    MarkingsWindow* window = markingsWindow();
+    window->reload();
+    window->show();
+    window->raise();
+    window->activateWindow();
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
@@ -270,6 +321,11 @@ CleanupCard* MainWindow::cleanupCard() const {
 }
 
 void MainWindow::showCleanupCard() {
+    // Photos of a catalog are flagged in the catalog, never moved.
+    if (model_.settings().scope != CleanupSettings::Scope::folders) {
+        showCatalogMarkingCard();
+        return;
+    }
     if (cleanups_->isRunning() || card_ != nullptr || !model_.hasResult()) {
         return;
     }

@@ -15,7 +15,9 @@ class CleanupCard;
 class CleanupController;
 class CleanupScreen;
 class HistoryScreen;
+class CatalogMarkingCard;
 class HomeScreen;
+class MarkingsWindow;
 class OverviewScreen;
 class PhotoCleanupModel;
 class ProgressScreen;
@@ -60,6 +62,13 @@ public:
     // The open review card, or null.
     [[nodiscard]] CleanupCard* cleanupCard() const;
 
+    // The open marking card, or null.
+    [[nodiscard]] CatalogMarkingCard* catalogMarkingCard() const;
+
+    // The list of catalog markings, made on first use.
+    [[nodiscard]] MarkingsWindow* markingsWindow();
+    void showMarkings();
+
 public Q_SLOTS:
     // "Review & Move to Trash…" over the current marks.
     void showCleanupCard();
@@ -67,6 +76,9 @@ public Q_SLOTS:
     // At start: reconciles cleanups a crash left unfinished and shows
     // their reports.
     void recoverInterruptedCleanups();
+    // For a catalog scope with a result: what marking the reviewed copies
+    // in the catalog will do, to confirm.
+    void showCatalogMarkingCard();
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -99,6 +111,9 @@ private:
     QPointer<CleanupCard> card_;
     QAction* reviewCleanup_ = nullptr;
     QAction* historyAction_ = nullptr;
+    QAction* markCatalog_ = nullptr;
+    QPointer<CatalogMarkingCard> markingCard_;
+    MarkingsWindow* markings_ = nullptr;
 };
 
 } // namespace brevant::gui

@@ -47,12 +47,14 @@ std::expected<void, SQLiteWriter::Failure> reject(const SQLiteWriter& writer,
 }
 
 // Only photos still Rejected get their flag back: any other flag was set by
-// the user since, and a photo deleted in Lightroom matches no row.
+// the user since, and a photo deleted in Lightroom matches no row. Lightroom
+// keeps flags as real numbers, so the flag goes back as one ("1.0", not "1"),
+// stored exactly as it was before the marking.
 std::expected<void, SQLiteWriter::Failure> unreject(const SQLiteWriter& writer,
                                                     const std::vector<Item>& items) {
     for (const auto& item : items) {
         auto updated = writer.run(
-            fmt::format("UPDATE Adobe_images SET pick = {} WHERE id_local = {} AND pick < 0",
+            fmt::format("UPDATE Adobe_images SET pick = {}.0 WHERE id_local = {} AND pick < 0",
                         item.previousPick, item.imageID));
         if (!updated) {
             return std::unexpected(updated.error());

@@ -1,0 +1,124 @@
+#include "CatalogMarkings.hpp"
+
+#include "app/gui/QtText.hpp"
+#include "engine/platform/DataFolder.hpp"
+
+#include <QDateTime>
+#include <QLocale>
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+
+namespace brevant::gui {
+
+namespace {
+
+using Scope = CleanupSettings::Scope;
+
+// The markers name their own folder inside the markings folder; the same
+// names are kept for any data folder.
+std::string recordFolder(const std::string& dataFolder, const std::string& defaultFolder) {
+    return platform::DataFolder{dataFolder}.markings() + "/" +
+           std::filesystem::path(defaultFolder).filename().string();
+}
+
+} // namespace
+
+Scope CatalogMarking::scope() const {
+    return std::holds_alternative<LightroomMarkRecord>(record) ? Scope::lightroom
+                                                               : Scope::captureOne;
+}
+
+Uuid CatalogMarking::id() const {
+    return std::visit([](const auto& one) { return one.id; }, record);
+}
+
+Date CatalogMarking::date() const {
+    return std::visit([](const auto& one) { return one.date; }, record);
+}
+
+std::size_t CatalogMarking::count() const {
+    return std::visit([](const auto& one) { return one.marked.size(); }, record);
+}
+
+bool CatalogMarking::restored() const {
+    return std::visit([](const auto& one) { return one.restored; }, record);
+}
+
+std::string CatalogMarking::catalogPath() const {
+    return std::visit([](const auto& one) { return one.catalogPath; }, record);
+}
+
+std::string CatalogMarking::backupPath() const {
+    return std::visit([](const auto& one) { return one.backupPath; }, record);
+}
+
+CatalogMarkings::CatalogMarkings(const std::string& dataFolder)
+    : rejecter_{recordFolder(dataFolder, LightroomRejecter::defaultRecordDirectory())}
+    , marker_{recordFolder(dataFolder, CaptureOneMarker::defaultRecordDirectory())} {}
+
+std::vector<CatalogMarking> CatalogMarkings::history() const {
+    std::vector<CatalogMarking> markings;
+    for (auto& record : rejecter_.history()) {
+        markings.push_back({std::move(record)});
+    }
+    for (auto& record : marker_.history()) {
+        markings.push_back({std::move(record)});
+    }
+    std::ranges::stable_sort(markings, std::ranges::greater(), [](const CatalogMarking& one) {
+        return one.date().secondsSinceReferenceDate;
+    });
+    return markings;
+}
+
+std::optional<std::string> CatalogMarkings::undo(const CatalogMarking& marking) const {
+    if (const auto* lightroom = std::get_if<LightroomMarkRecord>(&marking.record)) {
+        auto restored = rejecter_.restore(*lightroom);
+        return restored ? std::nullopt : std::optional(restored.error().text());
+    }
+    auto restored = marker_.restore(std::get<CaptureOneMarkRecord>(marking.record));
+    return restored ? std::nullopt : std::optional(restored.error().text());
+}
+
+namespace catalog_texts {
+
+QString application(Scope scope) {
+    return scope == Scope::captureOne ? QStringLiteral("Capture One")
+                                      : QStringLiteral("Lightroom Classic");
+}
+
+QString command(Scope scope) {
+    return scope == Scope::captureOne ? QStringLiteral("Tag Red in Capture One…")
+                                      : QStringLiteral("Mark Rejected in Lightroom Classic…");
+}
+
+QString verb(Scope scope) {
+    return scope == Scope::captureOne ? QStringLiteral("Tag Red") : QStringLiteral("Mark Rejected");
+}
+
+QString done(Scope scope, std::size_t count) {
+    QString photos = countText(static_cast<std::int64_t>(count), "photo", "photos");
+    return scope == Scope::captureOne ? QStringLiteral("%1 tagged Red").arg(photos)
+                                      : QStringLiteral("%1 marked Rejected").arg(photos);
+}
+
+QString undoNote(Scope scope) {
+    return qtText(scope == Scope::captureOne ? CaptureOneMarker::kUndoNote
+                                             : LightroomRejecter::kUndoNote);
+}
+
+QString finishNote(Scope scope) {
+    return qtText(scope == Scope::captureOne ? CaptureOneMarker::kFinishNote
+                                             : LightroomRejecter::kFreedNothing);
+}
+
+QString dateText(Date date) {
+    auto milliseconds = static_cast<qint64>(std::llround(date.unixSeconds() * 1000.0));
+    return QLocale().toString(QDateTime::fromMSecsSinceEpoch(milliseconds).toLocalTime(),
+                              QLocale::ShortFormat);
+}
+
+} // namespace catalog_texts
+
+} // namespace brevant::gui
