@@ -234,12 +234,19 @@ QString GroupListModel::detail(int groupIndex) const {
 QVariant GroupListModel::thumbnail(int groupIndex) const {
     const auto* suggestion = keeper(groupIndex);
     const PhotoAsset* kept = suggestion ? session_->asset(suggestion->keeperID) : nullptr;
+    // An empty square until the thumbnail is there, so every row keeps
+    // one height.
+    static const QPixmap blank = [] {
+        QPixmap square(kIconSide, kIconSide);
+        square.fill(Qt::transparent);
+        return square;
+    }();
     if (thumbnails_ == nullptr || kept == nullptr) {
-        return {};
+        return blank;
     }
     QImage image = thumbnails_->thumbnail(*kept);
     if (image.isNull()) {
-        return {};
+        return blank;
     }
     return QPixmap::fromImage(
         image.scaled(kIconSide, kIconSide, Qt::KeepAspectRatio, Qt::SmoothTransformation));

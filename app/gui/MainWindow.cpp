@@ -7,6 +7,7 @@
 #include "app/gui/OverviewScreen.hpp"
 #include "app/gui/PhotoCleanupModel.hpp"
 #include "app/gui/ProgressScreen.hpp"
+#include "app/gui/ReviewScreen.hpp"
 #include "app/gui/SettingsWindow.hpp"
 #include "app/gui/Skins.hpp"
 
@@ -51,9 +52,17 @@ MainWindow::MainWindow(PhotoCleanupModel& model, Skins& skins, QSettings& store,
     screens_->addWidget(progress_);
     screens_->addWidget(overview_);
     setCentralWidget(screens_);
-    // Seam: the review screen (and after it the cleanup and history
-    // screens) joins the stack here and enables the overview's way in.
+    // Seam: the cleanup and history screens join the stack here.
     overview_->setReviewAvailable(false);
+
+    // --- The review screen ---
+    review_ = new ReviewScreen(model, screens_);
+    screens_->addWidget(review_);
+    overview_->setReviewAvailable(true);
+    connect(overview_, &OverviewScreen::reviewRequested, this, &MainWindow::showReview);
+    connect(review_, &ReviewScreen::overviewRequested, this,
+            [this] { screens_->setCurrentWidget(overview_); });
+    // --- end of the review screen's part ---
 
     buildMenus();
     if (!restoreGeometry(store_.value(geometryKey()).toByteArray())) {
@@ -94,6 +103,9 @@ void MainWindow::buildMenus() {
 
     editMenu_ = menuBar()->addMenu(tr("&Edit"));
     // The marking commands of the review screen go above this separator.
+    // --- The review screen ---
+    editMenu_->addActions(review_->markingActions());
+    // --- end of the review screen's part ---
     editMenu_->addSeparator()->setObjectName(QStringLiteral("markingCommands"));
     QAction* preferences =
         editMenu_->addAction(tr("&Preferences…"), this, &MainWindow::showSettings);
@@ -142,7 +154,10 @@ void MainWindow::followPhase() {
     case Phase::reviewing:
     case Phase::cleaning:
     case Phase::finished:
-        screens_->setCurrentWidget(overview_);
+        // A preset change while reviewing stays in the review.
+        if (screens_->currentWidget() != review_) {
+            screens_->setCurrentWidget(overview_);
+        }
         break;
     }
     updateActions();
@@ -154,6 +169,17 @@ void MainWindow::updateActions() {
     addFolder_->setEnabled(!scanning);
     showSkipped_->setEnabled(!scanning && model_.hasResult());
 }
+
+// --- The review screen ---
+void MainWindow::showReview() {
+    if (model_.session() == nullptr) {
+        return;
+    }
+    screens_->setCurrentWidget(review_);
+    review_->open();
+}
+
+// --- end of the review screen's part ---
 
 QWidget* MainWindow::currentScreen() const {
     return screens_->currentWidget();

@@ -14,6 +14,7 @@ class HomeScreen;
 class OverviewScreen;
 class PhotoCleanupModel;
 class ProgressScreen;
+class ReviewScreen;
 class SettingsWindow;
 class Skins;
 
@@ -32,6 +33,13 @@ public:
     [[nodiscard]] ProgressScreen* progressScreen() const { return progress_; }
 
     [[nodiscard]] OverviewScreen* overview() const { return overview_; }
+
+    // --- The review screen ---
+    [[nodiscard]] ReviewScreen* review() const { return review_; }
+
+    // Opens the review of the current groups.
+    void showReview();
+    // --- end of the review screen's part ---
 
     [[nodiscard]] QWidget* currentScreen() const;
 
@@ -60,6 +68,7 @@ private:
     HomeScreen* home_;
     ProgressScreen* progress_;
     OverviewScreen* overview_;
+    ReviewScreen* review_ = nullptr;
     SettingsWindow* settings_ = nullptr;
     QMenu* editMenu_ = nullptr;
     QAction* addFolder_ = nullptr;

@@ -207,7 +207,16 @@ public:
     groupsFor(Mode mode, SimilarityPreset preset, const std::vector<DuplicateGroup>& identical,
               const SimilarityIndex* index);
 
+    // --- Marks made in the review screen ---
+    // The review screen changes marks and locks through session() and then
+    // tells the model, so every view of the marks can follow.
+    void noteMarksChanged() { Q_EMIT marksChanged(); }
+
+    // --- end of the review screen's part ---
+
 Q_SIGNALS:
+    // Marks or locks changed in the review (noteMarksChanged).
+    void marksChanged();
     void settingsChanged();
     void phaseChanged(brevant::gui::PhotoCleanupModel::Phase phase);
     void progressChanged(const brevant::gui::ModelProgress& progress);
