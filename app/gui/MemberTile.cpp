@@ -147,7 +147,7 @@ void MemberTile::setRefusal(const QString& text) {
 }
 
 QString MemberTile::refusal() const {
-    return refusal_->isVisible() ? parts::noticeLabel(refusal_)->text() : QString();
+    return !refusal_->isHidden() ? parts::noticeLabel(refusal_)->text() : QString();
 }
 
 QString MemberTile::badge() const {

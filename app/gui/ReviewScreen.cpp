@@ -129,11 +129,6 @@ ReviewScreen::ReviewScreen(PhotoCleanupModel& model, QWidget* parent)
     buildActions();
     connect(list_->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
             [this](const QModelIndex& now) { rowChanged(now.row()); });
-    connect(groups_, &QAbstractItemModel::modelReset, this, [this] {
-        connect(
-            list_->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
-            [this](const QModelIndex& now) { rowChanged(now.row()); }, Qt::UniqueConnection);
-    });
     connect(filter_, &QComboBox::activated, this, [this](int index) {
         int shown = currentGroup_;
         groups_->setFilter(static_cast<Filter>(filter_->itemData(index).toInt()));
