@@ -523,10 +523,17 @@ void ReviewScreen::updateTotal() {
         total_->setText(text(texts::kNothingMarked));
         return;
     }
+    // Each marked path once, as markedBytes counts them, without copying
+    // every marked copy out of the session after each mark.
+    std::int64_t bytes = 0;
+    for (const auto& path : session->marks()) {
+        if (const PhotoAsset* asset = session->asset(path)) {
+            bytes += asset->size();
+        }
+    }
     total_->setText(tr("%1 marked · %2")
-                        .arg(countText(static_cast<std::int64_t>(session->markedAssets().size()),
-                                       "picture", "pictures"),
-                             byteText(session->markedBytes())));
+                        .arg(countText(static_cast<std::int64_t>(marked), "picture", "pictures"),
+                             byteText(bytes)));
 }
 
 QString ReviewScreen::totalText() const {
