@@ -42,15 +42,21 @@ MemberTile::MemberTile(const PhotoAsset& asset, SceneZoom* zoom, QWidget* parent
     setProperty("role", "card");
     setObjectName(QStringLiteral("memberTile"));
     setFrameShape(QFrame::StyledPanel);
-    setMinimumWidth(240);
+    setMinimumWidth(150);
     if (asset.pixelWidth && asset.pixelHeight) {
         view_->setScenePixels(QSizeF(*asset.pixelWidth, *asset.pixelHeight));
     }
     view_->setImage({}, tr("Loading…"));
     refusal_->setObjectName(QStringLiteral("refusal"));
     refusal_->hide();
-    name_->setWordWrap(false);
-    folder_->setWordWrap(false);
+    // Long names and folders are cut at the tile's edge rather than
+    // widening it; the inspector shows them whole.
+    for (QLabel* line : {name_, folder_}) {
+        line->setWordWrap(false);
+        line->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    }
+    badge_->setWordWrap(true);
+    reason_->setWordWrap(true);
     folder_->setToolTip(qtText(asset.folder()));
     QStringList line;
     line << byteText(asset.size());
@@ -59,6 +65,7 @@ MemberTile::MemberTile(const PhotoAsset& asset, SceneZoom* zoom, QWidget* parent
     }
     line << qtText(platform::shortDateTime(asset.snapshot.modifiedSeconds));
     facts_->setText(line.join(QStringLiteral(" · ")));
+    facts_->setWordWrap(true);
     mark_->setCheckable(true);
     lock_->setCheckable(true);
     mark_->setFocusPolicy(Qt::NoFocus);
@@ -134,11 +141,10 @@ void MemberTile::setImage(const QImage& image, bool failed) {
 }
 
 void MemberTile::setSelected(bool selected) {
-    setProperty("selected", selected);
-    setFrameShadow(selected ? QFrame::Sunken : QFrame::Plain);
-    setLineWidth(selected ? 3 : 1);
-    style()->unpolish(this);
-    style()->polish(this);
+    // The skins style cards by role; the chosen one adds the highlight.
+    setStyleSheet(selected ? QStringLiteral("QFrame#memberTile { border: 2px solid "
+                                            "palette(highlight); }")
+                           : QString());
 }
 
 void MemberTile::setRefusal(const QString& text) {

@@ -14,11 +14,13 @@
 
 #include <QAction>
 #include <QComboBox>
+#include <QDateTime>
 #include <QDesktopServices>
 #include <QHBoxLayout>
 #include <QItemSelectionModel>
 #include <QLabel>
 #include <QListView>
+#include <QLocale>
 #include <QMenu>
 #include <QPushButton>
 #include <QScrollArea>
@@ -34,7 +36,8 @@ using Command = ReviewScreen::Command;
 using Filter = GroupListModel::Filter;
 using Sort = GroupListModel::Sort;
 
-constexpr int kSideWidth = 300;
+constexpr int kListWidth = 240;
+constexpr int kInspectorWidth = 250;
 
 QString text(const char* words) {
     return QString::fromUtf8(words);
@@ -59,7 +62,9 @@ ReviewScreen::ReviewScreen(PhotoCleanupModel& model, QWidget* parent)
     , notice_(parts::label({}, "muted", this))
     , markAll_(new QPushButton(text(texts::kMarkAllSuggested), this))
     , back_(new QPushButton(text(texts::kBackToOverview), this))
-    , cleanup_(parts::accentButton(text(texts::kCleanup), this)) {
+    // A button reads "&" as the mark of its access key.
+    , cleanup_(parts::accentButton(
+          text(texts::kCleanup).replace(QLatin1Char('&'), QStringLiteral("&&")), this)) {
     groups_->setThumbnails(thumbnails_);
     for (auto [filter, name] : {std::pair{Filter::all, texts::kAllGroups},
                                 {Filter::withMarks, texts::kWithMarks},
@@ -109,7 +114,7 @@ ReviewScreen::ReviewScreen(PhotoCleanupModel& model, QWidget* parent)
     splitter->addWidget(compare_);
     splitter->addWidget(inspectorScroll);
     splitter->setStretchFactor(1, 1);
-    splitter->setSizes({kSideWidth, 600, kSideWidth});
+    splitter->setSizes({kListWidth, 600, kInspectorWidth});
     splitter->setChildrenCollapsible(false);
 
     auto* bottom = new QHBoxLayout;
@@ -511,7 +516,10 @@ void ReviewScreen::updateInspector() {
             facts.faceNote = qtText(found->second);
         }
     }
-    facts.captureDate = thumbnails_->captureDate(*asset);
+    // EXIF writes "2023:07:05 09:30:00"; shown as the locale writes dates.
+    QString taken = thumbnails_->captureDate(*asset);
+    QDateTime when = QDateTime::fromString(taken, QStringLiteral("yyyy:MM:dd HH:mm:ss"));
+    facts.captureDate = when.isValid() ? QLocale().toString(when, QLocale::ShortFormat) : taken;
     inspector_->showAsset(asset, facts);
 }
 

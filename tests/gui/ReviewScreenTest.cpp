@@ -17,6 +17,7 @@
 #include "engine/review/ReviewSession.hpp"
 
 #include <QComboBox>
+#include <QDialog>
 #include <QListView>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -349,6 +350,12 @@ void ReviewScreenTest::zoomStaysInStepBetweenDifferentSizes() {
 
     f.press(Qt::Key_0);
     QCOMPARE(small->visibleSceneRect(), QRectF(0, 0, 500, 400));
+
+    // A double click opens the larger view of that copy, on the same zoom.
+    QTest::mouseDClick(small, Qt::LeftButton);
+    QVERIFY(compare->largeView() != nullptr);
+    QVERIFY(compare->largeView()->isVisible());
+    QCOMPARE(compare->largeView()->windowTitle(), QStringLiteral("k.jpg"));
 }
 
 void ReviewScreenTest::presetChangeKeepsAllowedMarksAndThePlace() {
