@@ -206,8 +206,9 @@ void CompareView::flip() {
 void CompareView::showFlip() {
     int shown = flipShown();
     const PhotoAsset& asset = group_->members[shown];
-    flipCaption_->setText(QStringLiteral("%1  %2").arg(
-        showingB_ ? QStringLiteral("B") : QStringLiteral("A"), qtText(asset.name())));
+    flipCaption_->setText(
+        tr("%1 · %2 — press F to flip")
+            .arg(showingB_ ? QStringLiteral("B") : QStringLiteral("A"), qtText(asset.name())));
     if (asset.pixelWidth && asset.pixelHeight) {
         flipView_->setScenePixels(QSizeF(*asset.pixelWidth, *asset.pixelHeight));
     }

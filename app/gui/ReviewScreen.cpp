@@ -165,6 +165,9 @@ ReviewScreen::ReviewScreen(PhotoCleanupModel& model, QWidget* parent)
     connect(back_, &QPushButton::clicked, this, &ReviewScreen::overviewRequested);
     connect(cleanup_, &QPushButton::clicked, this, &ReviewScreen::cleanupRequested);
     connect(&model_, &PhotoCleanupModel::resultChanged, this, &ReviewScreen::resultChanged);
+    connect(&model_, &PhotoCleanupModel::marksChanged, this, &ReviewScreen::refresh);
+    // Protecting a folder unmarks its copies and changes keepers.
+    connect(&model_, &PhotoCleanupModel::settingsChanged, this, &ReviewScreen::refresh);
     resultChanged();
 }
 
@@ -406,8 +409,7 @@ void ReviewScreen::markCurrent(Command command) {
         done = session->unlock(path);
     }
     compare_->setRefusal(compare_->current(), done ? QString() : qtText(done.error().message()));
-    // A lock changes the keeper of every group that holds the copy.
-    marksChanged(command == Command::lock || command == Command::unlock);
+    marksChanged();
 }
 
 void ReviewScreen::markIn(Command command) {
@@ -421,7 +423,7 @@ void ReviewScreen::markIn(Command command) {
         setNotice(marked == 0
                       ? qtText(ReviewSession::kNothingMoreToMark)
                       : tr("Marked %1.").arg(countText(marked, "more copy", "more copies")));
-        marksChanged(true);
+        marksChanged();
         return;
     }
     const DuplicateGroup* group = shownGroup();
@@ -437,19 +439,24 @@ void ReviewScreen::markIn(Command command) {
         session->clearMarks(*group);
         setNotice({});
     }
-    marksChanged(false);
+    marksChanged();
 }
 
-void ReviewScreen::marksChanged(bool everyGroup) {
-    if (everyGroup) {
-        groups_->refreshAll();
-    } else {
-        groups_->refreshGroup(currentGroup_);
+void ReviewScreen::marksChanged() {
+    // The model tells every view, this one included (refresh).
+    model_.noteMarksChanged();
+}
+
+void ReviewScreen::refresh() {
+    if (model_.session() == nullptr || model_.session() != shownSession_) {
+        return;
     }
+    // A mark, a lock or a protected folder may change any group's state and
+    // keeper; only the rows on screen are drawn again.
+    groups_->refreshAll();
     updateFacts();
     updateInspector();
     updateTotal();
-    model_.noteMarksChanged();
 }
 
 void ReviewScreen::updateFacts() {

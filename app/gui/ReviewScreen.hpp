@@ -115,7 +115,8 @@ private:
     void moveGroup(int step);
     void markCurrent(Command command);
     void markIn(Command command);
-    void marksChanged(bool everyGroup);
+    void marksChanged();
+    void refresh();
     void updateFacts();
     void updateInspector();
     void updateTotal();
