@@ -86,8 +86,11 @@ CompareView::CompareView(ThumbnailLoader& thumbnails, QWidget* parent)
 }
 
 void CompareView::clearTiles() {
+    // Later, since a tile's own signal may have led here.
     for (MemberTile* tile : tiles_) {
-        delete tile;
+        rowLayout_->removeWidget(tile);
+        tile->hide();
+        tile->deleteLater();
     }
     tiles_.clear();
     facts_.clear();

@@ -166,6 +166,8 @@ private Q_SLOTS:
     void markingSuggestedCopiesMarksWhatTheEngineSuggests();
     void zoomStaysInStepBetweenDifferentSizes();
     void presetChangeKeepsAllowedMarksAndThePlace();
+    void listHandsOutRowsInBatchesInEachOrder();
+    void inspectorShowsOtherNamesAndCatalogWork();
 };
 
 void ReviewScreenTest::opensOnTheFirstGroupWithItsKeeper() {
@@ -420,6 +422,87 @@ void ReviewScreenTest::presetChangeKeepsAllowedMarksAndThePlace() {
     QCOMPARE(review->compare()->currentAsset()->path, place);
     QCOMPARE(review->compare()->tile(review->compare()->current())->badge(),
              QStringLiteral("Marked for removal"));
+}
+
+void ReviewScreenTest::listHandsOutRowsInBatchesInEachOrder() {
+    std::vector<DuplicateGroup> groups;
+    for (int i = 0; i < 450; ++i) {
+        std::string folder = "F" + std::to_string(i % 7);
+        PhotoAsset first = copy("/library", folder + "/" + std::to_string(i) + ".jpg", 1000);
+        first.snapshot.modifiedSeconds = 1'600'000'000 + (i * 7919) % 450;
+        // An older copy, which is the one kept.
+        PhotoAsset second = copy("/library", "Copies/" + std::to_string(i) + ".jpg", 1000);
+        second.snapshot.modifiedSeconds = first.snapshot.modifiedSeconds - 1;
+        groups.push_back(
+            DuplicateGroup::make(std::to_string(i), 1000, {first, second}, MatchKind::identical));
+    }
+    ReviewSession session(groups, std::make_shared<LockStore>(std::nullopt), {}, {});
+    GroupListModel list;
+    list.setSession(&session);
+    QCOMPARE(list.matchingCount(), 450);
+    QCOMPARE(list.rowCount(), GroupListModel::kBatch);
+    QVERIFY(list.canFetchMore({}));
+    list.fetchMore({});
+    QCOMPARE(list.rowCount(), 400);
+    list.fetchMore({});
+    QCOMPARE(list.rowCount(), 450);
+    QVERIFY(!list.canFetchMore({}));
+    QCOMPARE(list.groupIndex(449), 449);
+    QCOMPARE(list.data(list.index(0), GroupListModel::keeperRole).toString(),
+             QStringLiteral("/library/Copies/0.jpg"));
+
+    // Asking for a row further on hands out the batches up to it.
+    list.setSort(GroupListModel::Sort::folder);
+    QCOMPARE(list.rowCount(), GroupListModel::kBatch);
+    std::optional<int> row = list.rowOf(449);
+    QVERIFY(row.has_value());
+    QCOMPARE(list.groupIndex(*row), 449);
+    QVERIFY(list.rowCount() > *row);
+    QCOMPARE(list.rowCount() % GroupListModel::kBatch == 0 || list.rowCount() == 450, true);
+    while (list.canFetchMore({})) {
+        list.fetchMore({});
+    }
+    for (int row = 1; row < 450; ++row) {
+        const auto& before = groups[list.groupIndex(row - 1)].members.front();
+        const auto& after = groups[list.groupIndex(row)].members.front();
+        QVERIFY(before.folder() <= after.folder());
+    }
+    list.setSort(GroupListModel::Sort::date);
+    while (list.canFetchMore({})) {
+        list.fetchMore({});
+    }
+    for (int row = 1; row < 450; ++row) {
+        QVERIFY(groups[list.groupIndex(row - 1)].members.front().snapshot.modifiedSeconds >=
+                groups[list.groupIndex(row)].members.front().snapshot.modifiedSeconds);
+    }
+}
+
+void ReviewScreenTest::inspectorShowsOtherNamesAndCatalogWork() {
+    PhotoAsset asset = copy("/library", "Trip/a.jpg", 2'500'000, 6000, 4000);
+    asset.otherNames = {"/library/Best/a.jpg"};
+    asset.snapshot.linkCount = 2;
+    asset.volumeName = "Photos";
+    asset.isExternalVolume = true;
+    asset.lightroom = LightroomRef{.rating = 3, .isEdited = true};
+    Inspector inspector;
+    inspector.showAsset(&asset, {.isKeeper = false,
+                                 .keeperName = QStringLiteral("b.jpg"),
+                                 .keeperReason = QStringLiteral("It has the most pixels")});
+    QCOMPARE(inspector.field(QStringLiteral("Other names")), QStringLiteral("/library/Best/a.jpg"));
+    QCOMPARE(inspector.field(QStringLiteral("Volume")), QStringLiteral("Photos (external)"));
+    QCOMPARE(inspector.field(QStringLiteral("Pixels")), QStringLiteral("6000 × 4000"));
+    QCOMPARE(inspector.field(QStringLiteral("Catalog work")),
+             QStringLiteral("Lightroom Classic: edited, 3 stars"));
+    QCOMPARE(inspector.field(QStringLiteral("Keeper")),
+             QStringLiteral("b.jpg is suggested to keep: It has the most pixels."));
+    QCOMPARE(inspector.field(QStringLiteral("Always kept")),
+             QStringLiteral("Has another name on disk (a hard link), so moving it to the Trash "
+                            "would free nothing"));
+    // Unknown facts are left out rather than shown empty.
+    QCOMPARE(inspector.field(QStringLiteral("Quality")), QString());
+    QSignalSpy open(&inspector, &Inspector::openFolderRequested);
+    QTest::mouseClick(inspector.openFolderButton(), Qt::LeftButton);
+    QCOMPARE(open.value(0).value(0).toString(), QStringLiteral("/library/Trip"));
 }
 
 BREVANT_GUI_TEST(ReviewScreenTest);
