@@ -99,22 +99,23 @@ void CompareView::clearTiles() {
 
 void CompareView::showGroup(const std::optional<DuplicateGroup>& group) {
     clearTiles();
-    group_ = group;
+    hasGroup_ = group.has_value();
+    group_ = group.value_or(DuplicateGroup{});
     zoom_->fit();
     flipA_ = flipB_ = -1;
     if (large_ != nullptr) {
         large_->hide();
     }
-    bool any = group_ && !group_->members.empty();
-    heading_->setText(any ? tr("%1 copies").arg(group_->members.size()) : QString());
+    bool any = !group_.members.empty();
+    heading_->setText(any ? tr("%1 copies").arg(group_.members.size()) : QString());
     sideBySideButton_->setEnabled(false);
-    flipButton_->setEnabled(any && group_->members.size() > 1);
+    flipButton_->setEnabled(any && group_.members.size() > 1);
     pages_->setCurrentWidget(any ? static_cast<QWidget*>(scroll_) : empty_);
     if (!any) {
         return;
     }
-    for (int i = 0; i < static_cast<int>(group_->members.size()); ++i) {
-        auto* tile = new MemberTile(group_->members[i], zoom_, row_);
+    for (int i = 0; i < static_cast<int>(group_.members.size()); ++i) {
+        auto* tile = new MemberTile(group_.members[i], zoom_, row_);
         rowLayout_->addWidget(tile, 1);
         tiles_.push_back(tile);
         connect(tile, &MemberTile::chosen, this, [this, i] { setCurrent(i); });
@@ -136,7 +137,7 @@ void CompareView::setFacts(const std::vector<MemberFacts>& facts) {
 }
 
 const PhotoAsset* CompareView::currentAsset() const {
-    return current_ >= 0 && current_ < count() ? &group_->members[current_] : nullptr;
+    return current_ >= 0 && current_ < count() ? &group_.members[current_] : nullptr;
 }
 
 MemberTile* CompareView::tile(int member) const {
@@ -208,7 +209,7 @@ void CompareView::flip() {
 
 void CompareView::showFlip() {
     int shown = flipShown();
-    const PhotoAsset& asset = group_->members[shown];
+    const PhotoAsset& asset = group_.members[shown];
     flipCaption_->setText(
         tr("%1 · %2 — press F to flip")
             .arg(showingB_ ? QStringLiteral("B") : QStringLiteral("A"), qtText(asset.name())));
@@ -259,7 +260,7 @@ void CompareView::enlarge(int member) {
         connect(largePicture_, &PictureView::doubleClicked, large_, &QDialog::hide);
     }
     largeMember_ = member;
-    const PhotoAsset& asset = group_->members[member];
+    const PhotoAsset& asset = group_.members[member];
     large_->setWindowTitle(qtText(asset.name()));
     largeCaption_->setText(qtText(asset.path));
     if (asset.pixelWidth && asset.pixelHeight) {
@@ -274,21 +275,21 @@ void CompareView::enlarge(int member) {
 
 void CompareView::imageArrived(const QString& path) {
     for (int i = 0; i < count(); ++i) {
-        if (qtText(group_->members[i].path) == path) {
+        if (qtText(group_.members[i].path) == path) {
             updateImage(i);
         }
     }
-    if (isFlipping() && qtText(group_->members[flipShown()].path) == path) {
+    if (isFlipping() && qtText(group_.members[flipShown()].path) == path) {
         showFlip();
     }
     if (large_ != nullptr && large_->isVisible() && largeMember_ >= 0 && largeMember_ < count() &&
-        qtText(group_->members[largeMember_].path) == path) {
-        largePicture_->setImage(thumbnails_.thumbnail(group_->members[largeMember_]), {});
+        qtText(group_.members[largeMember_].path) == path) {
+        largePicture_->setImage(thumbnails_.thumbnail(group_.members[largeMember_]), {});
     }
 }
 
 void CompareView::updateImage(int member) {
-    const PhotoAsset& asset = group_->members[member];
+    const PhotoAsset& asset = group_.members[member];
     tiles_[member]->setImage(thumbnails_.thumbnail(asset), thumbnails_.failed(asset));
 }
 

@@ -36,7 +36,8 @@ public:
     // One entry per member, in member order.
     void setFacts(const std::vector<MemberFacts>& facts);
 
-    [[nodiscard]] const std::optional<DuplicateGroup>& group() const { return group_; }
+    // The group shown, or null.
+    [[nodiscard]] const DuplicateGroup* group() const { return hasGroup_ ? &group_ : nullptr; }
 
     [[nodiscard]] int count() const { return static_cast<int>(tiles_.size()); }
 
@@ -88,7 +89,9 @@ private:
 
     ThumbnailLoader& thumbnails_;
     SceneZoom* zoom_;
-    std::optional<DuplicateGroup> group_;
+    // Empty (no members) when no group is shown.
+    DuplicateGroup group_;
+    bool hasGroup_ = false;
     std::vector<MemberFacts> facts_;
     std::vector<MemberTile*> tiles_;
     int current_ = -1;

@@ -108,7 +108,7 @@ protected:
 
 private:
     void buildActions();
-    QAction* addCommand(Command command, const QString& text, const QKeySequence& key);
+    QAction* addCommand(Command command, const QString& name, const QKeySequence& key);
     void run(Command command);
     void resultChanged();
     void rowChanged(int row);
