@@ -128,9 +128,6 @@ void MemberTile::setFacts(const MemberFacts& facts) {
     lock_->setChecked(facts.isLocked);
     lock_->setText(facts.isLocked ? tr("Locked") : tr("Lock"));
     lock_->setToolTip(QLatin1String(facts.isLocked ? texts::kUnlock : texts::kLock));
-    setProperty("marked", facts.isMarked);
-    style()->unpolish(this);
-    style()->polish(this);
 }
 
 void MemberTile::setImage(const QImage& image, bool failed) {
@@ -141,10 +138,13 @@ void MemberTile::setImage(const QImage& image, bool failed) {
 }
 
 void MemberTile::setSelected(bool selected) {
-    // The skins style cards by role; the chosen one adds the highlight.
-    setStyleSheet(selected ? QStringLiteral("QFrame#memberTile { border: 2px solid "
-                                            "palette(highlight); }")
-                           : QString());
+    if (property("selected").toBool() == selected) {
+        return;
+    }
+    // The skins outline a selected card; only this tile is styled again.
+    setProperty("selected", selected);
+    style()->unpolish(this);
+    style()->polish(this);
 }
 
 void MemberTile::setRefusal(const QString& text) {
