@@ -187,6 +187,10 @@ QAction* ReviewScreen::addCommand(Command command, const QString& name, const QK
 }
 
 void ReviewScreen::buildActions() {
+    for (QAction*& separator : separators_) {
+        separator = new QAction(this);
+        separator->setSeparator(true);
+    }
     addCommand(Command::mark, text(texts::kMark), QKeySequence(Qt::Key_M));
     addCommand(Command::unmark, text(texts::kUnmark), QKeySequence(Qt::Key_U));
     addCommand(Command::toggleMark, text(texts::kToggleMark), QKeySequence(Qt::Key_Space));
@@ -213,13 +217,21 @@ void ReviewScreen::buildActions() {
 }
 
 QList<QAction*> ReviewScreen::markingActions() const {
+    const std::initializer_list<Command> sections[] = {
+        {Command::mark, Command::unmark, Command::toggleMark, Command::lock, Command::unlock},
+        {Command::markSuggested, Command::clearMarks, Command::markAllSuggested},
+        {Command::nextGroup, Command::previousGroup, Command::nextCopy, Command::previousCopy},
+        {Command::flip, Command::sideBySide, Command::zoomIn, Command::zoomOut, Command::fit},
+    };
     QList<QAction*> listed;
-    for (Command command :
-         {Command::mark, Command::unmark, Command::toggleMark, Command::lock, Command::unlock,
-          Command::markSuggested, Command::clearMarks, Command::markAllSuggested,
-          Command::nextGroup, Command::previousGroup, Command::nextCopy, Command::previousCopy,
-          Command::flip, Command::sideBySide, Command::zoomIn, Command::zoomOut, Command::fit}) {
-        listed << actions_.at(command);
+    std::size_t next = 0;
+    for (const auto& section : sections) {
+        if (!listed.isEmpty()) {
+            listed << separators_.at(next++);
+        }
+        for (Command command : section) {
+            listed << actions_.at(command);
+        }
     }
     return listed;
 }

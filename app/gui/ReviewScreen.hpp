@@ -4,6 +4,7 @@
 
 #include <QWidget>
 
+#include <array>
 #include <map>
 #include <optional>
 
@@ -142,6 +143,8 @@ private:
     QPushButton* back_;
     QPushButton* cleanup_;
     std::map<Command, QAction*> actions_;
+    // Between the sections of the commands in a menu.
+    std::array<QAction*, 3> separators_{};
     int currentGroup_ = -1;
     // The session the list shows, to tell a new one from the same.
     const void* shownSession_ = nullptr;
