@@ -52,7 +52,8 @@ MainWindow::MainWindow(PhotoCleanupModel& model, Skins& skins, QSettings& store,
     screens_->addWidget(progress_);
     screens_->addWidget(overview_);
     setCentralWidget(screens_);
-    // Seam: the cleanup and history screens join the stack here.
+    // Seam: the review screen (and after it the cleanup and history
+    // screens) joins the stack here and enables the overview's way in.
     overview_->setReviewAvailable(false);
 
     // --- The review screen ---
