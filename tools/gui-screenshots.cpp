@@ -18,6 +18,7 @@
 #include "app/gui/CleanupController.hpp"
 #include "app/gui/CleanupReportView.hpp"
 #include "app/gui/CleanupScreen.hpp"
+#include "app/gui/CompareView.hpp"
 #include "app/gui/HistoryScreen.hpp"
 #include "app/gui/HomeScreen.hpp"
 #include "app/gui/LeftOutList.hpp"
@@ -25,12 +26,16 @@
 #include "app/gui/MarkingsWindow.hpp"
 #include "app/gui/OverviewScreen.hpp"
 #include "app/gui/PhotoCleanupModel.hpp"
+#include "app/gui/ReviewScreen.hpp"
 #include "app/gui/SettingsWindow.hpp"
 #include "app/gui/Skins.hpp"
+#include "app/gui/ThumbnailLoader.hpp"
 #include "engine/cleanup/CleanupJournal.hpp"
 #include "engine/cleanup/CleanupPlanner.hpp"
 #include "engine/platform/FreedesktopTrash.hpp"
+#include "engine/review/ReviewSession.hpp"
 
+#include <QAction>
 #include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
@@ -334,9 +339,65 @@ bool shootCatalogMarking(const QString& label, const Catalogs& catalogs, PhotoCl
     return true;
 }
 
-bool shootSkin(const QString& skin, const QString& label, brevant::gui::Skins& skins,
-               PhotoCleanupModel& model, MainWindow& window, Shooter& shooter,
-               const Catalogs& catalogs) {
+// The first group that the test picks, as a session index; -1 when none.
+int findGroup(const brevant::ReviewSession& session,
+              const std::function<bool(const brevant::DuplicateGroup&)>& test) {
+    const auto& groups = session.groups();
+    for (int i = 0; i < static_cast<int>(groups.size()); ++i) {
+        if (test(groups[i])) {
+            return i;
+        }
+    }
+    return -1;
+}
+
+// The review screen on a similar group, its inspector on a copy that is not
+// the keeper, the flip zoomed in, and a mark refused in a protected folder.
+void shootReview(const QString& label, const QString& photos, MainWindow& window,
+                 PhotoCleanupModel& model, Shooter& shooter) {
+    using brevant::gui::ReviewScreen;
+    using Command = ReviewScreen::Command;
+    window.showReview();
+    ReviewScreen* review = window.review();
+    const brevant::ReviewSession* session = model.session();
+    int similar = findGroup(*session, [](const brevant::DuplicateGroup& group) {
+        return group.kind == brevant::MatchKind::similar && group.members.size() > 2;
+    });
+    review->showGroup(similar);
+    review->thumbnails()->waitForDone();
+    shooter.take(window, label, QStringLiteral("review"));
+    review->action(Command::nextCopy)->trigger();
+    review->thumbnails()->waitForDone();
+    shooter.take(window, label, QStringLiteral("review-inspector"));
+    review->action(Command::zoomIn)->trigger();
+    review->action(Command::flip)->trigger();
+    review->action(Command::flip)->trigger();
+    review->thumbnails()->waitForDone();
+    shooter.take(window, label, QStringLiteral("review-flip"));
+    review->action(Command::sideBySide)->trigger();
+    review->action(Command::fit)->trigger();
+
+    std::string backup = QFile::encodeName(photos + QStringLiteral("/Backup/")).toStdString();
+    int guarded = findGroup(*session, [&backup](const brevant::DuplicateGroup& group) {
+        return std::ranges::any_of(group.members, [&backup](const brevant::PhotoAsset& member) {
+            return member.path.starts_with(backup);
+        });
+    });
+    review->showGroup(guarded);
+    brevant::gui::CompareView* compare = review->compare();
+    for (int i = 0; i < compare->count(); ++i) {
+        if (compare->group()->members[i].path.starts_with(backup)) {
+            compare->setCurrent(i);
+        }
+    }
+    review->action(Command::mark)->trigger();
+    review->thumbnails()->waitForDone();
+    shooter.take(window, label, QStringLiteral("review-refused"));
+}
+
+bool shootSkin(const QString& skin, const QString& label, const QString& photos,
+               brevant::gui::Skins& skins, PhotoCleanupModel& model, MainWindow& window,
+               Shooter& shooter, const Catalogs& catalogs) {
     skins.apply(skin);
     model.setSkin(skin.toStdString());
     model.returnHome();
@@ -381,6 +442,7 @@ bool shootSkin(const QString& skin, const QString& label, brevant::gui::Skins& s
         leftOut->setOpen(i, true);
     }
     shooter.take(window, label, QStringLiteral("overview-skipped"));
+    shootReview(label, photos, window, model, shooter);
     // The cleanup screens in the default skin and one dark skin.
     if ((label == QLatin1String("classic-light") || skin == QLatin1String("nightfall")) &&
         !shootCleanup(label, model, window, shooter)) {
@@ -456,12 +518,12 @@ int main(int argc, char** argv) {
         }
         qputenv("BREVANT_COLOR_SCHEME", scheme);
         ok = ok && shootSkin(QStringLiteral("classic"),
-                             QStringLiteral("classic-%1").arg(QLatin1String(scheme)), skins, model,
-                             window, shooter, catalogs);
+                             QStringLiteral("classic-%1").arg(QLatin1String(scheme)), photos, skins,
+                             model, window, shooter, catalogs);
     }
     for (const QString& skin : brevant::gui::Skins::names()) {
         if (skin != QLatin1String("classic") && chosen.contains(skin)) {
-            ok = ok && shootSkin(skin, skin, skins, model, window, shooter, catalogs);
+            ok = ok && shootSkin(skin, skin, photos, skins, model, window, shooter, catalogs);
         }
     }
     return ok && shooter.ok() ? 0 : 1;

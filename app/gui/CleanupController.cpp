@@ -106,6 +106,7 @@ void CleanupController::finishRun(std::expected<CleanupReport, ExecutionRefusal>
                 session->unmark(item.removal.path);
             }
         }
+        model_.noteMarksChanged();
     }
     Q_EMIT runFinished(*result);
 }

@@ -13,6 +13,7 @@
 #include "app/gui/OverviewScreen.hpp"
 #include "app/gui/PhotoCleanupModel.hpp"
 #include "app/gui/ProgressScreen.hpp"
+#include "app/gui/ReviewScreen.hpp"
 #include "app/gui/SettingsWindow.hpp"
 #include "app/gui/Skins.hpp"
 
@@ -57,10 +58,14 @@ MainWindow::MainWindow(PhotoCleanupModel& model, Skins& skins, QSettings& store,
     screens_->addWidget(progress_);
     screens_->addWidget(overview_);
     setCentralWidget(screens_);
-    // Seam: the review screen (and after it the cleanup and history
-    // screens) joins the stack here and enables the overview's way in.
-    overview_->setReviewAvailable(false);
     buildCleanup();
+    review_ = new ReviewScreen(model, screens_);
+    screens_->addWidget(review_);
+    overview_->setReviewAvailable(true);
+    connect(overview_, &OverviewScreen::reviewRequested, this, &MainWindow::showReview);
+    connect(review_, &ReviewScreen::cleanupRequested, this, &MainWindow::showCleanupCard);
+    connect(review_, &ReviewScreen::overviewRequested, this,
+            [this] { screens_->setCurrentWidget(overview_); });
 
     buildMenus();
     if (!restoreGeometry(store_.value(geometryKey()).toByteArray())) {
@@ -105,6 +110,7 @@ void MainWindow::buildMenus() {
 
     editMenu_ = menuBar()->addMenu(tr("&Edit"));
     // The marking commands of the review screen go above this separator.
+    editMenu_->addActions(review_->markingActions());
     editMenu_->addSeparator()->setObjectName(QStringLiteral("markingCommands"));
     QAction* preferences =
         editMenu_->addAction(tr("&Preferences…"), this, &MainWindow::showSettings);
@@ -155,7 +161,10 @@ void MainWindow::followPhase() {
     case Phase::reviewing:
     case Phase::cleaning:
     case Phase::finished:
-        screens_->setCurrentWidget(overview_);
+        // A preset change while reviewing stays in the review.
+        if (screens_->currentWidget() != review_) {
+            screens_->setCurrentWidget(overview_);
+        }
         break;
     }
     updateActions();
@@ -175,6 +184,14 @@ void MainWindow::updateActions() {
     if (reviewCleanup_ != nullptr) {
         reviewCleanup_->setVisible(!catalog);
     }
+}
+
+void MainWindow::showReview() {
+    if (model_.session() == nullptr) {
+        return;
+    }
+    screens_->setCurrentWidget(review_);
+    review_->open();
 }
 
 QWidget* MainWindow::currentScreen() const {

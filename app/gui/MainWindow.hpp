@@ -21,6 +21,7 @@ class MarkingsWindow;
 class OverviewScreen;
 class PhotoCleanupModel;
 class ProgressScreen;
+class ReviewScreen;
 class SettingsWindow;
 class Skins;
 
@@ -39,6 +40,11 @@ public:
     [[nodiscard]] ProgressScreen* progressScreen() const { return progress_; }
 
     [[nodiscard]] OverviewScreen* overview() const { return overview_; }
+
+    [[nodiscard]] ReviewScreen* review() const { return review_; }
+
+    // Opens the review of the current groups.
+    void showReview();
 
     [[nodiscard]] QWidget* currentScreen() const;
 
@@ -99,6 +105,7 @@ private:
     HomeScreen* home_;
     ProgressScreen* progress_;
     OverviewScreen* overview_;
+    ReviewScreen* review_ = nullptr;
     SettingsWindow* settings_ = nullptr;
     QMenu* editMenu_ = nullptr;
     QAction* addFolder_ = nullptr;

@@ -208,7 +208,13 @@ public:
     groupsFor(Mode mode, SimilarityPreset preset, const std::vector<DuplicateGroup>& identical,
               const SimilarityIndex* index);
 
+    // Whoever changes marks or locks through session() (the review screen,
+    // a cleanup) tells the model, so every view of the marks can follow.
+    void noteMarksChanged() { Q_EMIT marksChanged(); }
+
 Q_SIGNALS:
+    // Marks or locks changed in the review (noteMarksChanged).
+    void marksChanged();
     void settingsChanged();
     void phaseChanged(brevant::gui::PhotoCleanupModel::Phase phase);
     void progressChanged(const brevant::gui::ModelProgress& progress);

@@ -3,12 +3,39 @@
 #include "engine/support/Json.hpp"
 
 #include <algorithm>
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <string>
+#include <vector>
 
 namespace brevant {
 
 bool CaptureOneRef::workedOn() const {
     bool tagged = std::ranges::any_of(colorTags, [](int tag) { return tag != 0; });
     return isEdited || variants >= 2 || rating >= 1 || tagged || albums >= 1 || keywords > 0;
+}
+
+std::string CaptureOneRef::workSummary() const {
+    std::vector<std::string> phrases;
+    if (isEdited) {
+        phrases.emplace_back("edited");
+    }
+    if (variants >= 2) {
+        phrases.push_back(fmt::format("{} variants", variants));
+    }
+    if (rating >= 1) {
+        phrases.push_back(rating == 1 ? "1 star" : fmt::format("{} stars", rating));
+    }
+    if (std::ranges::any_of(colorTags, [](int tag) { return tag != 0; })) {
+        phrases.emplace_back("colour tagged");
+    }
+    if (albums >= 1) {
+        phrases.push_back(albums == 1 ? "in an album" : fmt::format("in {} albums", albums));
+    }
+    if (keywords > 0) {
+        phrases.emplace_back(keywords == 1 ? "has a keyword" : "has keywords");
+    }
+    return fmt::format("{}", fmt::join(phrases, ", "));
 }
 
 void to_json(nlohmann::ordered_json& j, const CaptureOneRef& value) {

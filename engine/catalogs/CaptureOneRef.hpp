@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <nlohmann/json_fwd.hpp>
+#include <string>
 #include <vector>
 
 namespace brevant {
@@ -22,6 +23,9 @@ struct CaptureOneRef {
     // Something the user did to the image in Capture One: an edit, a second
     // variant, stars, a colour tag, an album or keywords.
     [[nodiscard]] bool workedOn() const;
+    // That work in a few words ("edited, 2 variants, 3 stars"); empty when
+    // there is none.
+    [[nodiscard]] std::string workSummary() const;
 
     friend bool operator==(const CaptureOneRef&, const CaptureOneRef&) = default;
 };

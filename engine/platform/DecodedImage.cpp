@@ -22,6 +22,23 @@ int DecodedImage::height() const {
     return pixels_->image.height();
 }
 
+std::vector<std::uint8_t> DecodedImage::rgbSamples() const {
+    try {
+        VImage image = pixels_->image;
+        if (image.bands() == 1) {
+            image = image.bandjoin({image, image});
+        }
+        std::size_t length = 0;
+        void* memory = image.write_to_memory(&length);
+        std::vector<std::uint8_t> samples(static_cast<std::uint8_t*>(memory),
+                                          static_cast<std::uint8_t*>(memory) + length);
+        g_free(memory);
+        return samples;
+    } catch (const std::exception&) {
+        return {};
+    }
+}
+
 std::optional<DecodedImage> DecodedImage::fromPixels(std::span<const std::uint8_t> samples,
                                                      int width, int height, int bands) {
     bool knownBands = bands == 1 || bands == 3 || bands == 4;

@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <vector>
 
 namespace brevant::platform {
 
@@ -24,6 +25,9 @@ public:
 
     [[nodiscard]] int width() const;
     [[nodiscard]] int height() const;
+    // The pixels as 8-bit RGB, three samples per pixel, rows top to bottom
+    // with no padding, for a window to draw; empty when libvips fails.
+    [[nodiscard]] std::vector<std::uint8_t> rgbSamples() const;
 
     [[nodiscard]] const Pixels& pixels() const { return *pixels_; }
 

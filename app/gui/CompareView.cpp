@@ -1,0 +1,296 @@
+#include "CompareView.hpp"
+
+#include "app/gui/PictureView.hpp"
+#include "app/gui/QtText.hpp"
+#include "app/gui/ReviewTexts.hpp"
+#include "app/gui/SceneZoom.hpp"
+#include "app/gui/ScreenParts.hpp"
+#include "app/gui/ThumbnailLoader.hpp"
+
+#include <QDialog>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QScrollArea>
+#include <QStackedWidget>
+#include <QVBoxLayout>
+
+namespace brevant::gui {
+
+namespace {
+
+constexpr double kLargeShare = 0.85;
+
+} // namespace
+
+CompareView::CompareView(ThumbnailLoader& thumbnails, QWidget* parent)
+    : QWidget(parent)
+    , thumbnails_(thumbnails)
+    , zoom_(new SceneZoom(this))
+    , heading_(parts::label({}, "section", this))
+    , pages_(new QStackedWidget(this))
+    , empty_(parts::label(QLatin1String(texts::kNoGroup), "muted", this))
+    , scroll_(new QScrollArea(this))
+    , row_(new QWidget)
+    , rowLayout_(new QHBoxLayout(row_))
+    , flipPage_(new QWidget(this))
+    , flipCaption_(parts::label({}, "section", flipPage_))
+    , flipView_(new PictureView(zoom_, flipPage_))
+    , flipButton_(new QPushButton(tr("A/B Flip"), this))
+    , sideBySideButton_(new QPushButton(QLatin1String(texts::kSideBySide), this)) {
+    auto* zoomOut = new QPushButton(QStringLiteral("−"), this);
+    auto* zoomIn = new QPushButton(QStringLiteral("+"), this);
+    auto* fit = new QPushButton(QLatin1String(texts::kFit), this);
+    zoomOut->setToolTip(QLatin1String(texts::kZoomOut));
+    zoomIn->setToolTip(QLatin1String(texts::kZoomIn));
+    flipButton_->setToolTip(QLatin1String(texts::kFlip));
+    for (QPushButton* button : {zoomOut, zoomIn, fit, flipButton_, sideBySideButton_}) {
+        button->setFocusPolicy(Qt::NoFocus);
+    }
+    auto* bar = new QHBoxLayout;
+    bar->addWidget(heading_, 1);
+    bar->addWidget(zoomOut);
+    bar->addWidget(zoomIn);
+    bar->addWidget(fit);
+    bar->addSpacing(12);
+    bar->addWidget(flipButton_);
+    bar->addWidget(sideBySideButton_);
+
+    empty_->setAlignment(Qt::AlignCenter);
+    rowLayout_->setContentsMargins(0, 0, 0, 0);
+    rowLayout_->setSpacing(10);
+    scroll_->setWidget(row_);
+    scroll_->setWidgetResizable(true);
+    scroll_->setFrameShape(QFrame::NoFrame);
+    auto* flipColumn = new QVBoxLayout(flipPage_);
+    flipColumn->setContentsMargins(0, 0, 0, 0);
+    flipColumn->addWidget(flipCaption_);
+    flipColumn->addWidget(flipView_, 1);
+    pages_->addWidget(empty_);
+    pages_->addWidget(scroll_);
+    pages_->addWidget(flipPage_);
+
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->addLayout(bar);
+    column->addWidget(pages_, 1);
+
+    connect(zoomOut, &QPushButton::clicked, zoom_, &SceneZoom::zoomOut);
+    connect(zoomIn, &QPushButton::clicked, zoom_, &SceneZoom::zoomIn);
+    connect(fit, &QPushButton::clicked, zoom_, &SceneZoom::fit);
+    connect(flipButton_, &QPushButton::clicked, this, &CompareView::flip);
+    connect(sideBySideButton_, &QPushButton::clicked, this, &CompareView::sideBySide);
+    connect(flipView_, &PictureView::doubleClicked, this, [this] { enlarge(flipShown()); });
+    connect(&thumbnails_, &ThumbnailLoader::loaded, this, &CompareView::imageArrived);
+    showGroup(std::nullopt);
+}
+
+void CompareView::clearTiles() {
+    // Later, since a tile's own signal may have led here.
+    for (MemberTile* tile : tiles_) {
+        rowLayout_->removeWidget(tile);
+        tile->hide();
+        tile->deleteLater();
+    }
+    tiles_.clear();
+    facts_.clear();
+    current_ = -1;
+}
+
+void CompareView::showGroup(const std::optional<DuplicateGroup>& group) {
+    clearTiles();
+    hasGroup_ = group.has_value();
+    group_ = group.value_or(DuplicateGroup{});
+    zoom_->fit();
+    flipA_ = flipB_ = -1;
+    if (large_ != nullptr) {
+        large_->hide();
+    }
+    bool any = !group_.members.empty();
+    heading_->setText(any ? tr("%1 copies").arg(group_.members.size()) : QString());
+    sideBySideButton_->setEnabled(false);
+    flipButton_->setEnabled(any && group_.members.size() > 1);
+    pages_->setCurrentWidget(any ? static_cast<QWidget*>(scroll_) : empty_);
+    if (!any) {
+        return;
+    }
+    for (int i = 0; i < static_cast<int>(group_.members.size()); ++i) {
+        auto* tile = new MemberTile(group_.members[i], zoom_, row_);
+        rowLayout_->addWidget(tile, 1);
+        tiles_.push_back(tile);
+        connect(tile, &MemberTile::chosen, this, [this, i] { setCurrent(i); });
+        connect(tile, &MemberTile::markClicked, this, [this, i] { Q_EMIT markClicked(i); });
+        connect(tile, &MemberTile::lockClicked, this, [this, i] { Q_EMIT lockClicked(i); });
+        connect(tile, &MemberTile::enlarge, this, [this, i] { enlarge(i); });
+        connect(tile, &MemberTile::menuRequested, this,
+                [this, i](const QPoint& global) { Q_EMIT menuRequested(i, global); });
+        updateImage(i);
+    }
+    setCurrent(0);
+}
+
+void CompareView::setFacts(const std::vector<MemberFacts>& facts) {
+    facts_ = facts;
+    for (int i = 0; i < count() && i < static_cast<int>(facts.size()); ++i) {
+        tiles_[i]->setFacts(facts[i]);
+    }
+}
+
+const PhotoAsset* CompareView::currentAsset() const {
+    return current_ >= 0 && current_ < count() ? &group_.members[current_] : nullptr;
+}
+
+MemberTile* CompareView::tile(int member) const {
+    return member >= 0 && member < count() ? tiles_[member] : nullptr;
+}
+
+void CompareView::setCurrent(int member) {
+    if (member < 0 || member >= count()) {
+        return;
+    }
+    bool changed = member != current_;
+    current_ = member;
+    for (int i = 0; i < count(); ++i) {
+        tiles_[i]->setSelected(i == current_);
+    }
+    scroll_->ensureWidgetVisible(tiles_[current_]);
+    if (changed) {
+        Q_EMIT currentChanged(current_);
+    }
+}
+
+void CompareView::nextMember() {
+    if (count() > 0) {
+        setCurrent((current_ + 1) % count());
+    }
+}
+
+void CompareView::previousMember() {
+    if (count() > 0) {
+        setCurrent((current_ + count() - 1) % count());
+    }
+}
+
+void CompareView::setRefusal(int member, const QString& text) {
+    if (MemberTile* refused = tile(member)) {
+        refused->setRefusal(text);
+    }
+}
+
+void CompareView::clearRefusals() {
+    for (MemberTile* tile : tiles_) {
+        tile->setRefusal({});
+    }
+}
+
+int CompareView::keeper() const {
+    for (int i = 0; i < static_cast<int>(facts_.size()); ++i) {
+        if (facts_[i].isKeeper) {
+            return i;
+        }
+    }
+    return -1;
+}
+
+void CompareView::flip() {
+    if (count() < 2) {
+        return;
+    }
+    if (!isFlipping()) {
+        flipA_ = current_;
+        int other = keeper();
+        flipB_ = other >= 0 && other != flipA_ ? other : (flipA_ + 1) % count();
+        showingB_ = false;
+    } else {
+        showingB_ = !showingB_;
+    }
+    showFlip();
+}
+
+void CompareView::showFlip() {
+    int shown = flipShown();
+    const PhotoAsset& asset = group_.members[shown];
+    flipCaption_->setText(
+        tr("%1 · %2 — press F to flip")
+            .arg(showingB_ ? QStringLiteral("B") : QStringLiteral("A"), qtText(asset.name())));
+    if (asset.pixelWidth && asset.pixelHeight) {
+        flipView_->setScenePixels(QSizeF(*asset.pixelWidth, *asset.pixelHeight));
+    }
+    QImage image = thumbnails_.thumbnail(asset);
+    flipView_->setImage(image, thumbnails_.failed(asset) ? QLatin1String(texts::kNoPreview)
+                                                         : tr("Loading…"));
+    if (!asset.pixelWidth || !asset.pixelHeight) {
+        flipView_->setScenePixels(QSizeF(image.size()));
+    }
+    pages_->setCurrentWidget(flipPage_);
+    sideBySideButton_->setEnabled(true);
+}
+
+void CompareView::sideBySide() {
+    flipA_ = flipB_ = -1;
+    sideBySideButton_->setEnabled(false);
+    if (count() > 0) {
+        pages_->setCurrentWidget(scroll_);
+    }
+}
+
+bool CompareView::isFlipping() const {
+    return flipA_ >= 0 && pages_->currentWidget() == flipPage_;
+}
+
+int CompareView::flipShown() const {
+    if (flipA_ < 0) {
+        return -1;
+    }
+    return showingB_ ? flipB_ : flipA_;
+}
+
+void CompareView::enlarge(int member) {
+    if (member < 0 || member >= count()) {
+        return;
+    }
+    if (large_ == nullptr) {
+        large_ = new QDialog(this);
+        large_->setModal(false);
+        largeCaption_ = parts::label({}, "section", large_);
+        largePicture_ = new PictureView(zoom_, large_);
+        auto* column = new QVBoxLayout(large_);
+        column->addWidget(largeCaption_);
+        column->addWidget(largePicture_, 1);
+        connect(largePicture_, &PictureView::doubleClicked, large_, &QDialog::hide);
+    }
+    largeMember_ = member;
+    const PhotoAsset& asset = group_.members[member];
+    large_->setWindowTitle(qtText(asset.name()));
+    largeCaption_->setText(qtText(asset.path));
+    if (asset.pixelWidth && asset.pixelHeight) {
+        largePicture_->setScenePixels(QSizeF(*asset.pixelWidth, *asset.pixelHeight));
+    }
+    largePicture_->setImage(thumbnails_.thumbnail(asset), tr("Loading…"));
+    QWidget* top = window();
+    large_->resize((top->size() * kLargeShare).expandedTo(QSize(480, 360)));
+    large_->show();
+    large_->raise();
+}
+
+void CompareView::imageArrived(const QString& path) {
+    for (int i = 0; i < count(); ++i) {
+        if (qtText(group_.members[i].path) == path) {
+            updateImage(i);
+        }
+    }
+    if (isFlipping() && qtText(group_.members[flipShown()].path) == path) {
+        showFlip();
+    }
+    if (large_ != nullptr && large_->isVisible() && largeMember_ >= 0 && largeMember_ < count() &&
+        qtText(group_.members[largeMember_].path) == path) {
+        largePicture_->setImage(thumbnails_.thumbnail(group_.members[largeMember_]), {});
+    }
+}
+
+void CompareView::updateImage(int member) {
+    const PhotoAsset& asset = group_.members[member];
+    tiles_[member]->setImage(thumbnails_.thumbnail(asset), thumbnails_.failed(asset));
+}
+
+} // namespace brevant::gui

@@ -1,0 +1,199 @@
+// How fast the review screen opens on a large result, and how smoothly the
+// list moves.
+//
+//   bench_review_open [--groups N] [--steps S]
+//
+// Builds N groups (default 50,000; two to four copies each, no files
+// behind them, so nothing is decoded) and hands them to the window as a
+// scan's result. Then it times opening the review screen until it has
+// painted, S steps down the list (default 2,000; each step shows the next
+// group in the compare view and inspector and paints), a jump to the end of
+// the list, and each filter and order over all groups.
+#include "app/gui/GroupListModel.hpp"
+#include "app/gui/MainWindow.hpp"
+#include "app/gui/OverviewScreen.hpp"
+#include "app/gui/PhotoCleanupModel.hpp"
+#include "app/gui/ReviewScreen.hpp"
+#include "app/gui/Skins.hpp"
+#include "engine/review/ReviewSession.hpp"
+
+#include <QAction>
+#include <QApplication>
+#include <QComboBox>
+#include <QElapsedTimer>
+#include <QListView>
+#include <QSettings>
+#include <QTemporaryDir>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <fmt/format.h>
+#include <string>
+#include <vector>
+
+namespace {
+
+using brevant::DuplicateGroup;
+using brevant::MatchKind;
+using brevant::PhotoAsset;
+using brevant::gui::PhotoCleanupModel;
+using brevant::gui::ReviewScreen;
+using Filter = brevant::gui::GroupListModel::Filter;
+using Sort = brevant::gui::GroupListModel::Sort;
+
+std::vector<DuplicateGroup> makeGroups(int count) {
+    std::vector<DuplicateGroup> groups;
+    groups.reserve(count);
+    std::uint64_t inode = 1;
+    for (int g = 0; g < count; ++g) {
+        int members = 2 + g % 3;
+        std::int64_t size = 8'000'000 - static_cast<std::int64_t>(g) * 100;
+        std::vector<PhotoAsset> assets;
+        for (int m = 0; m < members; ++m) {
+            PhotoAsset asset;
+            asset.root = "/nonexistent/library";
+            asset.path = fmt::format("/nonexistent/library/{}/{:03}/IMG_{:06}{}.jpg",
+                                     m == 0 ? "Photos" : "Backup", g % 700, g,
+                                     m == 0 ? "" : fmt::format(" copy {}", m));
+            asset.snapshot = {.identity = {.device = 1, .inode = ++inode},
+                              .size = size,
+                              .modifiedSeconds = 1'500'000'000 + g * 60 + m,
+                              .linkCount = 1,
+                              .isRegularFile = true};
+            asset.format = brevant::PhotoFormat::jpeg;
+            asset.pixelWidth = 4000;
+            asset.pixelHeight = 3000;
+            assets.push_back(std::move(asset));
+        }
+        groups.push_back(DuplicateGroup::make(fmt::format("{:064x}", g), size, std::move(assets),
+                                              MatchKind::identical));
+    }
+    return groups;
+}
+
+// Runs what is queued, paints included, until nothing is left.
+void settle() {
+    for (int i = 0; i < 3; ++i) {
+        QApplication::processEvents(QEventLoop::AllEvents);
+    }
+}
+
+double ms(const QElapsedTimer& clock) {
+    return static_cast<double>(clock.nsecsElapsed()) / 1e6;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    int count = 50'000;
+    int steps = 2'000;
+    for (int i = 1; i + 1 < argc; i += 2) {
+        std::string option = argv[i];
+        if (option == "--groups") {
+            count = std::atoi(argv[i + 1]);
+        } else if (option == "--steps") {
+            steps = std::atoi(argv[i + 1]);
+        }
+    }
+    if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    }
+    QApplication application(argc, argv);
+    QTemporaryDir scratch;
+    QSettings store(scratch.filePath(QStringLiteral("settings.ini")), QSettings::IniFormat);
+
+    PhotoCleanupModel::Engine engine = PhotoCleanupModel::Engine::standard();
+    engine.scan = [groups = makeGroups(count)](const std::vector<std::string>& folders, bool,
+                                               const brevant::CancellationFlag&,
+                                               const brevant::ExactMatcher::Progress&) {
+        brevant::ScanResult result;
+        result.roots = folders;
+        result.groups = groups;
+        return result;
+    };
+    brevant::gui::Skins skins;
+    skins.apply(QStringLiteral("classic"));
+    PhotoCleanupModel model(store, scratch.filePath(QStringLiteral("data")).toStdString(), {},
+                            engine);
+    brevant::gui::MainWindow window(model, skins, store);
+    window.resize(1280, 860);
+    window.show();
+    model.setSources({"/nonexistent/library"});
+    model.startScan();
+    while (model.phase() != PhotoCleanupModel::Phase::reviewing) {
+        QApplication::processEvents(QEventLoop::WaitForMoreEvents, 20);
+    }
+    settle();
+    std::printf("%zu groups, %d steps\n", model.groups().size(), steps);
+
+    QElapsedTimer clock;
+    clock.start();
+    window.showReview();
+    window.repaint();
+    settle();
+    std::printf("%-34s %9.1f ms\n", "open the review screen", ms(clock));
+
+    ReviewScreen* review = window.review();
+    QAction* next = review->action(ReviewScreen::Command::nextGroup);
+    std::vector<double> step;
+    step.reserve(steps);
+    QElapsedTimer all;
+    all.start();
+    for (int i = 0; i < steps; ++i) {
+        clock.restart();
+        next->trigger();
+        review->repaint();
+        settle();
+        step.push_back(ms(clock));
+    }
+    double total = ms(all);
+    std::ranges::sort(step);
+    std::printf("%-34s %9.2f ms mean %7.2f ms median %7.2f ms 99th %7.2f ms longest\n",
+                "one step down the list", total / steps, step[step.size() / 2],
+                step[step.size() * 99 / 100], step.back());
+
+    clock.restart();
+    review->showGroup(static_cast<int>(model.groups().size()) - 1);
+    review->repaint();
+    settle();
+    std::printf("%-34s %9.1f ms\n", "jump to the last group", ms(clock));
+
+    const std::pair<Filter, const char*> filters[] = {{Filter::notReviewed, "filter: not reviewed"},
+                                                      {Filter::withMarks, "filter: with marks"},
+                                                      {Filter::all, "filter: all groups"}};
+    for (auto [filter, name] : filters) {
+        QComboBox* choice = review->filterChoice();
+        int index = choice->findData(static_cast<int>(filter));
+        clock.restart();
+        choice->setCurrentIndex(index);
+        Q_EMIT choice->activated(index);
+        review->repaint();
+        settle();
+        std::printf("%-34s %9.1f ms\n", name, ms(clock));
+    }
+    const std::pair<Sort, const char*> sorts[] = {{Sort::folder, "order: by folder"},
+                                                  {Sort::date, "order: newest first"},
+                                                  {Sort::bytesToFree, "order: most space first"}};
+    for (auto [sort, name] : sorts) {
+        QComboBox* choice = review->sortChoice();
+        int index = choice->findData(static_cast<int>(sort));
+        clock.restart();
+        choice->setCurrentIndex(index);
+        Q_EMIT choice->activated(index);
+        review->repaint();
+        settle();
+        std::printf("%-34s %9.1f ms\n", name, ms(clock));
+    }
+    // The engine's share: the same command on a copy of the session.
+    brevant::ReviewSession copy = *model.session();
+    clock.restart();
+    int marked = copy.markAllSuggested();
+    std::printf("%-34s %9.1f ms (%d marked)\n", "  of which the engine", ms(clock), marked);
+    clock.restart();
+    review->action(ReviewScreen::Command::markAllSuggested)->trigger();
+    review->repaint();
+    settle();
+    std::printf("%-34s %9.1f ms\n", "mark suggested in every group", ms(clock));
+    return 0;
+}
