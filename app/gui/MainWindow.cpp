@@ -64,8 +64,7 @@ MainWindow::MainWindow(PhotoCleanupModel& model, Skins& skins, QSettings& store,
     overview_->setReviewAvailable(true);
     connect(overview_, &OverviewScreen::reviewRequested, this, &MainWindow::showReview);
     connect(review_, &ReviewScreen::cleanupRequested, this, &MainWindow::showCleanupCard);
-    connect(review_, &ReviewScreen::overviewRequested, this,
-            [this] { screens_->setCurrentWidget(overview_); });
+    connect(review_, &ReviewScreen::overviewRequested, this, &MainWindow::showOverview);
 
     buildMenus();
     if (!restoreGeometry(store_.value(geometryKey()).toByteArray())) {
@@ -163,7 +162,7 @@ void MainWindow::followPhase() {
     case Phase::finished:
         // A preset change while reviewing stays in the review.
         if (screens_->currentWidget() != review_) {
-            screens_->setCurrentWidget(overview_);
+            showOverview();
         }
         break;
     }
@@ -184,6 +183,15 @@ void MainWindow::updateActions() {
     if (reviewCleanup_ != nullptr) {
         reviewCleanup_->setVisible(!catalog);
     }
+}
+
+void MainWindow::showOverview() {
+    if (screens_->currentWidget() == overview_) {
+        return;
+    }
+    screens_->setCurrentWidget(overview_);
+    // The hidden screen took the focus along; Enter goes on from here.
+    overview_->focusNextStep();
 }
 
 void MainWindow::showReview() {

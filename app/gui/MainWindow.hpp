@@ -92,6 +92,7 @@ protected:
 private:
     void buildMenus();
     void followPhase();
+    void showOverview();
     void updateActions();
     void buildCleanup();
     void addCleanupActions(QMenu* file);

@@ -289,6 +289,14 @@ void OverviewScreen::showSkipped() {
     leftOut_->setFocus();
 }
 
+void OverviewScreen::focusNextStep() {
+    if (review_->isEnabled()) {
+        review_->setFocus();
+        return;
+    }
+    newScan_->setFocus();
+}
+
 QString OverviewScreen::headline() const {
     return headline_->text();
 }

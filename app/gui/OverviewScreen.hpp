@@ -33,6 +33,9 @@ public:
     void setReviewAvailable(bool available);
     // Brings the skipped files into view.
     void showSkipped();
+    // Puts the focus on what comes next: the review, or a new scan when
+    // there is nothing to review.
+    void focusNextStep();
 
     [[nodiscard]] QString headline() const;
     [[nodiscard]] QString groupsFigure() const;

@@ -62,12 +62,14 @@ PhotoCleanupModel::Engine countingEngine(EngineCalls& calls) {
     return engine;
 }
 
-ModelFixture::ModelFixture()
+ModelFixture::ModelFixture(const EngineWrapper& wrap)
     : dataFolder_(tree_.folder("data")) {
     store_ =
         std::make_unique<QSettings>(QString::fromStdString(settingsPath()), QSettings::IniFormat);
-    model_ = std::make_unique<PhotoCleanupModel>(*store_, dataFolder_, tree_.folder("Downloads"),
-                                                 countingEngine(calls_));
+    PhotoCleanupModel::Engine engine = countingEngine(calls_);
+    model_ =
+        std::make_unique<PhotoCleanupModel>(*store_, dataFolder_, tree_.folder("Downloads"),
+                                            wrap ? wrap(std::move(engine)) : std::move(engine));
 }
 
 std::string ModelFixture::settingsPath() const {

@@ -9,6 +9,7 @@
 #include <QSettings>
 
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -47,10 +48,13 @@ struct EngineCalls {
 // The standard engine, counting its calls.
 [[nodiscard]] PhotoCleanupModel::Engine countingEngine(EngineCalls& calls);
 
+// Changes the engine a model is given, for a test that needs to hold it.
+using EngineWrapper = std::function<PhotoCleanupModel::Engine(PhotoCleanupModel::Engine)>;
+
 // A model over its own settings file and data folder.
 class ModelFixture {
 public:
-    ModelFixture();
+    explicit ModelFixture(const EngineWrapper& wrap = {});
 
     [[nodiscard]] PhotoCleanupModel& model() { return *model_; }
 

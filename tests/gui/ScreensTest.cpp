@@ -23,7 +23,10 @@
 #include <QTest>
 #include <QUrl>
 
+#include <atomic>
+#include <chrono>
 #include <sys/time.h>
+#include <thread>
 
 namespace brevant::gui::testing {
 
@@ -58,13 +61,37 @@ void clickChoice(QRadioButton* button) {
     QTest::mouseClick(button, Qt::LeftButton, {}, QPoint(8, button->height() / 2));
 }
 
+// Holds the scan at its first report of reading until the scan is
+// cancelled, so that a cancel sent on that report lands while reading, however
+// fast the worker is. Bounded, so that a missing cancel fails the test
+// instead of hanging it.
+PhotoCleanupModel::Engine holdReadingUntilCancelled(PhotoCleanupModel::Engine engine) {
+    engine.scan = [scan = std::move(engine.scan)](const std::vector<std::string>& folders,
+                                                  bool keepPictures, const CancellationFlag& cancel,
+                                                  const ExactMatcher::Progress& progress) {
+        std::atomic<bool> held = false;
+        return scan(folders, keepPictures, cancel, [&](const ScanProgress& report) {
+            progress(report);
+            if (report.stage != Stage::reading || held.exchange(true)) {
+                return;
+            }
+            auto until = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+            while (!cancel.isCancelled() && std::chrono::steady_clock::now() < until) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            }
+        });
+    };
+    return engine;
+}
+
 // A window over a model, as the program builds it.
 struct WindowFixture {
     ModelFixture fixture;
     Skins skins;
     MainWindow window{fixture.model(), skins, fixture.store()};
 
-    WindowFixture() {
+    explicit WindowFixture(const EngineWrapper& wrap = {})
+        : fixture(wrap) {
         window.show();
         (void)QTest::qWaitForWindowExposed(&window);
     }
@@ -261,7 +288,9 @@ void ScreensTest::overviewShowsWhatTheResultHolds() {
 }
 
 void ScreensTest::cancelLeadsBackHomeWithANotice() {
-    WindowFixture w;
+    // The engine reads a small library faster than the window hears of
+    // it: without the hold, the cancel could come after measuring began.
+    WindowFixture w(holdReadingUntilCancelled);
     PhotoCleanupModel& model = w.fixture.model();
     model.setSources({library_->root()});
     model.setMode(Mode::similar);
