@@ -111,10 +111,20 @@ private:
 // Moves pictures to the Trash slowly enough for the run to be caught.
 class SlowTrasher final : public brevant::Trasher {
 public:
-    [[nodiscard]] std::expected<std::optional<std::string>, brevant::TrashError>
-    trash(const std::string& path) const override {
+    [[nodiscard]] std::expected<std::string, brevant::TrashError>
+    reserve(const std::string& path) const override {
+        return brevant::FileManagerTrasher().reserve(path);
+    }
+
+    [[nodiscard]] std::expected<void, brevant::TrashError>
+    moveInto(const std::string& path, const std::string& trashPath) const override {
         QThread::msleep(700);
-        return brevant::FileManagerTrasher().trash(path);
+        return brevant::FileManagerTrasher().moveInto(path, trashPath);
+    }
+
+    [[nodiscard]] std::expected<void, brevant::TrashError>
+    putBack(const std::string& trashPath, const std::string& destination) const override {
+        return brevant::FileManagerTrasher().putBack(trashPath, destination);
     }
 };
 

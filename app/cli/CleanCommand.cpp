@@ -1,5 +1,6 @@
 #include "CleanCommand.hpp"
 
+#include "app/cli/ChangeLockWaiting.hpp"
 #include "app/cli/CleanupText.hpp"
 #include "app/cli/ExitStatus.hpp"
 #include "app/cli/LockCommands.hpp"
@@ -169,7 +170,11 @@ CleanupRequest CleanCommand::request() const {
 
 int CleanCommand::run(const Environment& environment) {
     auto data = platform::DataFolder::current();
-    auto locks = openLockStore(environment);
+    auto locks = openLockStore();
+    // Locked copies cannot be told: no cleanup until the file is repaired.
+    if (refuseDamaged(*locks, environment, "clean")) {
+        return ExitStatus::kFailed;
+    }
     CleanupScan scan = CleanupScan::run(request(), locks, data.featureCache(), environment);
     ScanCommand::reportRefused(scan.result, environment);
     if (scan.result.roots.empty()) {
@@ -208,7 +213,8 @@ int CleanCommand::clean(ReviewSession& session, const Environment& environment) 
         return outcome.end(environment, json_, refusal, ExitStatus::kCancelled);
     }
 
-    CleanupExecutor executor(platform::DataFolder::current().cleanups());
+    CleanupExecutor executor(platform::DataFolder::current());
+    executor.setWaiting(waitingOn(environment));
     auto total = static_cast<std::int64_t>(plan->removals.size());
     ProgressLine line(environment.err, environment.showProgress, environment.cancel);
     auto report =

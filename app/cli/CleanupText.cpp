@@ -178,6 +178,12 @@ std::string report(const CleanupReport& report, std::string_view home) {
     if (report.reconciled) {
         text += journal_texts::interruptedExplanation() + "\n";
     }
+    if (report.running) {
+        text += std::string(journal_texts::kRunning) + "\n";
+    }
+    if (report.damage) {
+        text += *report.damage + "\n";
+    }
     for (const auto& item : report.items) {
         const ItemOutcome& outcome = item.outcome;
         std::string shown = shownPath(item.removal.path, home);
@@ -213,8 +219,13 @@ std::string historyLine(const CleanupReport& report) {
         fmt::format("{}  {}  {}: {}; {} in the Trash", localDate(report.started),
                     report.planID.text(), pictures(static_cast<std::int64_t>(report.items.size())),
                     counts(report), humanBytes(report.freedBytes()));
-    if (!report.finished) {
+    if (report.running) {
+        line += " (running now)";
+    } else if (!report.finished) {
         line += " (unfinished)";
+    }
+    if (report.damage) {
+        line += "\n    " + *report.damage;
     }
     return line;
 }
@@ -227,6 +238,10 @@ Json historyJson(const CleanupReport& report) {
         {"unknown", report.unknown()},         {"restored", report.restored()},
         {"bytesInTrash", report.freedBytes()}, {"journal", path_text::encode(report.journalPath)}};
     entry["finished"] = report.finished ? Json(iso_date::text(*report.finished)) : Json(nullptr);
+    entry["running"] = report.running;
+    if (report.damage) {
+        entry["damage"] = *report.damage;
+    }
     return entry;
 }
 

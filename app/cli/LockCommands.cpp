@@ -1,5 +1,6 @@
 #include "LockCommands.hpp"
 
+#include "app/cli/ChangeLockWaiting.hpp"
 #include "app/cli/CleanupText.hpp"
 #include "app/cli/ExitStatus.hpp"
 #include "app/cli/Terminal.hpp"
@@ -46,15 +47,21 @@ std::optional<std::string> lockRefusal(const std::string& path) {
 
 } // namespace
 
-std::shared_ptr<LockStore> openLockStore(const Environment& environment) {
-    auto store = std::make_shared<LockStore>(platform::DataFolder::current().lockStore());
-    if (const auto& aside = store->movedAside()) {
-        fmt::print(environment.err,
-                   "brevant: the locks file could not be read and was moved aside to {}; "
-                   "no copy is locked now\n",
-                   shownPath(*aside, environment.home));
+std::shared_ptr<LockStore> openLockStore() {
+    return std::make_shared<LockStore>(platform::DataFolder::current().lockStore());
+}
+
+bool refuseDamaged(const LockStore& store, const Environment& environment,
+                   std::string_view command) {
+    auto damage = store.damage();
+    if (!damage) {
+        return false;
     }
-    return store;
+    std::string path = store.path().value_or(platform::DataFolder::current().lockStore());
+    fmt::print(environment.err, "brevant {}: {}\nTo set it aside and start with no locks: brevant "
+               "locks --reset\n",
+               command, LockStore::damageMessage(shownPath(path, environment.home), *damage));
+    return true;
 }
 
 std::string_view LockCommand::summary() const {
@@ -85,7 +92,14 @@ int LockCommand::run(const Environment& environment) {
         fmt::print(environment.err, "brevant lock: nothing was locked\n");
         return ExitStatus::kUsage;
     }
-    auto store = openLockStore(environment);
+    auto held = takeChangeLock(environment, "lock");
+    if (!held) {
+        return ExitStatus::kFailed;
+    }
+    auto store = openLockStore();
+    if (refuseDamaged(*store, environment, "lock")) {
+        return ExitStatus::kFailed;
+    }
     for (const auto& copy : copies) {
         bool already = store->isLocked(copy);
         store->add(copy);
@@ -108,7 +122,14 @@ void UnlockCommand::define(CLI::App& app) {
 }
 
 int UnlockCommand::run(const Environment& environment) {
-    auto store = openLockStore(environment);
+    auto held = takeChangeLock(environment, "unlock");
+    if (!held) {
+        return ExitStatus::kFailed;
+    }
+    auto store = openLockStore();
+    if (refuseDamaged(*store, environment, "unlock")) {
+        return ExitStatus::kFailed;
+    }
     for (const auto& given : paths_) {
         PhotoAsset copy = copyAt(given);
         bool locked = store->isLocked(copy);
@@ -126,15 +147,44 @@ std::string_view LocksCommand::summary() const {
 }
 
 std::vector<std::string> LocksCommand::synopsis() const {
-    return {"brevant locks [--json]"};
+    return {"brevant locks [--json]", "brevant locks --reset"};
 }
 
 void LocksCommand::define(CLI::App& app) {
-    addJson(app, json_, "Print the locks as JSON");
+    auto* json = addJson(app, json_, "Print the locks as JSON");
+    app.add_flag("--reset", reset_,
+                 "Move a lock file that cannot be read aside and start with no locks")
+        ->excludes(json);
+}
+
+int LocksCommand::reset(const Environment& environment) const {
+    auto held = takeChangeLock(environment, "locks");
+    if (!held) {
+        return ExitStatus::kFailed;
+    }
+    auto store = openLockStore();
+    if (!store->damage()) {
+        fmt::print(environment.out, "The lock file can be read; nothing was moved.\n");
+        return ExitStatus::kSuccess;
+    }
+    auto aside = store->setAside();
+    if (!aside) {
+        fmt::print(environment.err, "brevant locks: {}\n", aside.error());
+        return ExitStatus::kFailed;
+    }
+    fmt::print(environment.out, "The lock file was moved aside to {}; no copy is locked now.\n",
+               shownPath(*aside, environment.home));
+    return ExitStatus::kSuccess;
 }
 
 int LocksCommand::run(const Environment& environment) {
-    auto store = openLockStore(environment);
+    if (reset_) {
+        return reset(environment);
+    }
+    auto store = openLockStore();
+    if (refuseDamaged(*store, environment, "locks")) {
+        return ExitStatus::kFailed;
+    }
     auto locks = store->all();
     if (json_) {
         nlohmann::ordered_json list = nlohmann::ordered_json::array();

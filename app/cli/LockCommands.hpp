@@ -10,9 +10,13 @@
 
 namespace brevant::cli {
 
-// The lock store in the data folder; tells the user on `err` when a damaged
-// file had to be moved aside.
-[[nodiscard]] std::shared_ptr<LockStore> openLockStore(const Environment& environment);
+// The lock store in the data folder.
+[[nodiscard]] std::shared_ptr<LockStore> openLockStore();
+
+// When the store cannot be read: says so on `err`, with how to repair or
+// reset it, after "brevant COMMAND: ", and answers true.
+[[nodiscard]] bool refuseDamaged(const LockStore& store, const Environment& environment,
+                                 std::string_view command);
 
 // `brevant lock PATH...`: always keep these copies, in this scan and later
 // ones. Every path is checked first; when one cannot be locked nothing is.
@@ -45,6 +49,7 @@ private:
 };
 
 // `brevant locks [--json]`: the copies locked, oldest first.
+// `brevant locks --reset`: moves a lock file that cannot be read aside.
 class LocksCommand final : public Command {
 public:
     [[nodiscard]] std::string_view name() const override { return "locks"; }
@@ -55,7 +60,10 @@ public:
     [[nodiscard]] int run(const Environment& environment) override;
 
 private:
+    [[nodiscard]] int reset(const Environment& environment) const;
+
     bool json_ = false;
+    bool reset_ = false;
 };
 
 } // namespace brevant::cli

@@ -1,5 +1,6 @@
 #include "RestoreCommand.hpp"
 
+#include "app/cli/ChangeLockWaiting.hpp"
 #include "app/cli/CleanupHistory.hpp"
 #include "app/cli/ExitStatus.hpp"
 #include "app/cli/ProgressLine.hpp"
@@ -12,6 +13,7 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
+#include <set>
 
 namespace brevant::cli {
 
@@ -23,24 +25,25 @@ using Kind = RestoreOutcome::Kind;
 // What became of one picture asked for.
 struct Answer {
     std::string path;
-    // A RestoreOutcome kind, or "notMoved", "notInCleanup", "notAttempted".
+    // A RestoreOutcome kind, or "alreadyBack", "notMoved", "notInCleanup",
+    // "unknown", "notAttempted".
     std::string outcome;
     std::string message;
     // Where the picture is now, when it is back.
     std::string restoredAt;
 
-    [[nodiscard]] bool isBack() const { return outcome == rawValue(Kind::restored); }
+    [[nodiscard]] bool isBack() const {
+        return outcome == rawValue(Kind::restored) || outcome == "alreadyBack";
+    }
 };
 
-Answer putBack(const PlannedRemoval& removal, const std::string& journal, bool beside) {
-    std::string name = PathNames::lastComponent(removal.path);
-    RestoreOutcome outcome = Restorer::restore(removal, journal, removal.path);
-    if (outcome.kind == Kind::occupied && beside) {
-        outcome = Restorer::restore(removal, journal, Restorer::alternativePath(removal.path));
-    }
-    Answer answer{.path = removal.path,
+Answer answerOf(const std::string& path, const RestoreOutcome& outcome,
+                const Environment& environment) {
+    std::string name = PathNames::lastComponent(path);
+    Answer answer{.path = path,
                   .outcome = std::string(rawValue(outcome.kind)),
-                  .message = outcome.message(name)};
+                  .message = outcome.message(shownPath(name, environment.home),
+                                             shownPath(outcome.path, environment.home))};
     if (outcome.kind == Kind::restored) {
         answer.restoredAt = outcome.path;
     } else if (outcome.kind == Kind::occupied) {
@@ -49,8 +52,10 @@ Answer putBack(const PlannedRemoval& removal, const std::string& journal, bool b
     return answer;
 }
 
-// Why a picture named by the user cannot be put back from this cleanup.
-std::optional<Answer> notPossible(const std::string& path, const ItemReport* item) {
+// Why a picture named by the user is not put back from this cleanup;
+// nothing when it is in the Trash.
+std::optional<Answer> notPossible(const std::string& path, const ItemReport* item,
+                                  const Environment& environment) {
     if (item == nullptr) {
         return Answer{.path = path,
                       .outcome = "notInCleanup",
@@ -61,14 +66,20 @@ std::optional<Answer> notPossible(const std::string& path, const ItemReport* ite
         return std::nullopt;
     case ItemOutcome::Kind::restored:
         return Answer{.path = path,
-                      .outcome = "notMoved",
-                      .message = "It was put back already, at " + item->outcome.text + "."};
-    default:
+                      .outcome = "alreadyBack",
+                      .message = "It was put back already, at " +
+                                 shownPath(item->outcome.text, environment.home) + ".",
+                      .restoredAt = item->outcome.text};
+    case ItemOutcome::Kind::unknown:
+        return Answer{.path = path, .outcome = "unknown", .message = item->outcome.text};
+    case ItemOutcome::Kind::skipped:
+    case ItemOutcome::Kind::failed:
         return Answer{.path = path,
                       .outcome = "notMoved",
                       .message =
                           "This cleanup did not move it to the Trash: " + item->outcome.text};
     }
+    return std::nullopt;
 }
 
 const ItemReport* itemAt(const CleanupReport& report, const std::string& path) {
@@ -80,9 +91,9 @@ const ItemReport* itemAt(const CleanupReport& report, const std::string& path) {
     return nullptr;
 }
 
-// A picture that is back is named in its sentence already.
+// A picture put back now is named in its sentence already.
 void print(const Answer& answer, const Environment& environment) {
-    if (answer.isBack()) {
+    if (answer.outcome == rawValue(Kind::restored)) {
         fmt::print(environment.out, "{}\n", answer.message);
         return;
     }
@@ -116,6 +127,12 @@ int RestoreCommand::run(const Environment& environment) {
         fmt::print(environment.err, "brevant restore: name the pictures to put back, or --all\n");
         return ExitStatus::kUsage;
     }
+    // Held from before the journal is read, so that what it says is still
+    // so when the pictures move.
+    auto held = takeChangeLock(environment, "restore");
+    if (!held) {
+        return ExitStatus::kFailed;
+    }
     auto history = CleanupHistory::read(platform::DataFolder::current().cleanups());
     auto report = history.find(id_);
     if (!report) {
@@ -124,39 +141,53 @@ int RestoreCommand::run(const Environment& environment) {
     }
 
     std::vector<Answer> answers;
-    std::vector<const PlannedRemoval*> wanted;
+    std::vector<Restorer::Request> requests;
     if (all_) {
         for (const auto& item : report->items) {
-            if (item.outcome.kind == ItemOutcome::Kind::movedToTrash) {
-                wanted.push_back(&item.removal);
+            const auto kind = item.outcome.kind;
+            if (kind == ItemOutcome::Kind::movedToTrash) {
+                requests.push_back({item.removal.path, item.removal.path});
+            } else if (kind == ItemOutcome::Kind::unknown) {
+                // Never passed over in silence: its place is not known.
+                answers.push_back(*notPossible(item.removal.path, &item, environment));
             }
         }
     }
     for (const auto& given : paths_) {
         std::string path = PathRules::standardized(given);
         const ItemReport* item = itemAt(*report, path);
-        if (auto answer = notPossible(path, item)) {
+        if (auto answer = notPossible(path, item, environment)) {
             answers.push_back(std::move(*answer));
         } else {
-            wanted.push_back(&item->removal);
+            requests.push_back({path, path});
         }
     }
 
-    const CancellationFlag& cancel = environment.cancellation();
     ProgressLine line(environment.err, environment.showProgress, environment.cancel);
-    auto total = static_cast<std::int64_t>(wanted.size());
-    for (std::int64_t done = 0; done < total; ++done) {
-        const PlannedRemoval& removal = *wanted[done];
-        if (cancel.isCancelled()) {
-            answers.push_back({.path = removal.path,
+    auto results = Restorer::restore(
+        Restorer::Batch{.journalPath = report->journalPath,
+                        .requests = requests,
+                        .besideWhenOccupied = beside_,
+                        .held = &*held},
+        environment.cancellation(),
+        [&line](int done, int total) { line.show("Putting back", done, total); });
+    line.clear();
+    if (!results) {
+        fmt::print(environment.err, "brevant restore: {}\n", results.error());
+        return ExitStatus::kFailed;
+    }
+    std::set<std::string> attempted;
+    for (const auto& result : *results) {
+        attempted.insert(result.itemID);
+        answers.push_back(answerOf(result.itemID, result.outcome, environment));
+    }
+    for (const auto& request : requests) {
+        if (!attempted.contains(request.itemID)) {
+            answers.push_back({.path = request.itemID,
                                .outcome = "notAttempted",
                                .message = "Not put back: stopped before reaching it."});
-            continue;
         }
-        line.show("Putting back", done, total);
-        answers.push_back(putBack(removal, report->journalPath, beside_));
     }
-    line.clear();
 
     bool allBack = std::ranges::all_of(answers, &Answer::isBack);
     if (json_) {

@@ -70,7 +70,7 @@ bool CleanupController::start(const CleanupPlan& plan, const CleanupApproval& ap
     handled_ = 0;
     plan_ = plan;
     cancel_ = std::make_shared<CancellationFlag>();
-    CleanupExecutor executor(journalDirectory(), trasher_);
+    CleanupExecutor executor(platform::DataFolder{model_.dataFolder()}, trasher_);
     int total = static_cast<int>(plan.removals.size());
     Q_EMIT runStarted();
     Q_EMIT runProgress(0, total);
@@ -170,10 +170,26 @@ void CleanupController::putBack(const std::string& journalPath, std::vector<std:
         platform::runInBackground();
         std::vector<PutBackResult> results;
         if (auto report = CleanupJournal::report(journalPath)) {
-            for (auto& removal : inTrash(*report, itemIDs)) {
-                std::string destination =
-                    underAnotherName ? Restorer::alternativePath(removal.path) : removal.path;
-                RestoreOutcome outcome = Restorer::restore(removal, journalPath, destination);
+            auto removals = inTrash(*report, itemIDs);
+            Restorer::Batch batch{.journalPath = journalPath};
+            for (const auto& removal : removals) {
+                batch.requests.push_back(
+                    {removal.path,
+                     underAnotherName ? Restorer::alternativePath(removal.path) : removal.path});
+            }
+            CancellationFlag never;
+            auto done = Restorer::restore(batch, never);
+            for (auto& removal : removals) {
+                // A refused Put Back leaves every picture in the Trash, for
+                // the reason given.
+                RestoreOutcome outcome = done ? RestoreOutcome::notInTrash()
+                                              : RestoreOutcome::failed(done.error());
+                if (done) {
+                    auto result = std::ranges::find(*done, removal.path, &Restorer::Result::itemID);
+                    if (result != done->end()) {
+                        outcome = result->outcome;
+                    }
+                }
                 results.push_back({std::move(removal), std::move(outcome)});
             }
         }

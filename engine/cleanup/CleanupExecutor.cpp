@@ -4,10 +4,13 @@
 #include "engine/cleanup/CleanupPlanner.hpp"
 #include "engine/cleanup/ExecutorTexts.hpp"
 #include "engine/platform/FileStatus.hpp"
+#include "engine/review/LockStore.hpp"
 #include "engine/scan/ContentReader.hpp"
 #include "engine/scan/PathRules.hpp"
 
 #include <algorithm>
+#include <cerrno>
+#include <memory>
 #include <utility>
 
 namespace brevant {
@@ -88,6 +91,10 @@ KeeperVerdict comparedBytes(const PlannedRemoval& removal, const KeeperEvidence&
         }
         return failsWith(sentences::kKeeperChanged);
     case ContentReader::Failure::Kind::unreadable:
+        // The picture itself is what could not be read, not its kept copy.
+        if (same.error().path == removal.path) {
+            return {.itemReason = std::string(sentences::kUnreadable)};
+        }
         return failsWith(sentences::kKeeperUnreadable);
     }
     return failsWith(sentences::kKeeperUnreadable);
@@ -136,15 +143,68 @@ std::optional<std::string> keeperLeft(const PlannedRemoval& removal,
 }
 
 // Outcome entries that cannot be written are left to reconciliation.
-void record(CleanupJournal& journal, const PlannedRemoval& removal, ItemOutcome outcome) {
-    (void)journal.write(Entry::ofOutcome(removal.path, std::move(outcome), Date::now()));
+void record(CleanupJournal& journal, const PlannedRemoval& removal, ItemOutcome outcome,
+            const std::optional<std::string>& note = {}) {
+    std::vector<Entry> entries{Entry::ofOutcome(removal.path, std::move(outcome), Date::now())};
+    if (note) {
+        entries.push_back(Entry::ofNote(removal.path, *note, Date::now()));
+    }
+    (void)journal.write(entries);
+}
+
+// The lock store as it is on disk, read again whenever its file changes, so
+// that a copy locked while the run goes on stays too.
+class CurrentLocks {
+public:
+    explicit CurrentLocks(std::string path)
+        : path_(std::move(path)) {}
+
+    // Why the locks cannot be known now; nothing when they can.
+    [[nodiscard]] std::optional<std::string> damage() { return current().damage(); }
+
+    // Why the item must stay; nothing when no lock holds it.
+    [[nodiscard]] std::optional<std::string> reasonToKeep(const PlannedRemoval& removal) {
+        LockStore& store = current();
+        if (store.damage()) {
+            return std::string(sentences::kLocksUnreadable);
+        }
+        if (store.isLocked(removal.path, removal.snapshot.identity)) {
+            return std::string(sentences::kLockedSinceScan);
+        }
+        return std::nullopt;
+    }
+
+private:
+    LockStore& current() {
+        auto now = FileSnapshot::read(path_);
+        if (!store_ || now != seen_) {
+            store_ = std::make_unique<LockStore>(path_);
+            seen_ = now;
+        }
+        return *store_;
+    }
+
+    std::string path_;
+    std::optional<FileSnapshot> seen_;
+    std::unique_ptr<LockStore> store_;
+};
+
+// What one move came to: its outcome (none when its intent could not be
+// written, so nothing moved), a note, and the file now in the Trash.
+struct Move {
+    std::optional<ItemOutcome> outcome;
+    std::optional<std::string> note;
+    std::optional<FileIdentity> trashed;
+};
+
+Move failedMove(const TrashError& error) {
+    return {.outcome = ItemOutcome::failed(CleanupExecutor::explain(error))};
 }
 
 } // namespace
 
-CleanupExecutor::CleanupExecutor(std::string journalDirectory,
-                                 std::shared_ptr<const Trasher> trasher)
-    : journalDirectory_(std::move(journalDirectory))
+CleanupExecutor::CleanupExecutor(platform::DataFolder data, std::shared_ptr<const Trasher> trasher)
+    : data_(std::move(data))
     , trasher_(trasher ? std::move(trasher) : std::make_shared<FileManagerTrasher>()) {}
 
 std::optional<ExecutionRefusal> CleanupExecutor::refusal(const CleanupPlan& plan,
@@ -170,11 +230,65 @@ std::optional<ExecutionRefusal> CleanupExecutor::refusal(const CleanupPlan& plan
     }
     // Anything at the journal's name, even a dangling link, means this plan
     // was handed over before.
-    if (platform::statusOfPath(CleanupJournal::pathFor(plan.id, journalDirectory_))) {
+    if (platform::statusOfPath(CleanupJournal::pathFor(plan.id, journalDirectory()))) {
         return ExecutionRefusal::alreadyRun();
     }
     return std::nullopt;
 }
+
+namespace {
+
+// The moved file checked against the scan once more: a file that changed in
+// the instant between the check and the move (an editor saving by rename) is
+// put back at once; if its place was taken meanwhile it stays in the Trash,
+// recorded as the file it is, so that Put Back finds it.
+Move verified(const Trasher& trasher, const PlannedRemoval& removal, const std::string& trashPath) {
+    auto moved = FileSnapshot::read(trashPath);
+    if (!moved) {
+        return {.outcome = ItemOutcome::unknown(std::string(sentences::kGoneFromTrash))};
+    }
+    if (moved->isRegularFile && !moved->isSymbolicLink && sameFile(*moved, removal.snapshot)) {
+        return {.outcome = ItemOutcome::movedToTrash(trashPath, moved->identity),
+                .trashed = moved->identity};
+    }
+    if (trasher.putBack(trashPath, removal.path)) {
+        return {.outcome = ItemOutcome::skipped(std::string(sentences::kChangedWhileMoving))};
+    }
+    return {.outcome = ItemOutcome::movedToTrash(trashPath, moved->identity),
+            .note = std::string(sentences::kChangedKeptInTrash),
+            .trashed = moved->identity};
+}
+
+// Reserves the item's place in the Trash, writes it down in the intent, then
+// moves it there; a place taken meanwhile is reserved and written down anew.
+Move moveToTrash(const Trasher& trasher, CleanupJournal& journal, const PlannedRemoval& removal) {
+    constexpr int kAttempts = 16;
+    auto reserved = trasher.reserve(removal.path);
+    if (!reserved) {
+        if (!journal.write(Entry::ofIntent(removal.path, Date::now()))) {
+            return {};
+        }
+        return failedMove(reserved.error());
+    }
+    for (int attempt = 1;; ++attempt) {
+        if (!journal.write(Entry::ofIntent(removal.path, Date::now(), *reserved))) {
+            return {};
+        }
+        auto moved = trasher.moveInto(removal.path, *reserved);
+        if (moved) {
+            return verified(trasher, removal, *reserved);
+        }
+        if (moved.error().code != EEXIST || attempt == kAttempts) {
+            return failedMove(moved.error());
+        }
+        reserved = trasher.reserve(removal.path);
+        if (!reserved) {
+            return failedMove(reserved.error());
+        }
+    }
+}
+
+} // namespace
 
 std::expected<CleanupReport, ExecutionRefusal>
 CleanupExecutor::execute(const CleanupPlan& plan, const CleanupApproval& approval,
@@ -182,7 +296,16 @@ CleanupExecutor::execute(const CleanupPlan& plan, const CleanupApproval& approva
     if (auto refused = refusal(plan, approval)) {
         return std::unexpected(std::move(*refused));
     }
-    auto created = CleanupJournal::create(plan, journalDirectory_);
+    auto held = ChangeLock::take(data_, waiting_);
+    if (!held) {
+        return std::unexpected(ExecutionRefusal::busy(held.error().message()));
+    }
+    CurrentLocks locks(data_.lockStore());
+    if (auto damage = locks.damage()) {
+        return std::unexpected(ExecutionRefusal::locksUnreadable(
+            LockStore::damageMessage(data_.lockStore(), *damage)));
+    }
+    auto created = CleanupJournal::create(plan, journalDirectory());
     if (!created) {
         return std::unexpected(ExecutionRefusal::journalUnavailable(created.error().description));
     }
@@ -194,16 +317,17 @@ CleanupExecutor::execute(const CleanupPlan& plan, const CleanupApproval& approva
             record(*journal, removal, ItemOutcome::skipped(std::string(sentences::kCancelled)));
             continue;
         }
-        if (auto reason = check(removal, plan, trashed, cancel)) {
+        std::optional<std::string> reason = locks.reasonToKeep(removal);
+        if (!reason) {
+            reason = check(removal, plan, trashed, cancel);
+        }
+        if (reason) {
             record(*journal, removal, ItemOutcome::skipped(std::move(*reason)));
-        } else if (journal->write(Entry::ofIntent(removal.path, Date::now()))) {
-            auto moved = trasher_->trash(removal.path);
-            if (moved) {
-                trashed.insert(removal.snapshot.identity);
+        } else if (Move move = moveToTrash(*trasher_, *journal, removal); move.outcome) {
+            if (move.trashed) {
+                trashed.insert(*move.trashed);
             }
-            record(*journal, removal,
-                   moved ? ItemOutcome::movedToTrash(std::move(*moved))
-                         : ItemOutcome::failed(explain(moved.error())));
+            record(*journal, removal, std::move(*move.outcome), move.note);
         }
         ++handled;
         if (progress) {
@@ -231,7 +355,8 @@ std::optional<std::string> CleanupExecutor::check(const PlannedRemoval& removal,
     }
     auto now = FileSnapshot::read(removal.path);
     if (!now) {
-        return std::string(sentences::kGone);
+        bool denied = platform::statusErrorOf(removal.path) == EACCES;
+        return std::string(denied ? sentences::kNoPermission : sentences::kGone);
     }
     if (now->isSymbolicLink) {
         return std::string(sentences::kReplacedWithLink);

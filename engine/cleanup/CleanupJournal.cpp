@@ -2,8 +2,10 @@
 
 #include "engine/cleanup/JournalTexts.hpp"
 #include "engine/cleanup/TrashLocation.hpp"
+#include "engine/platform/FileLock.hpp"
 #include "engine/platform/FileStatus.hpp"
 #include "engine/platform/FolderListing.hpp"
+#include "engine/platform/FreedesktopTrash.hpp"
 #include "engine/scan/FileSnapshot.hpp"
 #include "engine/support/AtomicFile.hpp"
 #include "engine/support/IsoDate.hpp"
@@ -24,12 +26,17 @@ using Entry = CleanupJournal::Entry;
 constexpr std::string_view kFilePrefix = "cleanup-";
 constexpr std::string_view kFileSuffix = ".jsonl";
 constexpr mode_t kPermissions = 0600;
+// Stands for "not a regular file" among the errno values readError takes.
+constexpr int kNotAFile = -1;
 
 std::string nameOf(const std::string& path) {
     return std::filesystem::path(path).filename().string();
 }
 
 JournalError openError(const std::string& path, int code) {
+    if (code == EWOULDBLOCK) {
+        return {code, journal_texts::inUse(nameOf(path))};
+    }
     return {code, journal_texts::cannotOpen(nameOf(path), platform::errorText(code))};
 }
 
@@ -37,15 +44,26 @@ JournalError writeError(const std::string& path, int code) {
     return {code, journal_texts::cannotWrite(nameOf(path), platform::errorText(code))};
 }
 
-// Whatever made the create fail, it is reported as the file-already-exists
-// error: a journal is only ever created once, for a plan not yet run. The
-// code keeps the system's own reason.
+// A journal is only ever created once, for a plan not yet run, so a file of
+// its name is one explanation; any other is said as it is.
 JournalError createError(const std::string& directory, const std::string& name, int code) {
-    return {code, journal_texts::alreadyExists(name, directory)};
+    if (code == EEXIST) {
+        return {code, journal_texts::alreadyExists(name, directory)};
+    }
+    return {code, journal_texts::cannotCreate(name, directory, platform::errorText(code))};
 }
 
-JournalError unreadableError(const std::string& path) {
-    return {EINVAL, journal_texts::unreadable(nameOf(path))};
+JournalError readError(const std::string& path, int code) {
+    if (code == ELOOP) {
+        return {code, journal_texts::isLink(path)};
+    }
+    if (code == EINVAL) {
+        return {code, journal_texts::unreadable(nameOf(path))};
+    }
+    if (code == kNotAFile) {
+        return {EINVAL, journal_texts::notAFile(nameOf(path))};
+    }
+    return {code, journal_texts::cannotRead(nameOf(path), platform::errorText(code))};
 }
 
 // By start date, newest first; journals started in the same second by
@@ -68,22 +86,49 @@ std::vector<std::string> journalFiles(const std::string& directory) {
     return paths;
 }
 
-void fold(CleanupJournal::Parsed& parsed, bool& hasPlan, Entry entry) {
+// What folding needs besides the result: whether a plan line was read, and
+// the items the other lines name, in order, for a journal whose plan is
+// damaged.
+struct Folding {
+    CleanupJournal::Parsed parsed;
+    bool hasPlan = false;
+    bool hasEntry = false;
+    std::vector<std::string> itemsSeen;
+    std::set<std::string> seen;
+
+    void see(const std::optional<std::string>& item) {
+        if (item && seen.insert(*item).second) {
+            itemsSeen.push_back(*item);
+        }
+    }
+};
+
+void fold(Folding& folding, Entry entry) {
+    auto& parsed = folding.parsed;
+    if (!folding.hasEntry) {
+        parsed.started = entry.at;
+        folding.hasEntry = true;
+    }
+    folding.see(entry.itemID);
     switch (entry.kind) {
     case Entry::Kind::plan:
         if (entry.plan) {
             parsed.plan = std::move(*entry.plan);
             parsed.started = entry.at;
-            hasPlan = true;
+            folding.hasPlan = true;
         }
         return;
     case Entry::Kind::intent:
         if (entry.itemID) {
+            if (entry.trashPath) {
+                parsed.reserved[*entry.itemID].push_back(std::move(*entry.trashPath));
+            }
             parsed.intents.insert(std::move(*entry.itemID));
         }
         return;
     case Entry::Kind::outcome:
         if (entry.itemID && entry.outcome) {
+            parsed.putBacks.erase(*entry.itemID);
             parsed.outcomes.insert_or_assign(
                 std::move(*entry.itemID),
                 CleanupJournal::RecordedOutcome{std::move(*entry.outcome), entry.at});
@@ -91,13 +136,36 @@ void fold(CleanupJournal::Parsed& parsed, bool& hasPlan, Entry entry) {
         return;
     case Entry::Kind::note:
         if (entry.itemID && entry.text) {
+            // A Put Back that did not happen ends with its note.
+            parsed.putBacks.erase(*entry.itemID);
             parsed.notes[std::move(*entry.itemID)].push_back(std::move(*entry.text));
         }
         return;
     case Entry::Kind::finished:
         parsed.finished = entry.at;
         return;
+    case Entry::Kind::putBack:
+        if (entry.itemID && entry.trashPath && entry.destination) {
+            parsed.putBacks.insert_or_assign(
+                std::move(*entry.itemID),
+                CleanupJournal::PendingPutBack{std::move(*entry.trashPath),
+                                               std::move(*entry.destination)});
+        }
+        return;
     }
+}
+
+// Without a readable plan line the items are those the other lines name; a
+// moved one keeps the identity its outcome recorded, so it can be put back.
+CleanupPlan planFromLines(const Folding& folding) {
+    CleanupPlan plan;
+    for (const auto& item : folding.itemsSeen) {
+        PlannedRemoval removal;
+        removal.path = item;
+        removal.snapshot.identity = folding.parsed.trashedIdentity(removal);
+        plan.removals.push_back(std::move(removal));
+    }
+    return plan;
 }
 
 ItemReport itemReport(const CleanupJournal::Parsed& parsed, const PlannedRemoval& removal) {
@@ -120,18 +188,101 @@ ItemReport itemReport(const CleanupJournal::Parsed& parsed, const PlannedRemoval
     return item;
 }
 
-// Where an item with an intent but no outcome is now. Only looks.
-ItemOutcome whereItIs(const PlannedRemoval& removal, const std::vector<std::string>& trashFolders) {
-    auto inPlace = FileSnapshot::read(removal.path);
-    if (inPlace && inPlace->identity == removal.snapshot.identity) {
-        return ItemOutcome::skipped(std::string(journal_texts::kStillInPlace));
+// A file in the Trash at `trashPath`, as a regular file.
+std::optional<FileSnapshot> trashedFile(const std::string& trashPath) {
+    auto found = FileSnapshot::read(trashPath);
+    if (!found || !found->isRegularFile || found->isSymbolicLink) {
+        return std::nullopt;
     }
-    for (const auto& folder : trashFolders) {
-        if (auto found = TrashLocation::find(folder, removal.snapshot.identity)) {
-            return ItemOutcome::movedToTrash(std::move(found));
+    return found;
+}
+
+// What reconciliation decides for one item, and a note to go with it.
+struct Settled {
+    std::optional<ItemOutcome> outcome;
+    std::optional<std::string> note;
+};
+
+// Where an item with an intent but no outcome is now. Only looks: first
+// where its intents said it would go (the newest first), then in its place,
+// then by identity in the Trash folders.
+Settled whereItIs(const PlannedRemoval& removal, const std::vector<std::string>& reserved,
+                  const std::vector<std::string>& trashFolders) {
+    const FileIdentity& planned = removal.snapshot.identity;
+    for (auto slot = reserved.rbegin(); slot != reserved.rend(); ++slot) {
+        auto found = trashedFile(*slot);
+        if (!found) {
+            continue;
+        }
+        bool same = found->identity == planned;
+        if (same || platform::FreedesktopTrash::recordedPath(*slot) == removal.path) {
+            Settled settled{.outcome = ItemOutcome::movedToTrash(*slot, found->identity)};
+            if (!same) {
+                settled.note = std::string(journal_texts::kChangedAsItMoved);
+            }
+            return settled;
         }
     }
-    return ItemOutcome::unknown(std::string(journal_texts::kNotFoundInTrash));
+    auto inPlace = FileSnapshot::read(removal.path);
+    if (inPlace && inPlace->identity == planned) {
+        return {.outcome = ItemOutcome::skipped(std::string(journal_texts::kStillInPlace))};
+    }
+    for (const auto& folder : trashFolders) {
+        if (auto found = TrashLocation::find(folder, planned)) {
+            return {.outcome = ItemOutcome::movedToTrash(std::move(found), planned)};
+        }
+    }
+    return {.outcome = ItemOutcome::unknown(std::string(journal_texts::kNotFoundInTrash))};
+}
+
+// Where a Put Back cut short left its picture.
+Settled putBackSettled(const CleanupJournal::PendingPutBack& pending, const FileIdentity& moved) {
+    auto atDestination = FileSnapshot::read(pending.destination);
+    if (atDestination && atDestination->identity == moved) {
+        return {.outcome = ItemOutcome::restored(pending.destination)};
+    }
+    auto inTrash = trashedFile(pending.trashPath);
+    if (inTrash && inTrash->identity == moved) {
+        return {.note = std::string(journal_texts::kPutBackStopped)};
+    }
+    return {.note = journal_texts::putBackLost(pending.destination)};
+}
+
+// A Trash record this journal reserved for the item whose file is not
+// there: left by a move or a Put Back cut short.
+bool isOrphanRecord(const std::string& trashPath, const std::string& item) {
+    if (FileSnapshot::read(trashPath)) {
+        return false;
+    }
+    return platform::FreedesktopTrash::recordedPath(trashPath) == item;
+}
+
+// The places in the Trash the journal reserved or recorded for the item.
+std::vector<std::string> trashPathsOf(const CleanupJournal::Parsed& parsed,
+                                      const std::string& item) {
+    std::vector<std::string> paths;
+    if (auto reserved = parsed.reserved.find(item); reserved != parsed.reserved.end()) {
+        paths = reserved->second;
+    }
+    if (auto pending = parsed.putBacks.find(item); pending != parsed.putBacks.end()) {
+        paths.push_back(pending->second.trashPath);
+    }
+    return paths;
+}
+
+void removeOrphanRecords(const CleanupJournal::Parsed& before,
+                         const CleanupJournal::Parsed& after) {
+    for (const auto& removal : after.plan.removals) {
+        std::optional<std::string> inTrash;
+        if (auto recorded = after.outcomes.find(removal.path); recorded != after.outcomes.end()) {
+            inTrash = recorded->second.outcome.trashPath;
+        }
+        for (const auto& trashPath : trashPathsOf(before, removal.path)) {
+            if (trashPath != inTrash && isOrphanRecord(trashPath, removal.path)) {
+                (void)platform::FreedesktopTrash::removeTrashInfo(trashPath);
+            }
+        }
+    }
 }
 
 std::vector<std::string> trashFoldersOf(const CleanupPlan& plan,
@@ -153,8 +304,20 @@ Entry Entry::ofPlan(CleanupPlan plan, Date at) {
     return {.kind = Kind::plan, .plan = std::move(plan), .at = at};
 }
 
-Entry Entry::ofIntent(std::string itemID, Date at) {
-    return {.kind = Kind::intent, .itemID = std::move(itemID), .at = at};
+Entry Entry::ofIntent(std::string itemID, Date at, std::optional<std::string> trashPath) {
+    return {.kind = Kind::intent,
+            .itemID = std::move(itemID),
+            .trashPath = std::move(trashPath),
+            .at = at};
+}
+
+Entry Entry::ofPutBack(std::string itemID, std::string trashPath, std::string destination,
+                       Date at) {
+    return {.kind = Kind::putBack,
+            .itemID = std::move(itemID),
+            .trashPath = std::move(trashPath),
+            .destination = std::move(destination),
+            .at = at};
 }
 
 Entry Entry::ofOutcome(std::string itemID, ItemOutcome outcome, Date at) {
@@ -199,6 +362,8 @@ std::string_view rawValue(CleanupJournal::Entry::Kind kind) {
         return "finished";
     case Entry::Kind::note:
         return "note";
+    case Entry::Kind::putBack:
+        return "putBack";
     }
     return "note";
 }
@@ -214,6 +379,8 @@ void to_json(nlohmann::ordered_json& j, const CleanupJournal::Entry& value) {
     json::putOptionalText(j, "itemID", value.itemID);
     json::putOptional(j, "outcome", value.outcome);
     json::putOptionalText(j, "text", value.text);
+    json::putOptionalText(j, "trashPath", value.trashPath);
+    json::putOptionalText(j, "destination", value.destination);
     j["at"] = json::isoDate(value.at);
 }
 
@@ -223,7 +390,26 @@ void from_json(const nlohmann::ordered_json& j, CleanupJournal::Entry& value) {
     value.itemID = json::getOptionalText(j, "itemID");
     value.outcome = json::getOptional<ItemOutcome>(j, "outcome");
     value.text = json::getOptionalText(j, "text");
+    value.trashPath = json::getOptionalText(j, "trashPath");
+    value.destination = json::getOptionalText(j, "destination");
     value.at = json::getIsoDate(j, "at");
+}
+
+bool CleanupJournal::Parsed::needsReconciling() const {
+    if (!finished || !putBacks.empty()) {
+        return true;
+    }
+    return std::ranges::any_of(
+        intents, [this](const std::string& item) { return !outcomes.contains(item); });
+}
+
+FileIdentity CleanupJournal::Parsed::trashedIdentity(const PlannedRemoval& removal) const {
+    if (auto recorded = outcomes.find(removal.path); recorded != outcomes.end()) {
+        if (const auto& identity = recorded->second.outcome.identity) {
+            return *identity;
+        }
+    }
+    return removal.snapshot.identity;
 }
 
 std::string CleanupJournal::fileName(const Uuid& planID) {
@@ -246,6 +432,11 @@ CleanupJournal::create(const CleanupPlan& plan, const std::string& directory, Da
         int code = folderError ? folderError.value() : file.error();
         return std::unexpected(createError(directory, name, code));
     }
+    // Held until the run ends, so that nobody takes it for one cut short;
+    // only a reader's brief look can hold it now.
+    if (auto locked = file->lock(true); !locked) {
+        return std::unexpected(writeError(path, locked.error()));
+    }
     CleanupJournal journal(std::move(path), std::move(*file));
     if (auto written = journal.write(Entry::ofPlan(plan, now)); !written) {
         return std::unexpected(written.error());
@@ -257,6 +448,9 @@ std::expected<CleanupJournal, JournalError> CleanupJournal::appendingTo(const st
     auto file = platform::AppendOnlyFile::open(path);
     if (!file) {
         return std::unexpected(openError(path, file.error()));
+    }
+    if (auto locked = file->lock(false); !locked) {
+        return std::unexpected(openError(path, locked.error()));
     }
     auto torn = file->endsMidLine();
     if (!torn) {
@@ -273,16 +467,27 @@ std::expected<CleanupJournal, JournalError> CleanupJournal::appendingTo(const st
 }
 
 std::expected<void, JournalError> CleanupJournal::write(const Entry& entry) {
-    return writeLine(entry.encoded());
+    return writeLines(entry.encoded() + '\n');
 }
 
-std::expected<void, JournalError> CleanupJournal::writeLine(std::string line) {
+std::expected<void, JournalError> CleanupJournal::write(const std::vector<Entry>& entries) {
+    if (entries.empty()) {
+        return {};
+    }
+    std::string lines;
+    for (const auto& entry : entries) {
+        lines += entry.encoded();
+        lines += '\n';
+    }
+    return writeLines(std::move(lines));
+}
+
+std::expected<void, JournalError> CleanupJournal::writeLines(std::string lines) {
     if (file_.lastAppendCutShort()) {
         // Step past the piece of a line that write left, in the same call.
-        line.insert(line.begin(), '\n');
+        lines.insert(lines.begin(), '\n');
     }
-    line.push_back('\n');
-    if (auto appended = file_.append(line); !appended) {
+    if (auto appended = file_.append(lines); !appended) {
         return std::unexpected(writeError(path_, appended.error()));
     }
     return {};
@@ -308,20 +513,43 @@ std::expected<void, JournalError> CleanupJournal::append(const std::string& jour
     return journal->write(Entry::ofOutcome(itemID, outcome, now));
 }
 
-std::optional<CleanupJournal::Parsed> CleanupJournal::parse(const std::string& journalPath) {
+std::expected<CleanupJournal::Parsed, JournalError>
+CleanupJournal::read(const std::string& journalPath) {
     auto bytes = AtomicFile::read(journalPath);
     if (!bytes) {
+        auto status = FileSnapshot::read(journalPath);
+        int code = !status                  ? ENOENT
+                   : status->isSymbolicLink ? ELOOP
+                   : status->isRegularFile  ? EACCES
+                                            : kNotAFile;
+        return std::unexpected(readError(journalPath, code));
+    }
+    auto parsed = parseContents(
+        std::string_view(reinterpret_cast<const char*>(bytes->data()), bytes->size()));
+    if (!parsed) {
+        return std::unexpected(readError(journalPath, EINVAL));
+    }
+    if (parsed->planDamaged) {
+        std::string name = nameOf(journalPath);
+        std::string_view id = std::string_view(name).substr(kFilePrefix.size());
+        id.remove_suffix(kFileSuffix.size());
+        parsed->plan.id = Uuid::parse(id).value_or(Uuid{});
+    }
+    return std::move(*parsed);
+}
+
+std::optional<CleanupJournal::Parsed> CleanupJournal::parse(const std::string& journalPath) {
+    auto parsed = read(journalPath);
+    if (!parsed) {
         return std::nullopt;
     }
-    return parseContents(
-        std::string_view(reinterpret_cast<const char*>(bytes->data()), bytes->size()));
+    return std::move(*parsed);
 }
 
 std::optional<CleanupJournal::Parsed> CleanupJournal::parseContents(std::string_view contents) {
-    // Each line is decoded on its own, so a torn line (even one cut inside
-    // a character) costs only itself.
-    Parsed parsed;
-    bool hasPlan = false;
+    // Each line is decoded on its own, so a torn or damaged line (even one
+    // cut inside a character) costs only itself.
+    Folding folding;
     while (!contents.empty()) {
         std::size_t end = contents.find('\n');
         std::string_view line = contents.substr(0, end);
@@ -330,13 +558,21 @@ std::optional<CleanupJournal::Parsed> CleanupJournal::parseContents(std::string_
             continue;
         }
         if (auto entry = Entry::decode(line)) {
-            fold(parsed, hasPlan, std::move(*entry));
+            fold(folding, std::move(*entry));
+        } else if (end != std::string_view::npos) {
+            // A last line without its line feed is one a crash cut short
+            // as it was written, not damage.
+            ++folding.parsed.damagedLines;
         }
     }
-    if (!hasPlan) {
+    if (!folding.hasEntry) {
         return std::nullopt;
     }
-    return parsed;
+    if (!folding.hasPlan) {
+        folding.parsed.planDamaged = true;
+        folding.parsed.plan = planFromLines(folding);
+    }
+    return std::move(folding.parsed);
 }
 
 CleanupReport CleanupJournal::reportOf(const Parsed& parsed, std::string journalPath) {
@@ -345,6 +581,7 @@ CleanupReport CleanupJournal::reportOf(const Parsed& parsed, std::string journal
     report.started = parsed.started;
     report.finished = parsed.finished;
     report.journalPath = std::move(journalPath);
+    report.damage = journal_texts::damage(parsed.planDamaged, parsed.damagedLines);
     report.items.reserve(parsed.plan.removals.size());
     for (const auto& removal : parsed.plan.removals) {
         report.items.push_back(itemReport(parsed, removal));
@@ -360,12 +597,41 @@ std::optional<CleanupReport> CleanupJournal::report(const std::string& journalPa
     return reportOf(*parsed, journalPath);
 }
 
+bool CleanupJournal::isRunning(const std::string& journalPath) {
+    return platform::FileLock::isHeld(journalPath);
+}
+
+namespace {
+
+// A journal that gives no report is still listed, so that pictures it moved
+// are never hidden: its id from its name, dated by the file.
+CleanupReport unreadableReport(const std::string& path, const JournalError& error) {
+    CleanupReport report;
+    std::string name = nameOf(path);
+    std::string_view id = std::string_view(name).substr(kFilePrefix.size());
+    id.remove_suffix(kFileSuffix.size());
+    report.planID = Uuid::parse(id).value_or(Uuid{});
+    if (auto status = platform::statusOfPath(path)) {
+        report.started = Date::fromUnixSeconds(static_cast<double>(status->modifiedSeconds));
+    }
+    report.journalPath = path;
+    report.damage = error.description;
+    return report;
+}
+
+} // namespace
+
 std::vector<CleanupReport> CleanupJournal::history(const std::string& directory) {
     std::vector<CleanupReport> reports;
     for (const auto& path : journalFiles(directory)) {
-        if (auto report = CleanupJournal::report(path)) {
-            reports.push_back(std::move(*report));
+        auto parsed = read(path);
+        if (!parsed) {
+            reports.push_back(unreadableReport(path, parsed.error()));
+            continue;
         }
+        CleanupReport report = reportOf(*parsed, path);
+        report.running = !parsed->finished && isRunning(path);
+        reports.push_back(std::move(report));
     }
     std::ranges::sort(reports, kNewestFirst, [](const CleanupReport& report) {
         return std::tie(report.started, report.journalPath);
@@ -377,7 +643,7 @@ std::vector<std::string> CleanupJournal::unfinished(const std::string& directory
     std::vector<std::pair<Date, std::string>> found;
     for (const auto& path : journalFiles(directory)) {
         auto parsed = parse(path);
-        if (parsed && !parsed->finished) {
+        if (parsed && parsed->needsReconciling() && !isRunning(path)) {
             found.emplace_back(parsed->started, path);
         }
     }
@@ -392,34 +658,55 @@ std::vector<std::string> CleanupJournal::unfinished(const std::string& directory
 
 std::expected<CleanupReport, JournalError>
 CleanupJournal::reconcile(const std::vector<std::string>& trashFolders, Date now) {
-    auto parsed = parse(path_);
+    auto parsed = read(path_);
     if (!parsed) {
-        return std::unexpected(unreadableError(path_));
+        return std::unexpected(parsed.error());
     }
+    std::vector<Entry> entries;
     std::set<std::string> decided;
     for (const auto& removal : parsed->plan.removals) {
         const std::string& item = removal.path;
-        if (parsed->outcomes.contains(item) || !decided.insert(item).second) {
+        if (!decided.insert(item).second) {
             continue;
         }
-        ItemOutcome outcome = parsed->intents.contains(item)
-                                  ? whereItIs(removal, trashFolders)
-                                  : ItemOutcome::skipped(std::string(journal_texts::kNotAttempted));
-        if (auto written = write(Entry::ofOutcome(item, std::move(outcome), now)); !written) {
-            return std::unexpected(written.error());
+        Settled settled;
+        if (auto pending = parsed->putBacks.find(item); pending != parsed->putBacks.end()) {
+            settled = putBackSettled(pending->second, parsed->trashedIdentity(removal));
+        } else if (parsed->outcomes.contains(item)) {
+            continue;
+        } else if (parsed->intents.contains(item)) {
+            auto reserved = parsed->reserved.find(item);
+            settled = whereItIs(removal,
+                                reserved != parsed->reserved.end() ? reserved->second
+                                                                   : std::vector<std::string>{},
+                                trashFolders);
+        } else {
+            // No intent, so it never began to move.
+            settled.outcome = ItemOutcome::skipped(std::string(
+                parsed->finished ? journal_texts::kNeverMoved : journal_texts::kNotAttempted));
+        }
+        if (settled.outcome) {
+            entries.push_back(Entry::ofOutcome(item, std::move(*settled.outcome), now));
+        }
+        if (settled.note) {
+            entries.push_back(Entry::ofNote(item, std::move(*settled.note), now));
         }
     }
-    if (!parsed->finished) {
-        if (auto written = write(Entry::ofFinished(now)); !written) {
-            return std::unexpected(written.error());
-        }
+    bool cutShort = !parsed->finished;
+    if (cutShort) {
+        entries.push_back(Entry::ofFinished(now));
     }
-    auto report = CleanupJournal::report(path_);
-    if (!report) {
-        return std::unexpected(unreadableError(path_));
+    if (auto written = write(entries); !written) {
+        return std::unexpected(written.error());
     }
-    report->reconciled = true;
-    return *report;
+    auto after = read(path_);
+    if (!after) {
+        return std::unexpected(after.error());
+    }
+    removeOrphanRecords(*parsed, *after);
+    CleanupReport report = reportOf(*after, path_);
+    report.reconciled = cutShort;
+    return report;
 }
 
 std::vector<CleanupReport> CleanupJournal::recoverInterrupted(const std::string& directory) {
@@ -435,15 +722,24 @@ CleanupJournal::recoverInterrupted(const std::string& directory,
         if (!parsed) {
             continue;
         }
-        if (auto journal = appendingTo(path)) {
+        auto journal = appendingTo(path);
+        if (!journal && journal.error().code == EWOULDBLOCK) {
+            // Its writer came back to it meanwhile: it is not ours to settle.
+            continue;
+        }
+        if (journal) {
             auto reconciled = journal->reconcile(trashFoldersOf(parsed->plan, trashFoldersFor));
             if (reconciled) {
-                reports.push_back(std::move(*reconciled));
+                if (reconciled->reconciled) {
+                    reports.push_back(std::move(*reconciled));
+                }
                 continue;
             }
         }
         // Not reconciled this time; shown as it stands and tried again later.
-        reports.push_back(reportOf(*parsed, path));
+        if (!parsed->finished) {
+            reports.push_back(reportOf(*parsed, path));
+        }
     }
     return reports;
 }

@@ -54,6 +54,8 @@ public:
             outcome,
             finished,
             note,
+            // A Put Back about to move the item out of the Trash.
+            putBack,
         };
 
         Kind kind = Kind::note;
@@ -62,10 +64,19 @@ public:
         std::optional<std::string> itemID;
         std::optional<ItemOutcome> outcome;
         std::optional<std::string> text;
+        // intent: where in the Trash the item is about to go, written before
+        // its Trash record is, so that a record left by a crash is known as
+        // ours. putBack: where the item lies in the Trash.
+        std::optional<std::string> trashPath;
+        // putBack: where the item is about to be put.
+        std::optional<std::string> destination;
         Date at;
 
         [[nodiscard]] static Entry ofPlan(CleanupPlan plan, Date at);
-        [[nodiscard]] static Entry ofIntent(std::string itemID, Date at);
+        [[nodiscard]] static Entry ofIntent(std::string itemID, Date at,
+                                            std::optional<std::string> trashPath = {});
+        [[nodiscard]] static Entry ofPutBack(std::string itemID, std::string trashPath,
+                                             std::string destination, Date at);
         [[nodiscard]] static Entry ofOutcome(std::string itemID, ItemOutcome outcome, Date at);
         [[nodiscard]] static Entry ofNote(std::string itemID, std::string text, Date at);
         [[nodiscard]] static Entry ofFinished(Date at);
@@ -84,17 +95,44 @@ public:
         friend bool operator==(const RecordedOutcome&, const RecordedOutcome&) = default;
     };
 
+    // A Put Back written down as begun and not yet as done.
+    struct PendingPutBack {
+        std::string trashPath;
+        std::string destination;
+
+        friend bool operator==(const PendingPutBack&, const PendingPutBack&) = default;
+    };
+
     // A journal read back. Keys are item ids (the removals' paths).
     struct Parsed {
+        // When the plan line cannot be read, the plan holds only the items
+        // the other lines name, by path, and the id from the file's name.
         CleanupPlan plan;
-        // The date of the plan entry.
+        bool planDamaged = false;
+        // The date of the plan entry (of the first readable one when the plan
+        // is damaged).
         Date started;
         std::set<std::string> intents;
+        // The Trash paths the intents named, in file order.
+        std::map<std::string, std::vector<std::string>> reserved;
         // The latest outcome of each item: a later one replaces an earlier,
         // which is how Put Back turns movedToTrash into restored.
         std::map<std::string, RecordedOutcome> outcomes;
         std::map<std::string, std::vector<std::string>> notes;
+        // Put Backs begun whose result (an outcome or a note) is not written.
+        std::map<std::string, PendingPutBack> putBacks;
         std::optional<Date> finished;
+        // Lines that do not decode (a line torn by a crash among them).
+        int damagedLines = 0;
+
+        // The run was cut short, an item that began to move has no outcome
+        // (its line is damaged), or a Put Back was cut short: where things
+        // are must be worked out before anything is shown as settled.
+        [[nodiscard]] bool needsReconciling() const;
+
+        // The file the item went to the Trash as, when recorded (else the
+        // plan's snapshot identity).
+        [[nodiscard]] FileIdentity trashedIdentity(const PlannedRemoval& removal) const;
 
         friend bool operator==(const Parsed&, const Parsed&) = default;
     };
@@ -112,9 +150,11 @@ public:
     [[nodiscard]] static std::expected<CleanupJournal, JournalError>
     create(const CleanupPlan& plan, const std::string& directory, Date now = Date::now());
 
-    // Opens an existing journal to add to it. When its last byte is not a line
-    // feed (a line torn by a crash) one is written first, so the torn piece
-    // stays a line of its own and the next entry starts cleanly.
+    // Opens an existing journal to add to it, holding its lock: refused with
+    // EWOULDBLOCK while a running cleanup or Put Back holds it. When its last
+    // byte is not a line feed (a line torn by a crash) one is written first,
+    // so the torn piece stays a line of its own and the next entry starts
+    // cleanly.
     [[nodiscard]] static std::expected<CleanupJournal, JournalError>
     appendingTo(const std::string& path);
 
@@ -122,11 +162,17 @@ public:
     // write call, then fsync; the entry counts as written only when this
     // returns without error.
     [[nodiscard]] std::expected<void, JournalError> write(const Entry& entry);
+    // Several entries in one write call and one synchronisation.
+    [[nodiscard]] std::expected<void, JournalError> write(const std::vector<Entry>& entries);
 
     // Works out, for every planned item without an outcome, where it is now
-    // and records that; then the finished entry when there is none. Looks for
-    // moved items by identity in `trashFolders`. Never moves anything. The
-    // report is read back from the file, with `reconciled` set.
+    // and records that (first where its intent said it would go, then in
+    // place, then by identity in `trashFolders`), settles Put Backs cut
+    // short the same way, removes the Trash records this journal's moves
+    // reserved that hold no file (a move or a Put Back cut short), and adds
+    // the finished entry when there is none. Never moves a picture. The report
+    // is read back from the file, with `reconciled` set when the run itself
+    // had been cut short.
     [[nodiscard]] std::expected<CleanupReport, JournalError>
     reconcile(const std::vector<std::string>& trashFolders, Date now = Date::now());
 
@@ -142,27 +188,38 @@ public:
                                                                   const std::string& itemID,
                                                                   Date now = Date::now());
 
-    // The whole file folded; nothing when it cannot be read or has no plan.
-    // Lines that do not decode (a torn last line) are passed over.
+    // The whole file folded, read once. Lines that do not decode (a torn
+    // last line, a damaged one) are counted and passed over; without a
+    // readable plan the items are taken from the other lines. Refused when
+    // the file is a symbolic link, cannot be read, or holds no entry at all.
+    [[nodiscard]] static std::expected<Parsed, JournalError> read(const std::string& journalPath);
     [[nodiscard]] static std::optional<Parsed> parse(const std::string& journalPath);
     [[nodiscard]] static std::optional<Parsed> parseContents(std::string_view contents);
 
-    // One item per planned removal, in plan order; `reconciled` false.
+    // One item per planned removal, in plan order; `reconciled` false; the
+    // damaged part said in `damage`.
     [[nodiscard]] static std::optional<CleanupReport> report(const std::string& journalPath);
     [[nodiscard]] static CleanupReport reportOf(const Parsed& parsed, std::string journalPath);
 
     // The reports of the journals in the directory (not its subfolders),
-    // newest first; files that give no report are left out.
+    // newest first. A journal that cannot be read (a symbolic link, a file
+    // without a single readable line) is listed too, with no items and the
+    // reason in `damage`; one whose writer is still at work is `running`.
     [[nodiscard]] static std::vector<CleanupReport> history(const std::string& directory);
 
-    // The paths of the readable journals without a finished entry, newest
-    // first.
+    // The journals that need reconciling and whose writer is not at work,
+    // newest first.
     [[nodiscard]] static std::vector<std::string> unfinished(const std::string& directory);
 
-    // Reconciles every unfinished journal in the directory, searching the
-    // Trash folders of all its planned paths together, and answers their
-    // reports, newest first. A journal that could not be added to is given
-    // as it reads now (not reconciled); it is tried again next time.
+    // True while a running cleanup or Put Back holds the journal.
+    [[nodiscard]] static bool isRunning(const std::string& journalPath);
+
+    // Reconciles every journal of `unfinished`, searching the Trash folders
+    // of all its planned paths together, and answers the reports of those
+    // whose run had been cut short, newest first. A journal that could not
+    // be added to is given as it reads now (not reconciled); it is tried
+    // again next time. A journal whose writer still holds it is never
+    // touched.
     // The Trash folders are TrashLocation::candidates of each planned path.
     [[nodiscard]] static std::vector<CleanupReport>
     recoverInterrupted(const std::string& directory);
@@ -174,7 +231,7 @@ private:
         : path_(std::move(path))
         , file_(std::move(file)) {}
 
-    [[nodiscard]] std::expected<void, JournalError> writeLine(std::string line);
+    [[nodiscard]] std::expected<void, JournalError> writeLines(std::string lines);
 
     std::string path_;
     platform::AppendOnlyFile file_;
@@ -182,8 +239,8 @@ private:
 
 template <> struct EnumCases<CleanupJournal::Entry::Kind> {
     using Kind = CleanupJournal::Entry::Kind;
-    static constexpr std::array kAll{Kind::plan, Kind::intent, Kind::outcome, Kind::finished,
-                                     Kind::note};
+    static constexpr std::array kAll{Kind::plan,     Kind::intent, Kind::outcome,
+                                     Kind::finished, Kind::note,   Kind::putBack};
 };
 
 [[nodiscard]] std::string_view rawValue(CleanupJournal::Entry::Kind kind);

@@ -64,6 +64,10 @@ void to_json(nlohmann::ordered_json& j, const CleanupReport& value) {
     j["items"] = value.items;
     j["reconciled"] = value.reconciled;
     j["journalPath"] = json::text(value.journalPath);
+    json::putOptionalText(j, "damage", value.damage);
+    if (value.running) {
+        j["running"] = true;
+    }
 }
 
 void from_json(const nlohmann::ordered_json& j, CleanupReport& value) {
@@ -73,6 +77,8 @@ void from_json(const nlohmann::ordered_json& j, CleanupReport& value) {
     value.items = json::get<std::vector<ItemReport>>(j, "items");
     value.reconciled = json::get<bool>(j, "reconciled");
     value.journalPath = json::getText(j, "journalPath");
+    value.damage = json::getOptionalText(j, "damage");
+    value.running = json::has(j, "running") && json::get<bool>(j, "running");
 }
 
 } // namespace brevant

@@ -40,6 +40,11 @@ struct CleanupReport {
     // The outcomes were worked out afterwards, for an interrupted run.
     bool reconciled = false;
     std::string journalPath;
+    // What of the journal could not be read, as a sentence; its items are
+    // then those the rest of it names.
+    std::optional<std::string> damage;
+    // Its run is still going on (another process holds the journal).
+    bool running = false;
 
     [[nodiscard]] int count(ItemOutcome::Kind kind) const;
 

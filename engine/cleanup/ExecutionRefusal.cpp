@@ -41,6 +41,18 @@ ExecutionRefusal ExecutionRefusal::captureOnePhotos() {
     return refusalOf(Kind::captureOnePhotos);
 }
 
+ExecutionRefusal ExecutionRefusal::busy(std::string sentence) {
+    ExecutionRefusal refusal = refusalOf(Kind::busy);
+    refusal.detail = std::move(sentence);
+    return refusal;
+}
+
+ExecutionRefusal ExecutionRefusal::locksUnreadable(std::string sentence) {
+    ExecutionRefusal refusal = refusalOf(Kind::locksUnreadable);
+    refusal.detail = std::move(sentence);
+    return refusal;
+}
+
 std::string ExecutionRefusal::message() const {
     switch (kind) {
     case Kind::journalUnavailable:
@@ -58,6 +70,9 @@ std::string ExecutionRefusal::message() const {
     case Kind::captureOnePhotos:
         return "Photos in a Capture One catalog are never moved to the Trash from here. Tag them "
                "Red in Capture One instead.";
+    case Kind::busy:
+    case Kind::locksUnreadable:
+        return detail;
     }
     return "This approval is for a different set of pictures. Review them again.";
 }
@@ -77,6 +92,10 @@ std::string_view rawValue(ExecutionRefusal::Kind kind) {
         return "lightroomPhotos";
     case Kind::captureOnePhotos:
         return "captureOnePhotos";
+    case Kind::busy:
+        return "busy";
+    case Kind::locksUnreadable:
+        return "locksUnreadable";
     }
     return "approvalDoesNotMatch";
 }

@@ -18,10 +18,15 @@ struct ExecutionRefusal {
         libraryPhotos,
         lightroomPhotos,
         captureOnePhotos,
+        // Another run holds the data folder's change lock.
+        busy,
+        // The lock store cannot be read, so the locks are not known.
+        locksUnreadable,
     };
 
     Kind kind = Kind::approvalDoesNotMatch;
-    // journalUnavailable: why the record could not be written or read.
+    // journalUnavailable: why the record could not be written or read;
+    // busy and locksUnreadable: the whole sentence.
     std::string detail;
 
     [[nodiscard]] static ExecutionRefusal journalUnavailable(std::string detail);
@@ -30,6 +35,8 @@ struct ExecutionRefusal {
     [[nodiscard]] static ExecutionRefusal libraryPhotos();
     [[nodiscard]] static ExecutionRefusal lightroomPhotos();
     [[nodiscard]] static ExecutionRefusal captureOnePhotos();
+    [[nodiscard]] static ExecutionRefusal busy(std::string sentence);
+    [[nodiscard]] static ExecutionRefusal locksUnreadable(std::string sentence);
 
     // The complete sentence shown to the user.
     [[nodiscard]] std::string message() const;
@@ -39,9 +46,14 @@ struct ExecutionRefusal {
 
 template <> struct EnumCases<ExecutionRefusal::Kind> {
     using Kind = ExecutionRefusal::Kind;
-    static constexpr std::array kAll{Kind::journalUnavailable, Kind::approvalDoesNotMatch,
-                                     Kind::alreadyRun,         Kind::libraryPhotos,
-                                     Kind::lightroomPhotos,    Kind::captureOnePhotos};
+    static constexpr std::array kAll{Kind::journalUnavailable,
+                                     Kind::approvalDoesNotMatch,
+                                     Kind::alreadyRun,
+                                     Kind::libraryPhotos,
+                                     Kind::lightroomPhotos,
+                                     Kind::captureOnePhotos,
+                                     Kind::busy,
+                                     Kind::locksUnreadable};
 };
 
 [[nodiscard]] std::string_view rawValue(ExecutionRefusal::Kind kind);

@@ -9,6 +9,7 @@ namespace brevant {
 namespace {
 
 constexpr std::string_view kTrashPathKey = "trashPath";
+constexpr std::string_view kIdentityKey = "identity";
 // The key of an unnamed payload.
 constexpr std::string_view kPayloadKey = "_0";
 
@@ -21,10 +22,12 @@ ItemOutcome withText(ItemOutcome::Kind kind, std::string text) {
 
 } // namespace
 
-ItemOutcome ItemOutcome::movedToTrash(std::optional<std::string> trashPath) {
+ItemOutcome ItemOutcome::movedToTrash(std::optional<std::string> trashPath,
+                                      std::optional<FileIdentity> identity) {
     ItemOutcome outcome;
     outcome.kind = Kind::movedToTrash;
     outcome.trashPath = std::move(trashPath);
+    outcome.identity = identity;
     return outcome;
 }
 
@@ -68,6 +71,9 @@ void PrintTo(const ItemOutcome& outcome, std::ostream* os) {
     *os << rawValue(outcome.kind) << "(";
     if (outcome.kind == ItemOutcome::Kind::movedToTrash) {
         *os << outcome.trashPath.value_or("no path");
+        if (outcome.identity) {
+            *os << ", " << outcome.identity->device << ":" << outcome.identity->inode;
+        }
     } else {
         *os << "\"" << outcome.text << "\"";
     }
@@ -78,6 +84,7 @@ void to_json(nlohmann::ordered_json& j, const ItemOutcome& value) {
     json::Json payload = json::Json::object();
     if (value.kind == ItemOutcome::Kind::movedToTrash) {
         json::putOptionalText(payload, kTrashPathKey, value.trashPath);
+        json::putOptional(payload, kIdentityKey, value.identity);
     } else {
         payload[std::string(kPayloadKey)] = json::text(value.text);
     }
@@ -103,6 +110,7 @@ void from_json(const nlohmann::ordered_json& j, ItemOutcome& value) {
     value.kind = *kind;
     if (*kind == ItemOutcome::Kind::movedToTrash) {
         value.trashPath = json::getOptionalText(payload, kTrashPathKey);
+        value.identity = json::getOptional<FileIdentity>(payload, kIdentityKey);
     } else {
         value.text = json::getText(payload, kPayloadKey);
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/scan/FileSnapshot.hpp"
 #include "engine/support/RawValue.hpp"
 
 #include <iosfwd>
@@ -25,11 +26,16 @@ struct ItemOutcome {
     Kind kind = Kind::skipped;
     // movedToTrash only.
     std::optional<std::string> trashPath;
+    // movedToTrash only: the file that went, as found in the Trash after the
+    // move, so that Put Back knows it even when the plan cannot be read.
+    // Absent in records written before it was kept.
+    std::optional<FileIdentity> identity;
     // Every case but movedToTrash. For `restored` it is the path the picture
     // was put back at.
     std::string text;
 
-    [[nodiscard]] static ItemOutcome movedToTrash(std::optional<std::string> trashPath);
+    [[nodiscard]] static ItemOutcome movedToTrash(std::optional<std::string> trashPath,
+                                                  std::optional<FileIdentity> identity = {});
     [[nodiscard]] static ItemOutcome skipped(std::string text);
     [[nodiscard]] static ItemOutcome failed(std::string text);
     [[nodiscard]] static ItemOutcome unknown(std::string text);
@@ -48,8 +54,9 @@ template <> struct EnumCases<ItemOutcome::Kind> {
 void PrintTo(ItemOutcome::Kind kind, std::ostream* os);
 void PrintTo(const ItemOutcome& outcome, std::ostream* os);
 
-// An object with one key, the case name: {"movedToTrash":{"trashPath":"…"}}
-// (the inner object empty when the path is absent) or {"skipped":{"_0":"…"}}
+// An object with one key, the case name:
+// {"movedToTrash":{"trashPath":"…","identity":{"device":…,"inode":…}}}
+// (absent members left out) or {"skipped":{"_0":"…"}}
 // and the same for failed, unknown and restored.
 void to_json(nlohmann::ordered_json& j, const ItemOutcome& value);
 void from_json(const nlohmann::ordered_json& j, ItemOutcome& value);

@@ -40,8 +40,60 @@ std::string cannotWrite(std::string_view name, std::string_view reason) {
 }
 
 std::string unreadable(std::string_view name) {
-    return fmt::format("The cleanup record \u201c{}\u201d couldn\u2019t be read: it has no plan.",
+    return fmt::format("The cleanup record \u201c{}\u201d couldn\u2019t be read: none of its "
+                       "lines could be read.",
                        name);
+}
+
+std::string cannotCreate(std::string_view name, std::string_view folder, std::string_view reason) {
+    return fmt::format("The cleanup record \u201c{}\u201d couldn\u2019t be created in the folder "
+                       "\u201c{}\u201d ({}).",
+                       name, folder, reason);
+}
+
+std::string cannotRead(std::string_view name, std::string_view reason) {
+    return fmt::format("The cleanup record \u201c{}\u201d couldn\u2019t be read ({}).", name,
+                       reason);
+}
+
+std::string notAFile(std::string_view name) {
+    return fmt::format("The cleanup record \u201c{}\u201d is not a file, so it cannot be read.",
+                       name);
+}
+
+std::string inUse(std::string_view name) {
+    return fmt::format("The cleanup record \u201c{}\u201d is in use by a cleanup or Put Back "
+                       "that is still running.",
+                       name);
+}
+
+std::string isLink(std::string_view path) {
+    return fmt::format("This cleanup record is a symbolic link, which {} does not follow: {}. "
+                       "Put the record itself there to see its pictures.",
+                       texts::kApplication, path);
+}
+
+std::string putBackLost(std::string_view destination) {
+    return fmt::format("Put Back stopped part way; the picture is neither in the Trash nor at {} "
+                       "\u2014 look for it there and in the Trash.",
+                       destination);
+}
+
+std::optional<std::string> damage(bool planDamaged, int damagedLines) {
+    if (planDamaged) {
+        return std::string("Part of this cleanup\u2019s record is damaged: its plan could not be "
+                           "read, so only the pictures its other lines name are listed.");
+    }
+    if (damagedLines == 1) {
+        return std::string("One line of this cleanup\u2019s record could not be read; its "
+                           "pictures are listed from the rest.");
+    }
+    if (damagedLines > 1) {
+        return fmt::format("{} lines of this cleanup\u2019s record could not be read; its "
+                           "pictures are listed from the rest.",
+                           damagedLines);
+    }
+    return std::nullopt;
 }
 
 } // namespace brevant::journal_texts

@@ -21,10 +21,12 @@ RestoreOutcome RestoreOutcome::notInTrash() {
     return {.kind = Kind::notInTrash};
 }
 
-std::string RestoreOutcome::message(std::string_view pictureName) const {
+std::string RestoreOutcome::message(std::string_view pictureName,
+                                    std::string_view shownPath) const {
     switch (kind) {
     case Kind::restored:
-        return std::string(pictureName) + " is back, at " + path + ".";
+        return std::string(pictureName) + " is back, at " +
+               std::string(shownPath.empty() ? std::string_view(path) : shownPath) + ".";
     case Kind::occupied:
         return "A file has taken this picture's place since it was moved. It is never "
                "overwritten: put the picture back under another name, or use your file manager.";

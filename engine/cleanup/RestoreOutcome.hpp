@@ -33,8 +33,11 @@ struct RestoreOutcome {
     [[nodiscard]] static RestoreOutcome failed(std::string reason);
     [[nodiscard]] static RestoreOutcome notInTrash();
 
-    // What the interface says of it, for the picture named `pictureName`.
-    [[nodiscard]] std::string message(std::string_view pictureName) const;
+    // What the interface says of it, for the picture named `pictureName`;
+    // `shownPath`, when given, is how `path` is shown (shortened, its odd
+    // bytes escaped).
+    [[nodiscard]] std::string message(std::string_view pictureName,
+                                      std::string_view shownPath = {}) const;
 
     friend bool operator==(const RestoreOutcome&, const RestoreOutcome&) = default;
 };

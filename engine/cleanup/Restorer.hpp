@@ -1,35 +1,85 @@
 #pragma once
 
+#include "engine/cleanup/ChangeLock.hpp"
 #include "engine/cleanup/CleanupPlan.hpp"
 #include "engine/cleanup/RestoreOutcome.hpp"
+#include "engine/scan/CancellationFlag.hpp"
 #include "engine/support/Date.hpp"
 
+#include <expected>
+#include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace brevant {
 
-// Put Back: moves one picture that a cleanup moved to the Trash back where
-// it was, or to a free name beside it, and records that in the cleanup's
-// journal. It never overwrites and never copies: the picture is renamed out
+// Put Back: moves pictures that a cleanup moved to the Trash back where they
+// were, or to a free name beside them, and records that in the cleanup's
+// journal. It never overwrites and never copies: each picture is renamed out
 // of the Trash in one step that fails rather than replace anything.
+//
+// A Put Back is journalled like a move: a putBack entry before the picture
+// moves and its result after, so that one cut short is settled by
+// reconciliation. It holds the data folder's change lock (the journal lies in
+// the folder's "Cleanups") and the journal's own lock, and reads the journal
+// once, however many pictures it puts back.
 struct Restorer {
-    // The file operation alone. The file at `trashPath` must be the planned
-    // one (same device and inode; a different file of that name is never put
-    // back) and the destination's folder must exist; then it is renamed
-    // without replacing anything and its .trashinfo record is removed.
-    [[nodiscard]] static RestoreOutcome attempt(const PlannedRemoval& removal,
-                                                const std::optional<std::string>& trashPath,
-                                                const std::string& destination);
+    // One picture of the cleanup, by its planned path, and where it goes.
+    struct Request {
+        std::string itemID;
+        std::string destination;
+    };
 
-    // Finds where the journal says the item went, attempts the Put Back and
-    // records it there: `restored` as the item's new outcome, the others as
-    // a note dated `now` (see noteFor). A journal that cannot be read or
-    // written does not change the outcome answered.
+    // What became of one picture asked for.
+    struct Result {
+        std::string itemID;
+        RestoreOutcome outcome;
+
+        friend bool operator==(const Result&, const Result&) = default;
+    };
+
+    struct Batch {
+        std::string journalPath;
+        std::vector<Request> requests;
+        // A picture whose place is taken goes back under alternativePath of
+        // its destination instead, after the refusal is noted.
+        bool besideWhenOccupied = false;
+        // How to wait while another run holds the change lock; without it
+        // the Put Back is refused at once.
+        ChangeLock::Waiting waiting;
+        // The change lock, when the caller took it already (to read the
+        // journal it chose the pictures from under it).
+        const ChangeLock* held = nullptr;
+        Date now = Date::now();
+    };
+
+    // Called after each picture, with the number done and the total.
+    using Progress = std::function<void(int done, int total)>;
+
+    // Puts the pictures back in request order. Each one's file in the Trash
+    // must be the one the cleanup moved (same device and inode; a different
+    // file of that name is never put back) and its destination's folder
+    // must exist. Results come for the pictures attempted: a cancellation
+    // leaves the rest out. Refused with a sentence, before anything moves,
+    // when another run holds the change lock or the journal, or the journal
+    // cannot be read or written.
+    [[nodiscard]] static std::expected<std::vector<Result>, std::string>
+    restore(const Batch& batch, const CancellationFlag& cancel, const Progress& progress = {});
+
+    // One picture, as restore above, answering its outcome (a refusal of
+    // the whole Put Back comes back as failed with its sentence).
     [[nodiscard]] static RestoreOutcome restore(const PlannedRemoval& removal,
                                                 const std::string& journalPath,
                                                 const std::string& destination,
                                                 Date now = Date::now());
+
+    // The file operation alone, for a picture that went to the Trash as
+    // `trashed`: checks, renames without replacing anything and drops the
+    // Trash record. Nothing is written to a journal.
+    [[nodiscard]] static RestoreOutcome attempt(const FileIdentity& trashed,
+                                                const std::optional<std::string>& trashPath,
+                                                const std::string& destination);
 
     // The journal's note for an outcome other than `restored`, with the date
     // as the user's locale writes it briefly (platform::shortDateTime).

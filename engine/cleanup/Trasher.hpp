@@ -20,8 +20,9 @@ struct TrashError {
 
 void PrintTo(const TrashError& error, std::ostream* out);
 
-// Moves one item to the Trash. The cleanup logic depends only on this, so
-// tests can stand in for the platform.
+// Moves items to the Trash in two steps, so that the cleanup can write down
+// where an item is about to go before it goes, and puts them back. The
+// cleanup logic depends only on this, so tests can stand in for the platform.
 class Trasher {
 public:
     Trasher() = default;
@@ -31,18 +32,37 @@ public:
     Trasher& operator=(Trasher&&) = default;
     virtual ~Trasher() = default;
 
-    // The path at which the item now lies in the Trash, when the platform
-    // says; an error when it was not moved, in which case it is untouched.
-    [[nodiscard]] virtual std::expected<std::optional<std::string>, TrashError>
-    trash(const std::string& path) const = 0;
+    // The path in the Trash at which the item would lie; nothing is moved
+    // or recorded yet.
+    [[nodiscard]] virtual std::expected<std::string, TrashError>
+    reserve(const std::string& path) const = 0;
+
+    // Moves the item to the reserved place, never replacing anything
+    // (EEXIST: taken since it was reserved). On an error the item is
+    // untouched.
+    [[nodiscard]] virtual std::expected<void, TrashError>
+    moveInto(const std::string& path, const std::string& trashPath) const = 0;
+
+    // Renames a trashed item to `destination` without replacing anything
+    // (EEXIST: occupied, nothing moved) and drops its Trash record.
+    [[nodiscard]] virtual std::expected<void, TrashError>
+    putBack(const std::string& trashPath, const std::string& destination) const = 0;
+
+    // Both steps, reserving again while a reserved place is taken meanwhile;
+    // the item's path in the Trash.
+    [[nodiscard]] std::expected<std::string, TrashError> trash(const std::string& path) const;
 };
 
 // The freedesktop.org Trash that desktop file managers and trash-cli share:
 // the item is renamed into the Trash of its own volume, never copied.
 class FileManagerTrasher final : public Trasher {
 public:
-    [[nodiscard]] std::expected<std::optional<std::string>, TrashError>
-    trash(const std::string& path) const override;
+    [[nodiscard]] std::expected<std::string, TrashError>
+    reserve(const std::string& path) const override;
+    [[nodiscard]] std::expected<void, TrashError>
+    moveInto(const std::string& path, const std::string& trashPath) const override;
+    [[nodiscard]] std::expected<void, TrashError>
+    putBack(const std::string& trashPath, const std::string& destination) const override;
 };
 
 } // namespace brevant

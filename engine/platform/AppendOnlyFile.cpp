@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <filesystem>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -150,6 +151,18 @@ std::expected<void, int> AppendOnlyFile::append(std::string_view bytes) {
         return std::unexpected(EIO);
     }
     return calls().sync(descriptor_);
+}
+
+std::expected<void, int> AppendOnlyFile::lock(bool wait) {
+    int operation = wait ? LOCK_EX : LOCK_EX | LOCK_NB;
+    for (;;) {
+        if (::flock(descriptor_, operation) == 0) {
+            return {};
+        }
+        if (errno != EINTR) {
+            return std::unexpected(errno == EAGAIN ? EWOULDBLOCK : errno);
+        }
+    }
 }
 
 std::expected<bool, int> AppendOnlyFile::endsMidLine() const {

@@ -71,6 +71,11 @@ public:
     // The last append's write took only part of its bytes.
     [[nodiscard]] bool lastAppendCutShort() const { return cutShort_; }
 
+    // Takes an exclusive flock on the file, held until the handle closes, so
+    // that others can tell a file still being written from one left behind.
+    // Without `wait`, EWOULDBLOCK when another holds it.
+    [[nodiscard]] std::expected<void, int> lock(bool wait);
+
     // True when the file is not empty and its last byte is not a line feed:
     // its last line was cut short.
     [[nodiscard]] std::expected<bool, int> endsMidLine() const;

@@ -87,4 +87,8 @@ std::string DataFolder::markings() const {
     return joined(path, kMarkingsName);
 }
 
+std::string DataFolder::changeLock() const {
+    return joined(path, kChangeLockName);
+}
+
 } // namespace brevant::platform

@@ -8,13 +8,15 @@ namespace brevant::platform {
 
 // The one place that knows where Brevant keeps its own files: the feature
 // cache, the lock store, the cleanup journals and the catalog markers'
-// records. Everything that reads or writes one of them asks here, so a test
-// (or a user) that points BREVANT_DATA_DIR elsewhere moves all of them at once.
+// records, and the lock that serialises runs changing them. Everything that reads or writes one of
+// them asks here, so a test (or a user) that points BREVANT_DATA_DIR elsewhere moves all of them at
+// once.
 struct DataFolder {
     static constexpr std::string_view kFeatureCacheName = "features.plist";
     static constexpr std::string_view kLockStoreName = "keep-locks.json";
     static constexpr std::string_view kCleanupsName = "Cleanups";
     static constexpr std::string_view kMarkingsName = "Markings";
+    static constexpr std::string_view kChangeLockName = "changes.lock";
     static constexpr std::string_view kFolderName = "Brevant";
 
     // What the location depends on, so that it can be worked out without
@@ -55,6 +57,8 @@ struct DataFolder {
     [[nodiscard]] std::string lockStore() const;
     [[nodiscard]] std::string cleanups() const;
     [[nodiscard]] std::string markings() const;
+    // The lock file that every run changing pictures or these records holds.
+    [[nodiscard]] std::string changeLock() const;
 
     friend bool operator==(const DataFolder&, const DataFolder&) = default;
 };

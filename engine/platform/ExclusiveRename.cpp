@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
+#include <unistd.h>
 
 namespace brevant::platform {
 
@@ -11,6 +12,14 @@ std::expected<void, int> renameNoReplace(const std::string& from, const std::str
         return std::unexpected(errno);
     }
     return {};
+}
+
+void syncFolder(const std::string& folder) {
+    int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor >= 0) {
+        ::fsync(descriptor);
+        ::close(descriptor);
+    }
 }
 
 } // namespace brevant::platform

@@ -12,4 +12,8 @@ namespace brevant::platform {
 [[nodiscard]] std::expected<void, int> renameNoReplace(const std::string& from,
                                                        const std::string& to);
 
+// Forces a folder's entries (names made, renamed or removed in it) to the
+// storage device; errors are ignored, as there is nothing left to undo.
+void syncFolder(const std::string& folder);
+
 } // namespace brevant::platform

@@ -35,6 +35,11 @@ std::optional<FileStatus> statusOfPath(const std::string& path) {
     return statusFrom(status);
 }
 
+int statusErrorOf(const std::string& path) {
+    struct stat status{};
+    return ::lstat(path.c_str(), &status) == 0 ? 0 : errno;
+}
+
 std::optional<FileStatus> statusOfOpenFile(int descriptor) {
     struct stat status{};
     if (::fstat(descriptor, &status) != 0) {

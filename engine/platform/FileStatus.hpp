@@ -23,6 +23,9 @@ struct FileStatus {
 // lstat: the path itself, a final symbolic link is not followed.
 [[nodiscard]] std::optional<FileStatus> statusOfPath(const std::string& path);
 
+// The errno with which lstat of the path fails; 0 when it succeeds.
+[[nodiscard]] int statusErrorOf(const std::string& path);
+
 // fstat of an open file.
 [[nodiscard]] std::optional<FileStatus> statusOfOpenFile(int descriptor);
 

@@ -16,7 +16,9 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <fmt/format.h>
+#include <glib.h>
 #include <iterator>
+#include <memory>
 #include <span>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -33,6 +35,9 @@ constexpr mode_t kRecordMode = 0600;
 constexpr int kMaxAttempts = 10000;
 // An "extension" longer than this is part of the name, not a type.
 constexpr std::size_t kMaxExtension = 32;
+// A record holds a path of at most PATH_MAX bytes, each at most three when
+// encoded, and a date.
+constexpr std::size_t kMaxRecordSize = 3 * PATH_MAX + 256;
 
 // Owns one open file descriptor.
 class Descriptor {
@@ -73,6 +78,8 @@ struct OpenTrash {
     Descriptor info;
 };
 
+thread_local const ScopedTrashMoveHook::Hook* currentMoveHook = nullptr;
+
 std::string userId() {
     return std::to_string(::getuid());
 }
@@ -81,11 +88,6 @@ void syncFolder(int folder) {
     if (folder >= 0) {
         ::fsync(folder);
     }
-}
-
-void syncFolder(const std::string& folder) {
-    Descriptor descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    syncFolder(descriptor.get());
 }
 
 // The device of the folder, or of its nearest ancestor that exists: where the
@@ -265,6 +267,9 @@ std::expected<void, int> placeUnder(const OpenTrash& trash, const std::string& p
     if (auto written = writeRecord(trash.info.get(), recordName, record); !written) {
         return written;
     }
+    if (currentMoveHook != nullptr) {
+        (*currentMoveHook)(path);
+    }
     if (::renameat2(AT_FDCWD, path.c_str(), trash.files.get(), name.c_str(), RENAME_NOREPLACE) !=
         0) {
         int error = errno;
@@ -302,7 +307,43 @@ std::string_view cutOnCharacter(std::string_view text, std::size_t limit) {
     return text.substr(0, cut);
 }
 
+// The trash directory for the item, with its files/ and info/ folders open.
+struct ItemTrash {
+    TrashDirectory directory;
+    OpenTrash open;
+};
+
+std::expected<ItemTrash, int> trashFor(const std::string& path) {
+    if (!isAcceptedPath(path)) {
+        return std::unexpected(EINVAL);
+    }
+    struct stat item{};
+    if (::lstat(path.c_str(), &item) != 0) {
+        return std::unexpected(errno);
+    }
+    auto directory = trashDirectoryFor(path, item.st_dev);
+    if (!directory) {
+        return std::unexpected(directory.error());
+    }
+    auto trash = openTrash(*directory);
+    if (!trash) {
+        return std::unexpected(trash.error());
+    }
+    if (isInsideTrash(path, *directory)) {
+        return std::unexpected(EINVAL);
+    }
+    return ItemTrash{std::move(*directory), std::move(*trash)};
+}
+
 } // namespace
+
+ScopedTrashMoveHook::ScopedTrashMoveHook(Hook hook)
+    : hook_(std::move(hook))
+    , previous_(std::exchange(currentMoveHook, &hook_)) {}
+
+ScopedTrashMoveHook::~ScopedTrashMoveHook() {
+    currentMoveHook = previous_;
+}
 
 TrashDirectory FreedesktopTrash::home() {
     return TrashDirectory{DataFolder::dataHome() + "/Trash"};
@@ -322,41 +363,84 @@ std::vector<TrashDirectory> FreedesktopTrash::candidates(const std::string& path
 }
 
 std::expected<std::string, int> FreedesktopTrash::moveToTrash(const std::string& path) {
-    if (!isAcceptedPath(path)) {
-        return std::unexpected(EINVAL);
-    }
-    struct stat item{};
-    if (::lstat(path.c_str(), &item) != 0) {
-        return std::unexpected(errno);
-    }
-    auto directory = trashDirectoryFor(path, item.st_dev);
-    if (!directory) {
-        return std::unexpected(directory.error());
-    }
-    auto trash = openTrash(*directory);
-    if (!trash) {
-        return std::unexpected(trash.error());
-    }
-    if (isInsideTrash(path, *directory)) {
-        return std::unexpected(EINVAL);
-    }
-    std::string name = PathNames::lastComponent(path);
-    std::string record = trashInfo(path, std::time(nullptr));
     for (int attempt = 1; attempt <= kMaxAttempts; ++attempt) {
-        std::string candidate = candidateName(name, attempt);
-        if (isTaken(trash->files.get(), candidate)) {
-            continue;
+        auto reserved = reserve(path);
+        if (!reserved) {
+            return std::unexpected(reserved.error());
         }
-        auto placed = placeUnder(*trash, path, candidate, record);
-        if (placed) {
-            syncFolder(PathNames::parentFolder(path));
-            return directory->files() + "/" + candidate;
+        auto moved = moveInto(path, *reserved);
+        if (moved) {
+            return *reserved;
         }
-        if (placed.error() != EEXIST) {
-            return std::unexpected(placed.error());
+        if (moved.error() != EEXIST) {
+            return std::unexpected(moved.error());
         }
     }
     return std::unexpected(EEXIST);
+}
+
+std::expected<std::string, int> FreedesktopTrash::reserve(const std::string& path) {
+    auto trash = trashFor(path);
+    if (!trash) {
+        return std::unexpected(trash.error());
+    }
+    std::string name = PathNames::lastComponent(path);
+    for (int attempt = 1; attempt <= kMaxAttempts; ++attempt) {
+        std::string candidate = candidateName(name, attempt);
+        if (!isTaken(trash->open.files.get(), candidate) &&
+            !isTaken(trash->open.info.get(), candidate + std::string(kInfoExtension))) {
+            return trash->directory.files() + "/" + candidate;
+        }
+    }
+    return std::unexpected(EEXIST);
+}
+
+std::expected<void, int> FreedesktopTrash::moveInto(const std::string& path,
+                                                    const std::string& trashedPath) {
+    auto trash = trashFor(path);
+    if (!trash) {
+        return std::unexpected(trash.error());
+    }
+    std::string name = PathNames::lastComponent(trashedPath);
+    if (PathNames::parentFolder(trashedPath) != trash->directory.files() || name.empty()) {
+        return std::unexpected(EINVAL);
+    }
+    auto placed = placeUnder(trash->open, path, name, trashInfo(path, std::time(nullptr)));
+    if (!placed) {
+        return placed;
+    }
+    syncFolder(PathNames::parentFolder(path));
+    return {};
+}
+
+std::optional<std::string> FreedesktopTrash::recordedPath(const std::string& trashedPath) {
+    std::optional<std::string> record = infoPathFor(trashedPath);
+    if (!record) {
+        return std::nullopt;
+    }
+    Descriptor file(::open(record->c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK));
+    if (file.get() < 0) {
+        return std::nullopt;
+    }
+    std::array<char, kMaxRecordSize> bytes{};
+    ssize_t count = ::read(file.get(), bytes.data(), bytes.size());
+    if (count <= 0) {
+        return std::nullopt;
+    }
+    std::string_view text(bytes.data(), static_cast<std::size_t>(count));
+    constexpr std::string_view kKey = "\nPath=";
+    std::size_t start = text.find(kKey);
+    if (start == std::string_view::npos) {
+        return std::nullopt;
+    }
+    start += kKey.size();
+    std::string encoded(text.substr(start, text.find('\n', start) - start));
+    std::unique_ptr<char, decltype(&g_free)> decoded(
+        g_uri_unescape_segment(encoded.data(), encoded.data() + encoded.size(), nullptr), g_free);
+    if (!decoded) {
+        return std::nullopt;
+    }
+    return std::string(decoded.get());
 }
 
 std::string FreedesktopTrash::trashInfo(std::string_view path, std::time_t deletionTime) {
@@ -405,7 +489,8 @@ std::optional<std::string> FreedesktopTrash::infoPathFor(std::string_view trashe
     return PathNames::parentFolder(folder) + "/info/" + name + std::string(kInfoExtension);
 }
 
-std::expected<void, int> FreedesktopTrash::removeTrashInfo(const std::string& trashedPath) {
+std::expected<void, int> FreedesktopTrash::removeTrashInfo(const std::string& trashedPath,
+                                                           bool sync) {
     std::optional<std::string> record = infoPathFor(trashedPath);
     if (!record) {
         return std::unexpected(EINVAL);
@@ -423,7 +508,9 @@ std::expected<void, int> FreedesktopTrash::removeTrashInfo(const std::string& tr
     if (::unlink(record->c_str()) != 0) {
         return std::unexpected(errno);
     }
-    syncFolder(PathNames::parentFolder(*record));
+    if (sync) {
+        syncFolder(PathNames::parentFolder(*record));
+    }
     return {};
 }
 

@@ -2,6 +2,7 @@
 
 #include <ctime>
 #include <expected>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -19,6 +20,25 @@ struct TrashDirectory {
     [[nodiscard]] std::string info() const { return path + "/info"; }
 
     friend bool operator==(const TrashDirectory&, const TrashDirectory&) = default;
+};
+
+// Tests only: while one lives, its function is called on this thread in the
+// instant between writing an item's record and renaming the item into the
+// Trash, with the item's path, so that a test can change the item then.
+class ScopedTrashMoveHook {
+public:
+    using Hook = std::function<void(const std::string& path)>;
+
+    explicit ScopedTrashMoveHook(Hook hook);
+    ScopedTrashMoveHook(const ScopedTrashMoveHook&) = delete;
+    ScopedTrashMoveHook& operator=(const ScopedTrashMoveHook&) = delete;
+    ScopedTrashMoveHook(ScopedTrashMoveHook&&) = delete;
+    ScopedTrashMoveHook& operator=(ScopedTrashMoveHook&&) = delete;
+    ~ScopedTrashMoveHook();
+
+private:
+    Hook hook_;
+    const Hook* previous_;
 };
 
 // The freedesktop.org Trash, laid out so that desktop file managers and
@@ -45,6 +65,24 @@ struct FreedesktopTrash {
     // Trash.
     [[nodiscard]] static std::expected<std::string, int> moveToTrash(const std::string& path);
 
+    // The first step of moveToTrash alone: the trash directory on the item's
+    // volume, made when missing, and the path in its files/ folder under the
+    // first free name. Nothing is recorded or moved, so a caller can write
+    // down where the item is about to go before it goes.
+    [[nodiscard]] static std::expected<std::string, int> reserve(const std::string& path);
+
+    // The second step: creates the record of `trashedPath` (a path reserve
+    // answered) exclusively and on disk, then renames the item there without
+    // replacing anything. EEXIST when the name was taken since it was
+    // reserved; on any failure the item is where it was and no record of
+    // ours is left.
+    [[nodiscard]] static std::expected<void, int> moveInto(const std::string& path,
+                                                           const std::string& trashedPath);
+
+    // The original path that the record of the item at `trashedPath` names,
+    // decoded; nothing when there is no readable record.
+    [[nodiscard]] static std::optional<std::string> recordedPath(const std::string& trashedPath);
+
     // The text of the info record of an item trashed from `path` at
     // `deletionTime`, written in local time.
     [[nodiscard]] static std::string trashInfo(std::string_view path, std::time_t deletionTime);
@@ -69,7 +107,10 @@ struct FreedesktopTrash {
     // `trashedPath`. Refused with EEXIST while anything is still there, so an
     // item in the Trash never loses its record; EINVAL when the path is not
     // in a files/ folder or the record is not a regular file.
-    [[nodiscard]] static std::expected<void, int> removeTrashInfo(const std::string& trashedPath);
+    // Without `sync` the caller synchronises the info/ folder itself, once
+    // for many records.
+    [[nodiscard]] static std::expected<void, int> removeTrashInfo(const std::string& trashedPath,
+                                                                  bool sync = true);
 
     // Put Back in one call: renames the trashed item to `destination` without
     // replacing anything (EEXIST: occupied, nothing moved), then removes its

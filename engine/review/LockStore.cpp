@@ -1,8 +1,10 @@
 #include "LockStore.hpp"
 
 #include "engine/platform/ExclusiveRename.hpp"
+#include "engine/platform/FileStatus.hpp"
 #include "engine/support/AtomicFile.hpp"
 #include "engine/support/Json.hpp"
+#include "engine/support/Texts.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -24,12 +26,13 @@ std::optional<FileIdentity> identityOf(const PhotoAsset& asset) {
     return asset.snapshot.identity;
 }
 
+bool matches(const LockStore::Lock& lock, const std::string& path,
+             const std::optional<FileIdentity>& identity) {
+    return lock.path == path || (identity && lock.identity == identity);
+}
+
 bool matches(const LockStore::Lock& lock, const PhotoAsset& asset) {
-    if (lock.path == asset.path) {
-        return true;
-    }
-    auto identity = identityOf(asset);
-    return identity && lock.identity == identity;
+    return matches(lock, asset.path, identityOf(asset));
 }
 
 std::uint64_t unsignedField(const Json& object, std::string_view key) {
@@ -106,37 +109,70 @@ void LockStore::load() {
     if (!path_) {
         return;
     }
-    std::string path = *path_;
-    if (!FileSnapshot::read(path)) {
+    const std::string& path = *path_;
+    auto status = FileSnapshot::read(path);
+    if (!status) {
+        return;
+    }
+    if (status->isSymbolicLink) {
+        damage_ = "it is a symbolic link, which is never followed";
+        return;
+    }
+    if (!status->isRegularFile) {
+        damage_ = "it is not a file";
+        return;
+    }
+    if (auto denied = platform::readAccessError(path)) {
+        damage_ = *denied;
         return;
     }
     auto bytes = AtomicFile::read(path);
     if (!bytes) {
-        moveAside(path);
+        damage_ = "it could not be read";
         return;
     }
     std::string_view document(reinterpret_cast<const char*>(bytes->data()), bytes->size());
     auto decoded = decode(document);
     if (!decoded) {
-        moveAside(path);
+        damage_ = decoded.error();
         return;
     }
     locks_ = std::move(*decoded);
 }
 
-void LockStore::moveAside(const std::string& path) {
-    auto seconds = static_cast<std::int64_t>(std::floor(clock_().unixSeconds()));
-    std::string aside = fmt::format("{}.damaged-{}", path, seconds);
-    if (platform::renameNoReplace(path, aside)) {
-        movedAside_ = aside;
-        return;
+std::optional<std::string> LockStore::damage() const {
+    std::lock_guard guard(mutex_);
+    return damage_;
+}
+
+std::expected<std::string, std::string> LockStore::setAside() {
+    std::lock_guard guard(mutex_);
+    if (!damage_ || !path_) {
+        return std::unexpected(std::string("The lock file is not damaged; nothing was moved."));
     }
-    // Saving now would replace the file we could not move.
-    path_.reset();
+    auto seconds = static_cast<std::int64_t>(std::floor(clock_().unixSeconds()));
+    std::string aside = fmt::format("{}.damaged-{}", *path_, seconds);
+    if (auto moved = platform::renameNoReplace(*path_, aside); !moved) {
+        return std::unexpected(fmt::format("The lock file could not be moved aside to {} ({}); "
+                                           "nothing was changed.",
+                                           aside, platform::errorText(moved.error())));
+    }
+    damage_.reset();
+    save();
+    return aside;
+}
+
+std::string LockStore::damageMessage(std::string_view shownPath, std::string_view reason) {
+    return fmt::format("The lock file {} cannot be read ({}), so {} cannot tell which copies you "
+                       "locked, and no cleanup runs until it can. Repair the file, or set it "
+                       "aside to start again without locks.",
+                       shownPath, reason, texts::kApplication);
 }
 
 void LockStore::save() const {
-    if (!path_) {
+    // Never over a file that could not be read: it may hold the user's
+    // locks.
+    if (!path_ || damage_) {
         return;
     }
     std::string text = encode(locks_);
@@ -154,6 +190,16 @@ std::vector<LockStore::Lock> LockStore::all() const {
 bool LockStore::isLocked(const PhotoAsset& asset) const {
     std::lock_guard guard(mutex_);
     return std::ranges::any_of(locks_, [&](const Lock& lock) { return matches(lock, asset); });
+}
+
+bool LockStore::isLocked(const std::string& path, const FileIdentity& identity) const {
+    std::optional<FileIdentity> known;
+    if (identity.inode != 0) {
+        known = identity;
+    }
+    std::lock_guard guard(mutex_);
+    return std::ranges::any_of(locks_,
+                               [&](const Lock& lock) { return matches(lock, path, known); });
 }
 
 void LockStore::add(const PhotoAsset& asset) {

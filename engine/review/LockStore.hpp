@@ -35,13 +35,13 @@ public:
     using Clock = std::function<Date()>;
 
     // Reads the file when there is one; without it the store starts empty.
-    // A file that is there but cannot be read, or reads but does not
-    // decode, is moved aside to "<name>.damaged-<seconds since 1970>" and
-    // the store starts empty. When that name is taken too (or the move
-    // fails) nothing is moved and this store keeps its locks in memory only,
-    // so neither file is ever written over. Without a path the locks live in
-    // memory only. The clock gives the creation dates and the seconds of the
-    // damaged name.
+    // A file that is there but cannot be read (a symbolic link, a folder, no
+    // permission) or reads but does not decode leaves the store damaged:
+    // `damage` says why, the locks it would hold are unknown, and nothing is
+    // ever saved over it; changes live in memory only until the user repairs
+    // the file or sets it aside with setAside. Without a path the locks live
+    // in memory only. The clock gives the creation dates and the seconds of
+    // the set-aside name.
     explicit LockStore(std::optional<std::string> path, Clock clock = Date::now);
 
     LockStore(const LockStore&) = delete;
@@ -60,8 +60,20 @@ public:
     // Where the locks are saved; nothing when they live in memory only.
     [[nodiscard]] const std::optional<std::string>& path() const { return path_; }
 
-    // Where a damaged file was moved at start, if one was.
-    [[nodiscard]] const std::optional<std::string>& movedAside() const { return movedAside_; }
+    // Why the file could not be read, when it could not; while it is
+    // damaged no cleanup may run, since locked copies cannot be told.
+    [[nodiscard]] std::optional<std::string> damage() const;
+
+    // On the user's request only: moves a damaged file aside to
+    // "<name>.damaged-<seconds since 1970>" (never over anything) and starts
+    // with no locks, saving from then on. Answers where the file went, or
+    // why it could not be moved (then nothing changed).
+    [[nodiscard]] std::expected<std::string, std::string> setAside();
+
+    // A sentence for display about a damaged store whose file is shown as
+    // `shownPath`.
+    [[nodiscard]] static std::string damageMessage(std::string_view shownPath,
+                                                   std::string_view reason);
 
     [[nodiscard]] std::vector<Lock> all() const;
 
@@ -69,6 +81,7 @@ public:
     // another name on the same volume, and a new file put at a locked path
     // is locked too.
     [[nodiscard]] bool isLocked(const PhotoAsset& asset) const;
+    [[nodiscard]] bool isLocked(const std::string& path, const FileIdentity& identity) const;
 
     // Locks the copy unless it is locked already; saves either way.
     void add(const PhotoAsset& asset);
@@ -78,12 +91,11 @@ public:
 
 private:
     void load();
-    void moveAside(const std::string& path);
     void save() const;
 
     std::optional<std::string> path_;
     Clock clock_;
-    std::optional<std::string> movedAside_;
+    std::optional<std::string> damage_;
     mutable std::mutex mutex_;
     std::vector<Lock> locks_;
 };

@@ -60,7 +60,7 @@ TEST(CleanupExecutor, MovesEachPlannedCopyToTheTrashUnderItsJournal) {
     FourCopies files;
     CleanupPlan plan = files.plan();
     auto trasher = std::make_shared<FakeTrasher>();
-    CleanupExecutor executor(files.journals, trasher);
+    CleanupExecutor executor(files.data, trasher);
     CancellationFlag cancel;
     std::vector<int> progress;
     auto report = executor.execute(plan, approvalOf(plan), cancel,
@@ -85,9 +85,9 @@ TEST(CleanupExecutor, MovesEachPlannedCopyToTheTrashUnderItsJournal) {
     EXPECT_TRUE(report->finished.has_value());
     EXPECT_EQ(report->moved(), 3);
     EXPECT_EQ(outcomesOf(*report),
-              (std::vector<ItemOutcome>{ItemOutcome::movedToTrash(files.trashFiles() + "/b.jpg"),
-                                        ItemOutcome::movedToTrash(files.trashFiles() + "/c.jpg"),
-                                        ItemOutcome::movedToTrash(files.trashFiles() + "/d.jpg")}));
+              (std::vector<ItemOutcome>{testing::movedTo(files.trashFiles() + "/b.jpg"),
+                                        testing::movedTo(files.trashFiles() + "/c.jpg"),
+                                        testing::movedTo(files.trashFiles() + "/d.jpg")}));
     EXPECT_EQ(report->items[1].removal, plan.removals[1]);
     // The report is the journal's, not the run's memory.
     EXPECT_EQ(*report, CleanupJournal::report(report->journalPath));
@@ -107,7 +107,7 @@ TEST(CleanupExecutor, MovesEachPlannedCopyToTheTrashUnderItsJournal) {
 TEST(CleanupExecutor, CancellingAfterAnItemRecordsEveryLaterOneAsCancelled) {
     FourCopies files;
     CleanupPlan plan = files.plan();
-    CleanupExecutor executor(files.journals);
+    CleanupExecutor executor(files.data);
     CancellationFlag cancel;
     std::vector<int> progress;
     // "Stop After This One" pressed while the first item moves.
@@ -139,7 +139,7 @@ TEST(CleanupExecutor, CancellingAfterAnItemRecordsEveryLaterOneAsCancelled) {
 TEST(CleanupExecutor, APlanRunsOnceAndASecondRunWritesNothing) {
     FourCopies files;
     CleanupPlan plan = files.plan();
-    CleanupExecutor executor(files.journals);
+    CleanupExecutor executor(files.data);
     CancellationFlag cancel;
     ASSERT_TRUE(executor.execute(plan, approvalOf(plan), cancel).has_value());
     std::string journal = readFile(files.journalOf(plan));
@@ -160,7 +160,7 @@ TEST(CleanupExecutor, RefusesAMismatchedApprovalOrCatalogPhotosBeforeWritingAnyt
     FourCopies files;
     CleanupPlan plan = files.plan();
     auto trasher = std::make_shared<FakeTrasher>();
-    CleanupExecutor executor(files.journals, trasher);
+    CleanupExecutor executor(files.data, trasher);
     CancellationFlag cancel;
     auto refusalOf = [&](const CleanupPlan& tried, const CleanupApproval& approval) {
         auto run = executor.execute(tried, approval, cancel);
@@ -202,10 +202,10 @@ TEST(CleanupExecutor, RefusesAMismatchedApprovalOrCatalogPhotosBeforeWritingAnyt
 TEST(CleanupExecutor, AJournalThatCannotBeCreatedRefusesThePlan) {
     FourCopies files;
     CleanupPlan plan = files.plan();
-    // The journal folder cannot be made under a file.
-    std::string blocker = files.tree.file("blocker", "");
+    // A plain file where the journal folder should be.
+    files.tree.file("Cleanups", "");
     auto trasher = std::make_shared<FakeTrasher>();
-    CleanupExecutor executor(blocker + "/Cleanups", trasher);
+    CleanupExecutor executor(files.data, trasher);
     CancellationFlag cancel;
     auto run = executor.execute(plan, approvalOf(plan), cancel);
     ASSERT_FALSE(run.has_value());
@@ -237,7 +237,7 @@ TEST(CleanupExecutor, NoMoveHappensWithoutItsIntentOnDisk) {
     FourCopies files;
     CleanupPlan plan = files.plan();
     auto trasher = std::make_shared<FakeTrasher>();
-    CleanupExecutor executor(files.journals, trasher);
+    CleanupExecutor executor(files.data, trasher);
     CancellationFlag cancel;
     IntentsFail calls;
     std::optional<platform::ScopedFileWriteCalls> scope(std::in_place, calls);
@@ -265,7 +265,7 @@ TEST(CleanupExecutor, ARefusedMoveIsFailedWithItsExplanationAndTheFileStays) {
     trasher->failFor(files.b, EROFS);
     trasher->failFor(files.c, ENOENT);
     trasher->failFor(files.d, EXDEV);
-    CleanupExecutor executor(files.journals, trasher);
+    CleanupExecutor executor(files.data, trasher);
     CancellationFlag cancel;
     auto report = executor.execute(plan, approvalOf(plan), cancel);
     ASSERT_TRUE(report.has_value());
@@ -291,7 +291,7 @@ TEST(CleanupExecutor, ChangesSinceTheScanAreSkippedAndEverythingElseMoves) {
     files.tree.hardLink("photos/b.jpg", "elsewhere/b-link.jpg");
     FileSnapshot c = testing::snapshotOf(files.c);
     testing::setModified(files.c, c.modifiedSeconds, (c.modifiedNanoseconds + 1) % 1'000'000'000);
-    CleanupExecutor executor(files.journals);
+    CleanupExecutor executor(files.data);
     CancellationFlag cancel;
     auto report = executor.execute(plan, approvalOf(plan), cancel);
     ASSERT_TRUE(report.has_value());
@@ -324,7 +324,7 @@ TEST(CleanupExecutor, AKeeperMovedEarlierInTheRunStopsTheLaterRemoval) {
         testing::planOf({removalOf(b, a, files.photos), removalOf(a, c, files.photos),
                          removalOf(c, b, files.photos)},
                         {files.photos});
-    CleanupExecutor executor(files.journals);
+    CleanupExecutor executor(files.data);
     CancellationFlag cancel;
     auto report = executor.execute(plan, approvalOf(plan), cancel);
     ASSERT_TRUE(report.has_value());
@@ -342,7 +342,7 @@ TEST(CleanupExecutor, AKeeperWhoseBytesChangedStopsTheRemoval) {
     std::string b = files.photo("b.jpg", "harbour");
     CleanupPlan plan = testing::planOf({removalOf(b, a, files.photos)}, {files.photos});
     testing::overwriteKeepingTimes(a, "HARBOUR");
-    CleanupExecutor executor(files.journals);
+    CleanupExecutor executor(files.data);
     CancellationFlag cancel;
     auto report = executor.execute(plan, approvalOf(plan), cancel);
     ASSERT_TRUE(report.has_value());
@@ -363,7 +363,7 @@ TEST(CleanupExecutor, PathsOutsideTheRootsOrBehindAReplacedFolderAreSkipped) {
     testing::moveFile(files.photos + "/trip", files.tree.path("moved-trip"));
     files.tree.symbolicLink(files.tree.path("moved-trip"), "photos/trip");
     auto trasher = std::make_shared<FakeTrasher>();
-    CleanupExecutor executor(files.journals, trasher);
+    CleanupExecutor executor(files.data, trasher);
     CancellationFlag cancel;
     auto report = executor.execute(plan, approvalOf(plan), cancel);
     ASSERT_TRUE(report.has_value());
@@ -371,7 +371,7 @@ TEST(CleanupExecutor, PathsOutsideTheRootsOrBehindAReplacedFolderAreSkipped) {
               (std::vector<ItemOutcome>{
                   ItemOutcome::skipped("Outside the folders you chose."),
                   ItemOutcome::skipped(
-                      "A folder on the way to it was replaced with an alias since the scan.")}));
+                      "A folder on the way to it was replaced with a symbolic link since the scan.")}));
     EXPECT_TRUE(trasher->calls().empty());
     EXPECT_EQ(readFile(b), "x");
     EXPECT_EQ(readFile(files.tree.path("moved-trip/c.jpg")), "x");
@@ -385,11 +385,20 @@ public:
         : journal_(std::move(journal))
         , away_(std::move(away)) {}
 
-    std::expected<std::optional<std::string>, TrashError>
-    trash(const std::string& path) const override {
+    std::expected<std::string, TrashError> reserve(const std::string& path) const override {
+        return FileManagerTrasher().reserve(path);
+    }
+
+    std::expected<void, TrashError> moveInto(const std::string& path,
+                                             const std::string& trashPath) const override {
         // Only the first call finds the journal there.
         (void)::rename(journal_.c_str(), away_.c_str());
-        return FileManagerTrasher().trash(path);
+        return FileManagerTrasher().moveInto(path, trashPath);
+    }
+
+    std::expected<void, TrashError> putBack(const std::string& trashPath,
+                                            const std::string& destination) const override {
+        return FileManagerTrasher().putBack(trashPath, destination);
     }
 
 private:
@@ -402,7 +411,7 @@ TEST(CleanupExecutor, AJournalThatCannotBeReadBackIsReported) {
     CleanupPlan plan = files.plan();
     auto trasher =
         std::make_shared<JournalThief>(files.journalOf(plan), files.tree.path("stolen.jsonl"));
-    CleanupExecutor executor(files.journals, trasher);
+    CleanupExecutor executor(files.data, trasher);
     CancellationFlag cancel;
     auto run = executor.execute(plan, approvalOf(plan), cancel);
     ASSERT_FALSE(run.has_value());
@@ -419,7 +428,7 @@ TEST(CleanupExecutor, AJournalThatCannotBeReadBackIsReported) {
 TEST(CleanupExecutor, TheRecoveryStepFindsNothingToDoAfterACompleteRun) {
     FourCopies files;
     CleanupPlan plan = files.plan();
-    CleanupExecutor executor(files.journals);
+    CleanupExecutor executor(files.data);
     CancellationFlag cancel;
     ASSERT_TRUE(executor.execute(plan, approvalOf(plan), cancel).has_value());
     EXPECT_TRUE(CleanupJournal::recoverInterrupted(files.journals).empty());
@@ -449,7 +458,7 @@ private:
 TEST(CleanupExecutor, ARunWhoseRecordStoppedIsWorkedOutByTheRecoveryStep) {
     FourCopies files;
     CleanupPlan plan = files.plan();
-    CleanupExecutor executor(files.journals);
+    CleanupExecutor executor(files.data);
     CancellationFlag cancel;
     // The plan, b's intent and outcome, c's intent: then nothing more is
     // written, as when the program dies just after moving c.
@@ -472,8 +481,8 @@ TEST(CleanupExecutor, ARunWhoseRecordStoppedIsWorkedOutByTheRecoveryStep) {
     EXPECT_TRUE(recovered[0].finished.has_value());
     EXPECT_EQ(outcomesOf(recovered[0]),
               (std::vector<ItemOutcome>{
-                  ItemOutcome::movedToTrash(files.trashFiles() + "/b.jpg"),
-                  ItemOutcome::movedToTrash(files.trashFiles() + "/c.jpg"),
+                  testing::movedTo(files.trashFiles() + "/b.jpg"),
+                  testing::movedTo(files.trashFiles() + "/c.jpg"),
                   ItemOutcome::skipped("Not attempted: the cleanup stopped before reaching it.")}));
     EXPECT_EQ(readFile(files.d), "sunrise");
     EXPECT_TRUE(CleanupJournal::recoverInterrupted(files.journals).empty());

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/cleanup/CleanupPlan.hpp"
+#include "engine/cleanup/ItemOutcome.hpp"
 #include "engine/scan/FileSnapshot.hpp"
 #include "engine/support/Date.hpp"
 
@@ -56,6 +57,14 @@ inline CleanupPlan planOf(std::vector<PlannedRemoval> removals, std::vector<std:
     plan.roots = std::move(roots);
     plan.removals = std::move(removals);
     return plan;
+}
+
+// The outcome of a file moved to `trashPath`, with the identity of the file
+// now there, as the executor records it.
+inline ItemOutcome movedTo(const std::string& trashPath) {
+    auto found = FileSnapshot::read(trashPath);
+    return ItemOutcome::movedToTrash(trashPath, found ? std::optional(found->identity)
+                                                      : std::nullopt);
 }
 
 } // namespace brevant::testing

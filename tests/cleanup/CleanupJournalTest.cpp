@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
+
 #include <algorithm>
 #include <cerrno>
 #include <filesystem>
@@ -136,15 +138,16 @@ TEST(CleanupJournal, IsCreatedOnceWithMode0600InAFolderItMakes) {
     EXPECT_EQ(throughLink.error().code, EEXIST);
     EXPECT_EQ(testing::readFile(target), "keep");
 
-    // Whatever the reason, a failed create reads as the file-exists error;
-    // the code keeps the system's own reason.
+    // Any other reason is said as it is: here a plain file where the
+    // folder should be.
     std::string blocked = tree.file("blocked", "");
     auto noFolder = CleanupJournal::create(plan, blocked + "/Cleanups", fixedDate());
     ASSERT_FALSE(noFolder);
     EXPECT_EQ(noFolder.error().code, ENOTDIR);
-    EXPECT_NE(noFolder.error().description.find("because a file with the same name already exists"),
-              std::string::npos)
-        << noFolder.error().description;
+    EXPECT_EQ(noFolder.error().description,
+              "The cleanup record \u201c" + CleanupJournal::fileName(plan.id) +
+                  "\u201d couldn\u2019t be created in the folder \u201c" + blocked +
+                  "/Cleanups\u201d (Not a directory).");
 }
 
 TEST(CleanupJournal, WritesOneCompactLinePerEntryWithTheDocumentedKeys) {
@@ -227,15 +230,20 @@ TEST(CleanupJournal, SynchronisesEveryLineWrittenInOneCallBeforeWriteReturns) {
         EXPECT_EQ(calls.log, (std::vector<std::string>{"write " + entry.encoded() + "\n", "sync"}));
     }
 
-    // Put Back and notes open their own handle: the same per line.
+    // Put Back and notes open their own handle once the run let go of it:
+    // the same per line.
+    std::string path = journal->path();
+    EXPECT_EQ(CleanupJournal::note(path, "/photos/b.jpg", "during", fixedDate(5)).error().code,
+              EWOULDBLOCK);
+    { CleanupJournal closed = std::move(*journal); }
     calls.log.clear();
-    ASSERT_TRUE(CleanupJournal::append(journal->path(), ItemOutcome::restored("/photos/b.jpg"),
+    ASSERT_TRUE(CleanupJournal::append(path, ItemOutcome::restored("/photos/b.jpg"),
                                        "/photos/b.jpg", fixedDate(5)));
-    ASSERT_TRUE(CleanupJournal::note(journal->path(), "/photos/b.jpg", "again", fixedDate(6)));
+    ASSERT_TRUE(CleanupJournal::note(path, "/photos/b.jpg", "again", fixedDate(6)));
     ASSERT_EQ(calls.log.size(), 4U);
     EXPECT_EQ(calls.log[1], "sync");
     EXPECT_EQ(calls.log[3], "sync");
-    EXPECT_EQ(linesOf(journal->path()).size(), 7U);
+    EXPECT_EQ(linesOf(path).size(), 7U);
 }
 
 TEST(CleanupJournal, AFailedWriteOrSyncReachesTheCaller) {
@@ -317,10 +325,12 @@ TEST(CleanupJournal, ReportsEveryPlannedItemAndTheLatestOutcomeOfEach) {
 
     ASSERT_TRUE(journal->write(Entry::ofFinished(fixedDate(4))));
     // Put Back, later, through its own handle, and its notes.
-    ASSERT_TRUE(CleanupJournal::note(journal->path(), b, "first", fixedDate(5)));
-    ASSERT_TRUE(CleanupJournal::append(journal->path(), ItemOutcome::restored(b), b, fixedDate(6)));
-    ASSERT_TRUE(CleanupJournal::note(journal->path(), b, "second", fixedDate(7)));
-    auto report = CleanupJournal::report(journal->path());
+    std::string path = journal->path();
+    { CleanupJournal closed = std::move(*journal); }
+    ASSERT_TRUE(CleanupJournal::note(path, b, "first", fixedDate(5)));
+    ASSERT_TRUE(CleanupJournal::append(path, ItemOutcome::restored(b), b, fixedDate(6)));
+    ASSERT_TRUE(CleanupJournal::note(path, b, "second", fixedDate(7)));
+    auto report = CleanupJournal::report(path);
     ASSERT_TRUE(report);
     EXPECT_EQ(report->finished, fixedDate(4));
     EXPECT_EQ(report->items[0].outcome, ItemOutcome::restored(b));
@@ -405,13 +415,20 @@ TEST(CleanupJournal, ALineCutAnywhereCostsOnlyItselfAndTheNextEntryStartsCleanly
         bool torn = !kept.empty() && !kept.ends_with('\n');
         EXPECT_EQ(after, kept + (torn ? "\n" : "") + next.encoded() + "\n") << "cut at " << cut;
         auto parsed = CleanupJournal::parse(path);
+        ASSERT_TRUE(parsed) << "cut at " << cut;
+        // The torn piece, now a line of its own, is counted as damaged.
+        int damaged = torn && !lastLineComplete ? 1 : 0;
         if (linesRead == 0) {
-            EXPECT_FALSE(parsed) << "cut at " << cut;
+            // Without its plan the journal still lists what its lines name.
+            EXPECT_TRUE(parsed->planDamaged) << "cut at " << cut;
+            ASSERT_EQ(parsed->plan.removals.size(), 1U) << "cut at " << cut;
+            EXPECT_EQ(parsed->plan.removals[0].path, b);
+            EXPECT_EQ(parsed->damagedLines, damaged) << "cut at " << cut;
             continue;
         }
-        ASSERT_TRUE(parsed) << "cut at " << cut;
         auto withNote = *expected[linesRead];
         withNote.notes[b].push_back("after the cut");
+        withNote.damagedLines = damaged;
         EXPECT_EQ(*parsed, withNote) << "cut at " << cut;
     }
 }
@@ -430,12 +447,14 @@ TEST(CleanupJournal, HistoryListsReadableJournalsNewestFirst) {
             ASSERT_TRUE(journal->write(Entry::ofFinished(fixedDate(started + 1))));
         }
     }
-    // Left out: no plan line, only a torn one, not named as a journal, not a
-    // regular file, and anything in a subfolder.
+    // Listed with what is wrong: no plan line, only a torn one, a link, not
+    // a regular file. Left out: not named as a journal, and anything in a
+    // subfolder.
     CleanupPlan lost = paperPlan();
     lost.id = Uuid::make();
     std::string planLine = Entry::ofPlan(lost, fixedDate(40)).encoded();
-    tree.file("Cleanups/cleanup-" + Uuid::make().text() + ".jsonl",
+    Uuid planlessID = Uuid::make();
+    tree.file("Cleanups/cleanup-" + planlessID.text() + ".jsonl",
               Entry::ofIntent("/photos/b.jpg", fixedDate(50)).encoded() + "\n" +
                   Entry::ofFinished(fixedDate(51)).encoded() + "\n");
     tree.file("Cleanups/cleanup-" + lost.id.text() + ".jsonl",
@@ -449,7 +468,35 @@ TEST(CleanupJournal, HistoryListsReadableJournalsNewestFirst) {
     tree.folder("Cleanups/cleanup-folder.jsonl");
     tree.fifo("Cleanups/cleanup-fifo.jsonl");
 
-    auto history = CleanupJournal::history(directory);
+    auto all = CleanupJournal::history(directory);
+    std::map<std::string, std::string> damaged;
+    std::vector<CleanupReport> history;
+    for (const auto& report : all) {
+        if (report.damage) {
+            damaged[std::filesystem::path(report.journalPath).filename().string()] = *report.damage;
+        } else {
+            history.push_back(report);
+        }
+    }
+    auto recordName = [](const std::string& name) { return "The cleanup record \u201c" + name; };
+    ASSERT_EQ(damaged.size(), 5U);
+    std::string torn = "cleanup-" + lost.id.text() + ".jsonl";
+    EXPECT_EQ(damaged[torn], recordName(torn) + "\u201d couldn\u2019t be read: none of its lines "
+                                                "could be read.");
+    EXPECT_EQ(damaged["cleanup-folder.jsonl"],
+              recordName("cleanup-folder.jsonl") + "\u201d is not a file, so it cannot be read.");
+    EXPECT_EQ(damaged["cleanup-fifo.jsonl"],
+              recordName("cleanup-fifo.jsonl") + "\u201d is not a file, so it cannot be read.");
+    EXPECT_TRUE(damaged["cleanup-link.jsonl"].starts_with(
+        "This cleanup record is a symbolic link, which Brevant does not follow: " + directory +
+        "/cleanup-link.jsonl."));
+    auto planless = std::ranges::find_if(all, [](const CleanupReport& report) {
+        return report.damage && report.damage->starts_with("Part of this cleanup");
+    });
+    ASSERT_NE(planless, all.end());
+    ASSERT_EQ(planless->items.size(), 1U);
+    EXPECT_EQ(planless->items[0].removal.path, "/photos/b.jpg");
+
     ASSERT_EQ(history.size(), 3U);
     EXPECT_EQ(history[0].planID, ids[1]);
     EXPECT_EQ(history[1].planID, ids[2]);
@@ -458,8 +505,11 @@ TEST(CleanupJournal, HistoryListsReadableJournalsNewestFirst) {
     EXPECT_EQ(history[1].finished, std::nullopt);
     EXPECT_EQ(history[0].journalPath, CleanupJournal::pathFor(ids[1], directory));
 
+    // The unfinished one, and the planless one whose item began to move
+    // without an outcome: both are to be settled, newest first.
     EXPECT_EQ(CleanupJournal::unfinished(directory),
-              std::vector<std::string>{CleanupJournal::pathFor(ids[2], directory)});
+              (std::vector<std::string>{CleanupJournal::pathFor(planlessID, directory),
+                                        CleanupJournal::pathFor(ids[2], directory)}));
     EXPECT_TRUE(CleanupJournal::history(tree.path("missing")).empty());
     EXPECT_TRUE(CleanupJournal::unfinished(tree.path("missing")).empty());
 }

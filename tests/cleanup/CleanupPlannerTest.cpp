@@ -223,7 +223,7 @@ TEST(CleanupPlanner, TwoPlansOfTheSameMarksAreApprovedSeparately) {
     EXPECT_EQ(first->removals, second->removals);
     EXPECT_EQ(first->roots, second->roots);
 
-    CleanupExecutor executor(tree.path("Cleanups"));
+    CleanupExecutor executor(platform::DataFolder{tree.root()});
     CancellationFlag cancel;
     auto run = executor.execute(*second, CleanupApproval{first->id, fixedDate()}, cancel);
     ASSERT_FALSE(run.has_value());

@@ -267,7 +267,7 @@ void Round::checkRun(const CleanupPlan& plan, const CleanupReport& report) {
             continue;
         }
         // In the Trash: the journal says so, and the record leads back.
-        EXPECT_EQ(outcome, ItemOutcome::movedToTrash(where->second.path));
+        EXPECT_EQ(outcome, testing::movedTo(where->second.path));
         auto info = platform::FreedesktopTrash::infoPathFor(where->second.path);
         ASSERT_TRUE(info.has_value());
         EXPECT_NE(readFile(*info).find(
@@ -350,7 +350,7 @@ void Round::run() {
             trasher->failFor(removal.path, pick(std::vector<int>{EROFS, EACCES, EIO, ENOENT}));
         }
     }
-    CleanupExecutor executor(files_.journals, trasher);
+    CleanupExecutor executor(files_.data, trasher);
     CancellationFlag cancel;
     int stopAfter = chance(0.2) ? between(1, static_cast<int>(plan->removals.size())) : 0;
     auto report = executor.execute(*plan, testing::approvalOf(*plan), cancel, [&](int handled) {

@@ -14,10 +14,10 @@ using testing::removalOf;
 
 constexpr std::string_view kOutside = "Outside the folders you chose.";
 constexpr std::string_view kFolderLink =
-    "A folder on the way to it was replaced with an alias since the scan.";
+    "A folder on the way to it was replaced with a symbolic link since the scan.";
 constexpr std::string_view kGone =
     "No longer where it was \u2014 moved, deleted, or its drive was disconnected.";
-constexpr std::string_view kLink = "Replaced with an alias since the scan.";
+constexpr std::string_view kLink = "Replaced with a symbolic link since the scan.";
 constexpr std::string_view kChanged = "Changed since the scan. Scan again to review it.";
 constexpr std::string_view kHardLink =
     "Now has another name on disk (a hard link), so moving it would free nothing.";

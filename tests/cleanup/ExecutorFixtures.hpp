@@ -7,6 +7,7 @@
 #include "engine/cleanup/CleanupApproval.hpp"
 #include "engine/cleanup/CleanupJournal.hpp"
 #include "engine/cleanup/CleanupPlan.hpp"
+#include "engine/platform/DataFolder.hpp"
 #include "engine/scan/ContentReader.hpp"
 #include "engine/scan/DuplicateGroup.hpp"
 #include "engine/scan/FileSnapshot.hpp"
@@ -34,7 +35,9 @@ struct CleanupWorkspace {
     TempTree tree;
     ScopedEnvironment dataHome{"XDG_DATA_HOME", tree.path("data")};
     std::string photos = tree.folder("photos");
-    std::string journals = tree.path("Cleanups");
+    // The data folder: the journals, the lock store and the change lock.
+    platform::DataFolder data{tree.root()};
+    std::string journals = data.cleanups();
 
     // A photo under photos/.
     [[nodiscard]] std::string photo(std::string_view relative, std::string_view bytes) const {

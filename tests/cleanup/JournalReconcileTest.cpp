@@ -149,7 +149,7 @@ TEST(JournalReconcile, AnItemFoundInATrashFolderByIdentityWasMovedThere) {
     ASSERT_TRUE(journal);
     auto report = journal->reconcile(run.trashFolders(), fixedDate(10));
     ASSERT_TRUE(report);
-    EXPECT_EQ(report->items[0].outcome, ItemOutcome::movedToTrash(trashedB));
+    EXPECT_EQ(report->items[0].outcome, testing::movedTo(trashedB));
     EXPECT_EQ(report->moved(), 1);
     EXPECT_EQ(report->freedBytes(), 4);
     EXPECT_TRUE(FileSnapshot::read(trashedB));
@@ -207,7 +207,7 @@ TEST(JournalReconcile, RecoveryReconcilesEachUnfinishedJournalOnce) {
     EXPECT_EQ(asked, (std::vector<std::string>{run.b, run.c, run.d}));
     EXPECT_TRUE(reports[0].reconciled);
     EXPECT_EQ(reports[0].journalPath, path);
-    EXPECT_EQ(reports[0].items[0].outcome, ItemOutcome::movedToTrash(trashedB));
+    EXPECT_EQ(reports[0].items[0].outcome, testing::movedTo(trashedB));
     EXPECT_TRUE(reports[0].finished);
 
     EXPECT_TRUE(CleanupJournal::unfinished(run.journals).empty());
@@ -230,11 +230,13 @@ TEST(JournalReconcile, AJournalThatCannotBeAddedToIsShownAsItStands) {
     EXPECT_EQ(reports[0].items[1].outcome,
               ItemOutcome::unknown("The app stopped while moving this picture."));
     EXPECT_EQ(testing::readFile(path), bytes);
-    auto journal = CleanupJournal::appendingTo(path);
-    ASSERT_TRUE(journal);
-    auto refused = journal->reconcile(run.trashFolders());
-    ASSERT_FALSE(refused);
-    EXPECT_EQ(refused.error().code, ENOSPC);
+    {
+        auto journal = CleanupJournal::appendingTo(path);
+        ASSERT_TRUE(journal);
+        auto refused = journal->reconcile(run.trashFolders());
+        ASSERT_FALSE(refused);
+        EXPECT_EQ(refused.error().code, ENOSPC);
+    }
 
     // Still unfinished, so it is tried again next time.
     scope.reset();
@@ -253,17 +255,19 @@ TEST(JournalReconcile, RecoveryFindsWhatTheTrashTookInItsOwnFolders) {
     std::string path = run.journal({Entry::ofIntent(run.b, fixedDate(1))});
     // The run stopped after the move, before its outcome was written.
     auto trashed = FileManagerTrasher().trash(run.b);
-    ASSERT_TRUE(trashed && *trashed);
-    EXPECT_TRUE(trashed->value().starts_with(TrashLocation::home() + "/"));
+    ASSERT_TRUE(trashed.has_value());
+    EXPECT_TRUE(trashed->starts_with(TrashLocation::home() + "/"));
+    auto moved = FileSnapshot::read(*trashed);
+    ASSERT_TRUE(moved.has_value());
 
     auto reports = CleanupJournal::recoverInterrupted(run.journals);
     ASSERT_EQ(reports.size(), 1U);
     EXPECT_TRUE(reports[0].reconciled);
     EXPECT_EQ(reports[0].journalPath, path);
-    EXPECT_EQ(reports[0].items[0].outcome, ItemOutcome::movedToTrash(*trashed));
+    EXPECT_EQ(reports[0].items[0].outcome, ItemOutcome::movedToTrash(*trashed, moved->identity));
     EXPECT_EQ(reports[0].items[1].outcome,
               ItemOutcome::skipped(std::string(journal_texts::kNotAttempted)));
-    EXPECT_TRUE(FileSnapshot::read(**trashed));
+    EXPECT_TRUE(FileSnapshot::read(*trashed));
     EXPECT_TRUE(FileSnapshot::read(run.c));
 }
 

@@ -48,7 +48,12 @@ TEST(JournalSeeds, TornAndPlanlessJournalsReadAsTheirWholeLines) {
     EXPECT_EQ(appended->outcomes, torn->outcomes);
     EXPECT_EQ(appended->notes.at("/home/ann/Pictures/d.jpg"),
               std::vector<std::string>{"after the crash"});
-    EXPECT_FALSE(CleanupJournal::parse(seed("no-plan.jsonl")));
+    // Without its plan a journal still lists the pictures its lines name.
+    auto planless = CleanupJournal::parse(seed("no-plan.jsonl"));
+    ASSERT_TRUE(planless);
+    EXPECT_TRUE(planless->planDamaged);
+    ASSERT_EQ(planless->plan.removals.size(), 2U);
+    EXPECT_EQ(planless->plan.removals[1].path, "/home/ann/Pictures/b.jpg");
 }
 
 // NOLINTEND(bugprone-unchecked-optional-access)

@@ -37,7 +37,7 @@ struct Trashed : CleanupWorkspace {
 
     Trashed() {
         CancellationFlag cancel;
-        auto report = CleanupExecutor(journals).execute(plan, testing::approvalOf(plan), cancel);
+        auto report = CleanupExecutor(data).execute(plan, testing::approvalOf(plan), cancel);
         EXPECT_TRUE(report && report->moved() == 1);
         EXPECT_TRUE(exists(trashed));
     }
@@ -154,11 +154,11 @@ TEST(Restorer, OtherSystemRefusalsFailWithTheSystemsWords) {
 
 TEST(Restorer, AttemptNeedsARecordedPlaceInTheTrash) {
     Trashed files;
-    EXPECT_EQ(Restorer::attempt(files.removal, std::nullopt, files.b),
+    EXPECT_EQ(Restorer::attempt(files.removal.snapshot.identity, std::nullopt, files.b),
               RestoreOutcome::notInTrash());
-    EXPECT_EQ(Restorer::attempt(files.removal, files.trashFiles() + "/nothing.jpg", files.b),
+    EXPECT_EQ(Restorer::attempt(files.removal.snapshot.identity, files.trashFiles() + "/nothing.jpg", files.b),
               RestoreOutcome::notInTrash());
-    EXPECT_EQ(Restorer::attempt(files.removal, files.trashed, files.b),
+    EXPECT_EQ(Restorer::attempt(files.removal.snapshot.identity, files.trashed, files.b),
               RestoreOutcome::restored(files.b));
     // attempt alone records nothing.
     EXPECT_EQ(CleanupJournal::report(files.journal)->items[0].outcome.kind,

@@ -58,13 +58,13 @@ TEST(TrashCli, ListsAndRestoresWhatWeTrashed) {
     ASSERT_EQ(*secondMoved, tree.path("data/Trash/files/IMG_1.2.jpg"));
 
     std::string listed = testing::trashList();
-    EXPECT_THAT(listed, HasSubstr(recordedDate(**summerMoved) + " " + summer + "\n"));
-    EXPECT_THAT(listed, HasSubstr(recordedDate(**firstMoved) + " " + first + "\n"));
-    EXPECT_THAT(listed, HasSubstr(recordedDate(**secondMoved) + " " + second + "\n"));
+    EXPECT_THAT(listed, HasSubstr(recordedDate(*summerMoved) + " " + summer + "\n"));
+    EXPECT_THAT(listed, HasSubstr(recordedDate(*firstMoved) + " " + first + "\n"));
+    EXPECT_THAT(listed, HasSubstr(recordedDate(*secondMoved) + " " + second + "\n"));
 
     EXPECT_EQ(testing::trashRestoreFirst(second), 0);
     EXPECT_EQ(testing::readFile(second), "second");
-    EXPECT_FALSE(exists(**secondMoved));
+    EXPECT_FALSE(exists(*secondMoved));
     EXPECT_FALSE(exists(tree.path("data/Trash/info/IMG_1.2.jpg.trashinfo")));
     EXPECT_EQ(testing::trashRestoreFirst(summer), 0);
     EXPECT_EQ(testing::readFile(summer), "summer");
@@ -73,7 +73,7 @@ TEST(TrashCli, ListsAndRestoresWhatWeTrashed) {
     EXPECT_THAT(listed, Not(HasSubstr(second)));
     EXPECT_THAT(listed, Not(HasSubstr(summer)));
     EXPECT_THAT(listed, HasSubstr(" " + first + "\n"));
-    EXPECT_EQ(testing::readFile(**firstMoved), "first");
+    EXPECT_EQ(testing::readFile(*firstMoved), "first");
 }
 
 } // namespace

@@ -46,15 +46,15 @@ TEST(TrashLocation, FindsByIdentityNotByName) {
     std::string photo = tree.file("Pictures/a.jpg", "picture");
     auto identity = FileSnapshot::read(photo).value_or(FileSnapshot{}).identity;
     auto trashed = FileManagerTrasher().trash(photo);
-    ASSERT_TRUE(trashed.has_value() && trashed->has_value());
+    ASSERT_TRUE(trashed.has_value());
     std::string files = TrashLocation::home();
 
-    EXPECT_EQ(TrashLocation::find(files, identity), **trashed);
+    EXPECT_EQ(TrashLocation::find(files, identity), *trashed);
 
     // Another file under the same name is not the picture; nor is a link to
     // the picture.
     std::string away = tree.path("away.jpg");
-    ASSERT_EQ(std::rename(trashed->value().c_str(), away.c_str()), 0);
+    ASSERT_EQ(std::rename(trashed->c_str(), away.c_str()), 0);
     tree.file("data/Trash/files/a.jpg", "picture");
     tree.symbolicLink(away, "data/Trash/files/0-link.jpg");
     EXPECT_EQ(TrashLocation::find(files, identity), std::nullopt);

@@ -48,13 +48,23 @@ constexpr int kRunTimeoutMs = 60'000;
 // press Stop After This One while a picture is being moved.
 class GatedTrasher final : public Trasher {
 public:
-    [[nodiscard]] std::expected<std::optional<std::string>, TrashError>
-    trash(const std::string& path) const override {
+    [[nodiscard]] std::expected<std::string, TrashError>
+    reserve(const std::string& path) const override {
+        return FileManagerTrasher().reserve(path);
+    }
+
+    [[nodiscard]] std::expected<void, TrashError>
+    moveInto(const std::string& path, const std::string& trashPath) const override {
         if (calls_++ == 0) {
             entered_ = true;
             gate_.acquire();
         }
-        return FileManagerTrasher().trash(path);
+        return FileManagerTrasher().moveInto(path, trashPath);
+    }
+
+    [[nodiscard]] std::expected<void, TrashError>
+    putBack(const std::string& trashPath, const std::string& destination) const override {
+        return FileManagerTrasher().putBack(trashPath, destination);
     }
 
     [[nodiscard]] bool entered() const { return entered_; }

@@ -10,6 +10,7 @@
 #include <atomic>
 #include <cstdio>
 #include <filesystem>
+#include <functional>
 #include <thread>
 
 namespace brevant {
@@ -62,7 +63,7 @@ TEST(LockStore, WritesTheFileAfterEveryChangeAndReadsItBack) {
     EXPECT_EQ(again.all(),
               (std::vector<LockStore::Lock>{{"/photos/a.jpg", FileIdentity{2049, 77}, created},
                                             {"ABCD-1234/L0/001", std::nullopt, created}}));
-    EXPECT_EQ(again.movedAside(), std::nullopt);
+    EXPECT_EQ(again.damage(), std::nullopt);
 
     // Locking again changes nothing; removing saves at once.
     again.add(file);
@@ -145,58 +146,80 @@ TEST(LockStore, ALockFollowsItsFileAndHoldsItsPath) {
     EXPECT_EQ(store.all().size(), 1U);
 }
 
-TEST(LockStore, ADamagedFileIsMovedAsideAndTheStoreStartsEmpty) {
-    TempTree tree;
-    std::string path = storePath(tree);
-    tree.file("data/keep-locks.json", "[{\"path\": \"/photos/a.jpg\", \"crea");
-    LockStore store(path, fixedClock());
-    std::string aside = path + ".damaged-1700000000";
-    EXPECT_EQ(store.movedAside(), aside);
-    EXPECT_EQ(readFile(aside), "[{\"path\": \"/photos/a.jpg\", \"crea");
-    EXPECT_FALSE(exists(path));
-    EXPECT_TRUE(store.all().empty());
+// A file that cannot be read leaves the store damaged: it is never saved
+// over and never moved without the user asking, since it may hold locks.
+TEST(LockStore, ADamagedFileStaysAsItIsUntilTheUserSetsItAside) {
+    struct Case {
+        std::string name;
+        std::function<void(TempTree&)> make;
+        std::string reason;
+    };
+    std::vector<Case> cases{
+        {"cut short",
+         [](TempTree& tree) {
+             tree.file("data/keep-locks.json", "[{\"path\": \"/photos/a.jpg\", \"crea");
+         },
+         "The lock file could not be read: "},
+        {"not a list",
+         [](TempTree& tree) { tree.file("data/keep-locks.json", "{\"damaged\": true}"); },
+         "The lock file could not be read: expected an array of locks"},
+        {"a symbolic link",
+         [](TempTree& tree) {
+             tree.symbolicLink(tree.file("elsewhere.json", "[]"), "data/keep-locks.json");
+         },
+         "it is a symbolic link, which is never followed"},
+        {"a folder", [](TempTree& tree) { tree.folder("data/keep-locks.json/inside"); },
+         "it is not a file"},
+    };
+    for (const auto& damaged : cases) {
+        SCOPED_TRACE(damaged.name);
+        TempTree tree;
+        damaged.make(tree);
+        std::string path = storePath(tree);
+        auto before = std::filesystem::symlink_status(path).type();
+        LockStore store(path, fixedClock());
+        ASSERT_TRUE(store.damage().has_value());
+        EXPECT_TRUE(store.damage()->starts_with(damaged.reason)) << *store.damage();
+        EXPECT_TRUE(store.all().empty());
 
-    // The store goes on saving to its own name; the damaged file stays.
-    store.add(copyAt("/photos/b.jpg", 2));
-    EXPECT_EQ(LockStore(path).all().size(), 1U);
-    EXPECT_EQ(readFile(aside), "[{\"path\": \"/photos/a.jpg\", \"crea");
+        // Changes live in memory only; the file is not touched.
+        store.add(copyAt("/photos/b.jpg", 2));
+        EXPECT_TRUE(store.isLocked(copyAt("/photos/b.jpg", 2)));
+        EXPECT_EQ(std::filesystem::symlink_status(path).type(), before);
+        EXPECT_TRUE(LockStore(path).damage().has_value());
+
+        // Set aside on request: moved under its damaged- name, then saved anew.
+        auto aside = store.setAside();
+        ASSERT_TRUE(aside.has_value()) << aside.error();
+        EXPECT_EQ(*aside, path + ".damaged-1700000000");
+        EXPECT_EQ(std::filesystem::symlink_status(*aside).type(), before);
+        EXPECT_EQ(store.damage(), std::nullopt);
+        EXPECT_EQ(LockStore(path).all().size(), 1U);
+    }
+    EXPECT_EQ(LockStore::damageMessage("~/.local/share/Brevant/keep-locks.json", "it is not a file"),
+              "The lock file ~/.local/share/Brevant/keep-locks.json cannot be read (it is not a "
+              "file), so Brevant cannot tell which copies you locked, and no cleanup runs until it "
+              "can. Repair the file, or set it aside to start again without locks.");
 }
 
-TEST(LockStore, ADamagedFileIsNeverWrittenOver) {
+TEST(LockStore, SettingAsideNeverMovesOverAnotherFile) {
     TempTree tree;
     std::string path = storePath(tree);
     std::string aside = tree.file("data/keep-locks.json.damaged-1700000000", "moved earlier");
     tree.file("data/keep-locks.json", "{\"damaged\": true}");
     LockStore store(path, fixedClock());
-    // The name it would move to is taken: nothing moves, and nothing is
-    // saved over the damaged file either.
-    EXPECT_EQ(store.movedAside(), std::nullopt);
-    EXPECT_EQ(store.path(), std::nullopt);
-    EXPECT_TRUE(store.all().empty());
-    store.add(copyAt("/photos/b.jpg", 2));
-    EXPECT_TRUE(store.isLocked(copyAt("/photos/b.jpg", 2)));
+    auto refused = store.setAside();
+    ASSERT_FALSE(refused.has_value());
+    EXPECT_TRUE(refused.error().starts_with("The lock file could not be moved aside to " + aside))
+        << refused.error();
+    EXPECT_TRUE(store.damage().has_value());
     EXPECT_EQ(readFile(path), "{\"damaged\": true}");
     EXPECT_EQ(readFile(aside), "moved earlier");
-}
 
-TEST(LockStore, WhatCannotBeReadIsMovedAsideToo) {
-    TempTree tree;
-    std::string path = storePath(tree);
-    // A symbolic link is never followed: the link itself moves, its target
-    // stays as it is.
-    std::string target = tree.file("elsewhere.json", "[]");
-    tree.symbolicLink(target, "data/keep-locks.json");
-    LockStore linked(path, fixedClock());
-    ASSERT_TRUE(linked.movedAside().has_value());
-    EXPECT_TRUE(std::filesystem::is_symlink(*linked.movedAside()));
-    EXPECT_EQ(readFile(target), "[]");
-
-    // A folder in the file's place.
-    TempTree other;
-    other.folder("data/keep-locks.json/inside");
-    LockStore folder(storePath(other), fixedClock());
-    ASSERT_TRUE(folder.movedAside().has_value());
-    EXPECT_TRUE(exists(*folder.movedAside() + "/inside"));
+    // A store that reads is never set aside.
+    TempTree fine;
+    LockStore good(storePath(fine), fixedClock());
+    EXPECT_FALSE(good.setAside().has_value());
 }
 
 TEST(LockStore, AMissingFileOrNoneAtAllStartsEmpty) {
@@ -204,7 +227,7 @@ TEST(LockStore, AMissingFileOrNoneAtAllStartsEmpty) {
     std::string path = tree.path("not/yet/there/keep-locks.json");
     LockStore store(path);
     EXPECT_TRUE(store.all().empty());
-    EXPECT_EQ(store.movedAside(), std::nullopt);
+    EXPECT_EQ(store.damage(), std::nullopt);
     // The folders are made on the first save.
     store.add(copyAt("/photos/a.jpg", 1));
     EXPECT_EQ(LockStore(path).all().size(), 1U);
