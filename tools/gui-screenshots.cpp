@@ -203,12 +203,16 @@ bool shootCleanup(const QString& label, PhotoCleanupModel& model, MainWindow& wi
     if (!plan) {
         return false;
     }
-    auto journal = brevant::CleanupJournal::create(*plan, cleanups.journalDirectory());
     const std::string& moved = plan->removals.front().path;
-    if (!journal ||
-        !journal->write(brevant::CleanupJournal::Entry::ofIntent(moved, brevant::Date::now())) ||
-        !brevant::platform::FreedesktopTrash::moveToTrash(moved)) {
-        return false;
+    {
+        // The run's lock on its journal goes with it.
+        auto journal = brevant::CleanupJournal::create(*plan, cleanups.journalDirectory());
+        if (!journal ||
+            !journal->write(
+                brevant::CleanupJournal::Entry::ofIntent(moved, brevant::Date::now())) ||
+            !brevant::platform::FreedesktopTrash::moveToTrash(moved)) {
+            return false;
+        }
     }
     window.recoverInterruptedCleanups();
     if (!waitUntil([&] { return screen.showsReport() && report.report()->reconciled; })) {

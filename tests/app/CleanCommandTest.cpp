@@ -353,5 +353,69 @@ TEST(CleanCommand, HistoryReconcilesAnInterruptedCleanupFirst) {
     EXPECT_THAT(again.out, HasSubstr("5 pictures: 2 moved, 3 skipped, 0 failed, 0 unknown"));
 }
 
+TEST(CleanCommand, ALockFileThatCannotBeReadStopsEveryCleanupUntilRepairedOrReset) {
+    Library library;
+    auto before = library.contents();
+    std::string store = library.data() + "/keep-locks.json";
+    for (bool link : {false, true}) {
+        SCOPED_TRACE(link ? "a symbolic link" : "damaged");
+        fs::remove(store);
+        if (link) {
+            fs::create_symlink(library.tree().file("elsewhere.json", "[]"), store);
+        } else {
+            library.tree().file("data/keep-locks.json", "[{\"path\": \"/photos/");
+        }
+        Outcome clean = library.brevant("clean --yes " + shellWord(library.photos()));
+        EXPECT_EQ(clean.status, ExitStatus::kFailed);
+        EXPECT_THAT(clean.err,
+                    HasSubstr("brevant clean: The lock file " + store + " cannot be read ("));
+        EXPECT_THAT(clean.err, HasSubstr("no cleanup runs until it can. Repair the file, or set "
+                                         "it aside to start again without locks.\nTo set it "
+                                         "aside and start with no locks: brevant locks --reset\n"));
+        EXPECT_EQ(library.contents(), before);
+        EXPECT_TRUE(library.journals().empty());
+        EXPECT_EQ(library.brevant("lock " + shellWord(library.photo("2020/beach.jpg"))).status,
+                  ExitStatus::kFailed);
+        EXPECT_EQ(fs::is_symlink(store), link);
+    }
+    Outcome reset = library.brevant("locks --reset");
+    EXPECT_EQ(reset.status, ExitStatus::kSuccess) << reset.err;
+    EXPECT_THAT(reset.out, HasSubstr("The lock file was moved aside to " + store + ".damaged-"));
+    EXPECT_EQ(library.brevant("locks --reset").out,
+              "The lock file can be read; nothing was moved.\n");
+    EXPECT_EQ(library.brevant("clean --yes " + shellWord(library.photos())).status,
+              ExitStatus::kSuccess);
+}
+
+TEST(CleanCommand, HistoryListsAJournalThatIsALinkAndRestoreShowsOddNamesEscaped) {
+    Library library;
+    std::string odd =
+        library.tree().file("photos/odd/new\nline.jpg", testing::photoOfSize(9, 9000));
+    library.tree().file("photos/odd/plain.jpg", testing::photoOfSize(9, 9000));
+    // The plain one is kept, so the odd one moves.
+    ASSERT_EQ(library.brevant("lock " + shellWord(library.photo("odd/plain.jpg"))).status,
+              ExitStatus::kSuccess);
+    Outcome clean = library.brevant("clean --yes --json " + shellWord(library.photo("odd")));
+    ASSERT_EQ(clean.status, ExitStatus::kSuccess) << clean.err << clean.out;
+    std::string id = Json::parse(clean.out)["report"]["planID"];
+    Outcome back = library.brevant("restore " + id + " --all");
+    EXPECT_EQ(back.status, ExitStatus::kSuccess);
+    EXPECT_EQ(back.out,
+              "new\\nline.jpg is back, at " + library.photo("odd/new\\nline.jpg") + ".\n");
+    EXPECT_EQ(testing::readFile(odd), testing::photoOfSize(9, 9000));
+
+    // A journal put elsewhere behind a link is listed, never followed.
+    std::string journal = library.journals().at(0);
+    std::string away = library.tree().path("journal-away.jsonl");
+    fs::rename(journal, away);
+    fs::create_symlink(away, journal);
+    Outcome history = library.brevant("history");
+    EXPECT_EQ(history.status, ExitStatus::kSuccess);
+    EXPECT_THAT(history.out, HasSubstr(id + "  0 pictures"));
+    EXPECT_THAT(history.out, HasSubstr("This cleanup record is a symbolic link, which Brevant "
+                                       "does not follow: " +
+                                       journal));
+}
+
 } // namespace
 } // namespace brevant::cli

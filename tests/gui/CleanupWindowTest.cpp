@@ -333,11 +333,14 @@ void CleanupWindowTest::interruptedCleanupIsReconciledAtStart() {
     auto plan = CleanupPlanner::plan(*rig.model().session());
     QVERIFY(plan.has_value());
     QCOMPARE(plan->removals.size(), std::size_t{2});
-    auto journal = CleanupJournal::create(*plan, rig.cleanups().journalDirectory());
-    QVERIFY(journal.has_value());
     const std::string& first = plan->removals[0].path;
-    QVERIFY(journal->write(CleanupJournal::Entry::ofIntent(first, Date::now())).has_value());
-    QVERIFY(platform::FreedesktopTrash::moveToTrash(first).has_value());
+    {
+        // The run's lock goes with its process.
+        auto journal = CleanupJournal::create(*plan, rig.cleanups().journalDirectory());
+        QVERIFY(journal.has_value());
+        QVERIFY(journal->write(CleanupJournal::Entry::ofIntent(first, Date::now())).has_value());
+        QVERIFY(platform::FreedesktopTrash::moveToTrash(first).has_value());
+    }
 
     rig.window().recoverInterruptedCleanups();
     CleanupScreen* screen = rig.window().cleanupScreen();
@@ -354,7 +357,8 @@ void CleanupWindowTest::interruptedCleanupIsReconciledAtStart() {
     // The second picture was never touched, and the journal is closed now.
     const std::string& second = plan->removals[1].path;
     QVERIFY(brevant::testing::readFile(second) == rig.marked().at(second));
-    auto parsed = CleanupJournal::parse(journal->path());
+    auto parsed =
+        CleanupJournal::parse(CleanupJournal::pathFor(plan->id, rig.cleanups().journalDirectory()));
     QVERIFY(parsed.has_value());
     QVERIFY(parsed->finished.has_value());
 }
