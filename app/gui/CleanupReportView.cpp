@@ -150,7 +150,20 @@ void CleanupReportView::fill() {
     }
     const CleanupReport& report = *report_;
     title_->setText(qtText(journal_texts::title(report)));
-    explanation_->setVisible(report.reconciled);
+    // How the report was come by: worked out after a crash, still running,
+    // or read from a record with damaged lines.
+    QStringList explained;
+    if (report.reconciled) {
+        explained << qtText(journal_texts::interruptedExplanation());
+    }
+    if (report.running) {
+        explained << qtText(journal_texts::kRunning);
+    }
+    if (report.damage) {
+        explained << qtText(*report.damage);
+    }
+    explanation_->setText(explained.join(QLatin1Char(' ')));
+    explanation_->setVisible(!explained.isEmpty());
     started_->setText(
         tr("Started %1 · %2")
             .arg(dateText(report.started), countText(static_cast<std::int64_t>(report.items.size()),
