@@ -229,8 +229,10 @@ std::vector<int> winsUnder(const Rule& rule, const Copies& copies) {
 std::vector<Copies> tiersByWins(const Copies& copies, const std::vector<int>& wins) {
     std::vector<std::size_t> indices(copies.size());
     std::iota(indices.begin(), indices.end(), std::size_t{0});
-    std::ranges::stable_sort(indices, std::ranges::greater{},
-                             [&wins](std::size_t i) { return wins[i]; });
+    // Most wins first, and within equal wins the order the copies came in.
+    std::ranges::sort(indices, [&wins](std::size_t a, std::size_t b) {
+        return wins[a] != wins[b] ? wins[a] > wins[b] : a < b;
+    });
     std::vector<Copies> tiers;
     for (std::size_t k = 0; k < indices.size(); ++k) {
         if (k == 0 || wins[indices[k]] != wins[indices[k - 1]]) {
