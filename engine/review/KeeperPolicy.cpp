@@ -249,8 +249,8 @@ std::vector<Copies> tiersByWins(const Copies& copies, const std::vector<int>& wi
 // puts those that beat the most others first; each such tier is ranked
 // again the same way, and the names decide when no rule tells anyone apart.
 // Where the rules are transitive this is the ordinary sort by the first
-// rule that tells two copies apart. A rule under which every copy beats as
-// many as it loses to (a circle) cannot rank them and gives way to the next.
+// rule that tells two copies apart. A rule under which every copy beats
+// equally many others (no one told apart, or a circle) gives way to the next.
 Ranking rankFrom(const std::vector<Rule>& rules, std::size_t first, Copies copies) {
     if (copies.size() <= 1) {
         return {std::move(copies), std::nullopt};
