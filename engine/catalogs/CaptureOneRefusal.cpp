@@ -1,6 +1,7 @@
 #include "CaptureOneRefusal.hpp"
 
 #include "engine/catalogs/MarkTexts.hpp"
+#include "engine/support/Texts.hpp"
 
 #include <fmt/format.h>
 #include <ostream>
@@ -10,9 +11,9 @@ namespace brevant {
 std::string CaptureOneRefusal::text() const {
     switch (kind) {
     case Kind::untestedVersion:
-        return fmt::format("This catalog is from a Capture One version this app has not been "
-                           "tested with ({}), so it was not changed.",
-                           detail);
+        return fmt::format("This catalog is from a Capture One version {} has not been tested "
+                           "with ({}), so it was not changed.",
+                           texts::kApplication, detail);
     case Kind::backupFailed:
         return mark_texts::backupFailed(detail);
     case Kind::writeFailed:

@@ -1,6 +1,7 @@
 #include "LightroomRefusal.hpp"
 
 #include "engine/catalogs/MarkTexts.hpp"
+#include "engine/support/Texts.hpp"
 
 #include <fmt/format.h>
 #include <ostream>
@@ -10,9 +11,10 @@ namespace brevant {
 std::string LightroomRefusal::text() const {
     switch (kind) {
     case Kind::untestedVersion:
-        return fmt::format("This catalog is from a Lightroom Classic version this app has not "
-                           "been tested with ({}), so it was not changed.",
-                           detail);
+        return fmt::format(
+            "This catalog is from a Lightroom Classic version {} has not been tested "
+            "with ({}), so it was not changed.",
+            texts::kApplication, detail);
     case Kind::backupFailed:
         return mark_texts::backupFailed(detail);
     case Kind::writeFailed:

@@ -6,7 +6,9 @@
 #include "engine/similarity/QualityScore.hpp"
 
 #include <algorithm>
+#include <functional>
 #include <memory>
+#include <numeric>
 #include <ostream>
 #include <utility>
 
@@ -197,32 +199,91 @@ std::vector<Rule> fixedRules(const SharedContext& context) {
     return rules;
 }
 
-// True when the first rule that tells the two apart prefers a; the path
-// that sorts first when none does.
-bool isBetter(const std::vector<Rule>& rules, const PhotoAsset& a, const PhotoAsset& b) {
-    for (const auto& rule : rules) {
-        if (int answer = rule.compare(a, b); answer != 0) {
-            return answer < 0;
+using Copies = std::vector<const PhotoAsset*>;
+
+// The members best first, and the rule that set the first apart from every
+// other member (none when only the names did).
+struct Ranking {
+    Copies order;
+    std::optional<std::size_t> keeperRule;
+};
+
+// How many of the others each copy beats under the rule. The rules answer
+// symmetrically, so each pair is asked once.
+std::vector<int> winsUnder(const Rule& rule, const Copies& copies) {
+    std::vector<int> wins(copies.size(), 0);
+    for (std::size_t i = 0; i < copies.size(); ++i) {
+        for (std::size_t j = i + 1; j < copies.size(); ++j) {
+            int answer = rule.compare(*copies[i], *copies[j]);
+            if (answer < 0) {
+                ++wins[i];
+            } else if (answer > 0) {
+                ++wins[j];
+            }
         }
     }
-    return a.path < b.path;
+    return wins;
 }
 
-// An insertion sort rather than std::sort: the abstaining rules are not
-// transitive (150 beats 100 and abstains against 120), which std::sort does
-// not allow. Each copy stops behind one that beats it, so every neighbour in
-// the answer beats the next by the first rule that tells them apart.
-std::vector<PhotoAsset> rankedBy(const std::vector<Rule>& rules, const DuplicateGroup& group) {
-    std::vector<PhotoAsset> order;
-    order.reserve(group.members.size());
-    for (const auto& member : group.members) {
-        auto place = order.end();
-        while (place != order.begin() && isBetter(rules, member, *(place - 1))) {
-            --place;
+// The copies in groups of equal wins, most wins first.
+std::vector<Copies> tiersByWins(const Copies& copies, const std::vector<int>& wins) {
+    std::vector<std::size_t> indices(copies.size());
+    std::iota(indices.begin(), indices.end(), std::size_t{0});
+    // Most wins first, and within equal wins the order the copies came in.
+    std::ranges::sort(indices, [&wins](std::size_t a, std::size_t b) {
+        return wins[a] != wins[b] ? wins[a] > wins[b] : a < b;
+    });
+    std::vector<Copies> tiers;
+    for (std::size_t k = 0; k < indices.size(); ++k) {
+        if (k == 0 || wins[indices[k]] != wins[indices[k - 1]]) {
+            tiers.emplace_back();
         }
-        order.insert(place, member);
+        tiers.back().push_back(copies[indices[k]]);
     }
-    return order;
+    return tiers;
+}
+
+// The abstaining rules are not transitive (150 beats 100, 120 beats
+// neither), so no pairwise sort gives one answer for every member order.
+// Instead the first rule, from `first` on, that tells any two copies apart
+// puts those that beat the most others first; each such tier is ranked
+// again the same way, and the names decide when no rule tells anyone apart.
+// Where the rules are transitive this is the ordinary sort by the first
+// rule that tells two copies apart. A rule under which every copy beats
+// equally many others (no one told apart, or a circle) gives way to the next.
+Ranking rankFrom(const std::vector<Rule>& rules, std::size_t first, Copies copies) {
+    if (copies.size() <= 1) {
+        return {std::move(copies), std::nullopt};
+    }
+    for (std::size_t index = first; index < rules.size(); ++index) {
+        std::vector<Copies> tiers = tiersByWins(copies, winsUnder(rules[index], copies));
+        if (tiers.size() == 1) {
+            continue;
+        }
+        Ranking ranking;
+        ranking.order.reserve(copies.size());
+        for (auto& tier : tiers) {
+            bool keeperTier = ranking.order.empty();
+            bool alone = tier.size() == 1;
+            Ranking inner = rankFrom(rules, index, std::move(tier));
+            if (keeperTier) {
+                ranking.keeperRule = alone ? std::optional(index) : inner.keeperRule;
+            }
+            ranking.order.insert(ranking.order.end(), inner.order.begin(), inner.order.end());
+        }
+        return ranking;
+    }
+    std::ranges::sort(copies, std::less{}, [](const PhotoAsset* copy) { return copy->path; });
+    return {std::move(copies), std::nullopt};
+}
+
+Ranking rankingOf(const std::vector<Rule>& rules, const DuplicateGroup& group) {
+    Copies copies;
+    copies.reserve(group.members.size());
+    for (const auto& member : group.members) {
+        copies.push_back(&member);
+    }
+    return rankFrom(rules, 0, std::move(copies));
 }
 
 std::string reasonFor(const Rule& rule, const PhotoAsset& keeper) {
@@ -384,25 +445,27 @@ std::vector<Rule> KeeperPolicy::rules(const Context& context) {
 }
 
 std::vector<PhotoAsset> KeeperPolicy::ranked(const DuplicateGroup& group, const Context& context) {
-    return rankedBy(rules(context), group);
+    Ranking ranking = rankingOf(rules(context), group);
+    std::vector<PhotoAsset> order;
+    order.reserve(ranking.order.size());
+    for (const PhotoAsset* copy : ranking.order) {
+        order.push_back(*copy);
+    }
+    return order;
 }
 
 std::optional<KeeperPolicy::Suggestion> KeeperPolicy::suggestion(const DuplicateGroup& group,
                                                                  const Context& context) {
     std::vector<Rule> rules = KeeperPolicy::rules(context);
-    std::vector<PhotoAsset> order = rankedBy(rules, group);
-    if (order.empty()) {
+    Ranking ranking = rankingOf(rules, group);
+    if (ranking.order.empty()) {
         return std::nullopt;
     }
-    const PhotoAsset& keeper = order.front();
-    if (order.size() >= 2) {
-        for (const auto& rule : rules) {
-            if (rule.compare(keeper, order[1]) != 0) {
-                return Suggestion{keeper.path, reasonFor(rule, keeper)};
-            }
-        }
+    const PhotoAsset& keeper = *ranking.order.front();
+    if (!ranking.keeperRule) {
+        return Suggestion{keeper.path, std::string(kEqualCopiesReason)};
     }
-    return Suggestion{keeper.path, std::string(kEqualCopiesReason)};
+    return Suggestion{keeper.path, reasonFor(rules[*ranking.keeperRule], keeper)};
 }
 
 } // namespace brevant

@@ -97,13 +97,18 @@ struct KeeperPolicy {
     // The fixed rules, then one per priority in the context's order.
     [[nodiscard]] static std::vector<Rule> rules(const Context& context);
 
-    // The members, best keeper first: the first rule that tells two copies
-    // apart decides, and the path that sorts first when none does.
+    // The members, best keeper first. The first rule that tells any two
+    // copies apart puts those that beat the most others under it first, and
+    // each tier of equal wins is ranked the same way; the path that sorts
+    // first goes first when no rule tells copies apart. Where the rules are
+    // transitive this is the sort by the first rule that tells two copies
+    // apart; where they abstain inside a margin it still gives one order,
+    // whatever the order of the members.
     [[nodiscard]] static std::vector<PhotoAsset> ranked(const DuplicateGroup& group,
                                                         const Context& context);
 
-    // The first of the ranking, with the reason of the first rule that tells
-    // it from the second; nothing for a group without members.
+    // The first of the ranking, with the reason of the rule under which it
+    // was left alone at the top; nothing for a group without members.
     [[nodiscard]] static std::optional<Suggestion> suggestion(const DuplicateGroup& group,
                                                               const Context& context);
 };

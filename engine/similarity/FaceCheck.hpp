@@ -12,7 +12,9 @@ namespace brevant {
 struct FaceCheck {
     static constexpr int kRenditionSize = 1600;
     static constexpr double kMinFaceFraction = 0.05;
-    static constexpr int kRevision = 1;
+    // 2: faces are confirmed before they count, so readings of revision 1,
+    // which held faces read into flowers and objects, are read again.
+    static constexpr int kRevision = 2;
 
     // Faces big enough to judge in an upright picture; nothing when the
     // detector cannot run.

@@ -117,7 +117,7 @@ TEST(CatalogCommand, RefusedOrUnconfirmedMarkingLeavesTheCatalogByteIdentical) {
 
     EXPECT_EQ(refused.status, 1);
     EXPECT_THAT(refused.err, HasSubstr("brevant: This catalog is from a Lightroom Classic version "
-                                       "this app has not been tested with (1504002), so it was "
+                                       "Brevant has not been tested with (1504002), so it was "
                                        "not changed.\n"));
     EXPECT_EQ(unasked.status, 1);
     EXPECT_THAT(unasked.err, HasSubstr("has not been tested with (1504002)"));

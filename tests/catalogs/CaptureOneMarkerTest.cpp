@@ -266,7 +266,7 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalCase{.name = "newerVersion",
                     .version = 160900,
                     .expected = CaptureOneRefusal::untestedVersion("160900"),
-                    .text = "This catalog is from a Capture One version this app has not been "
+                    .text = "This catalog is from a Capture One version Brevant has not been "
                             "tested with (160900), so it was not changed."}),
     [](const auto& info) { return std::string(info.param.name); });
 

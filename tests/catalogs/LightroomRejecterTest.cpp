@@ -269,12 +269,12 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalCase{.name = "newerVersion",
                     .version = "1504002",
                     .expected = LightroomRefusal::untestedVersion("1504002"),
-                    .text = "This catalog is from a Lightroom Classic version this app has not "
+                    .text = "This catalog is from a Lightroom Classic version Brevant has not "
                             "been tested with (1504002), so it was not changed."},
         RefusalCase{.name = "noVersion",
                     .version = std::nullopt,
                     .expected = LightroomRefusal::untestedVersion("unknown"),
-                    .text = "This catalog is from a Lightroom Classic version this app has not "
+                    .text = "This catalog is from a Lightroom Classic version Brevant has not "
                             "been tested with (unknown), so it was not changed."}),
     [](const auto& info) { return std::string(info.param.name); });
 

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 
 namespace brevant {
@@ -315,6 +316,63 @@ TEST(KeeperPolicy, RankingStaysOrderlyWhenRulesAbstain) {
         auto suggestion = KeeperPolicy::suggestion(groupOf(members), context);
         ASSERT_TRUE(suggestion.has_value());
         EXPECT_EQ(suggestion->keeperID, order.front().path);
+    }
+}
+
+// Three similar copies whose neighbours lie inside the margin while the
+// outer two do not: the margin rules abstain on two pairs and decide the
+// third, so they are not transitive.
+TEST(KeeperPolicy, TheKeeperIsTheSameWhateverTheOrderWhenAMarginIsNotTransitive) {
+    PhotoAsset blur = copyAt("/photos/a_blur.jpg", 1);
+    PhotoAsset mid = copyAt("/photos/b_mid.jpg", 2);
+    PhotoAsset sharp = copyAt("/photos/c_sharp.jpg", 3);
+    sharp.pixelWidth = 3000;
+
+    struct Case {
+        std::string name;
+        std::vector<Priority> priorities;
+        Measures measures;
+        KeeperPolicy::Suggestion expected;
+    };
+
+    std::vector<Case> cases{
+        // 173 is 1.73 times 100; 140 is within 1.5 times of both.
+        {"sharpness",
+         {Priority::sharpest},
+         {.sharpness = {{blur.path, 100}, {mid.path, 140}, {sharp.path, 173}}},
+         {sharp.path, "It is clearly the sharpest"}},
+        // 75 is 15 points above 60; 68 is within 10 points of both.
+        {"quality",
+         {Priority::bestQuality},
+         {.quality = {{blur.path, 60}, {mid.path, 68}, {sharp.path, 75}}},
+         {sharp.path, "It has a clearly higher quality score"}},
+        // 160 and 155 both clearly beat 100 and not each other: the next
+        // priority decides between the two, and its reason is given.
+        {"sharpness, then pixels",
+         {Priority::sharpest, Priority::mostPixels},
+         {.sharpness = {{blur.path, 100}, {mid.path, 155}, {sharp.path, 160}}},
+         {mid.path, "It has the most pixels"}},
+        // Quality abstains throughout; sharpness then splits the copies.
+        {"quality, then sharpness",
+         {Priority::bestQuality, Priority::sharpest},
+         {.sharpness = {{blur.path, 100}, {mid.path, 140}, {sharp.path, 173}},
+          .quality = {{blur.path, 60}, {mid.path, 68}, {sharp.path, 69}}},
+         {sharp.path, "It is clearly the sharpest"}},
+    };
+    for (const auto& test : cases) {
+        auto context = contextWith(test.priorities, test.measures);
+        std::vector<PhotoAsset> members{blur, mid, sharp};
+        auto firstOrder =
+            memberPaths(DuplicateGroup{"", 0, KeeperPolicy::ranked(groupOf(members), context)});
+        std::vector<std::size_t> order{0, 1, 2};
+        do {
+            auto group = groupOf({members[order[0]], members[order[1]], members[order[2]]});
+            EXPECT_EQ(suggest(group, context), test.expected)
+                << test.name << ", members from " << group.members.front().path;
+            EXPECT_EQ(memberPaths(DuplicateGroup{"", 0, KeeperPolicy::ranked(group, context)}),
+                      firstOrder)
+                << test.name;
+        } while (std::ranges::next_permutation(order).found);
     }
 }
 

@@ -14,7 +14,8 @@
 namespace brevant {
 namespace {
 
-const std::string kFaces = BREVANT_SOURCE_DIR "/../shared/testdata/faces";
+const std::string kTestData = BREVANT_SOURCE_DIR "/../shared/testdata";
+const std::string kFaces = kTestData + "/faces";
 
 bool haveFaces() {
     std::error_code ec;
@@ -86,6 +87,53 @@ TEST(FaceCheck, ReadsRealPhotosAsAPersonDoes) {
         EXPECT_EQ(reading->faces, truth.faces) << truth.file;
         EXPECT_EQ(reading->eyesClosed, truth.eyesClosed) << truth.file;
         EXPECT_EQ(reading->smiling, truth.smiling) << truth.file;
+    }
+}
+
+struct FaceCase {
+    std::string file; // below the shared test data
+    bool blackAndWhite = false;
+    int faces = 0;
+    int eyesClosed = 0;
+};
+
+// Photos in which the face cascade alone found faces that are not there
+// (flowers, a car's seats, house fronts, a man seen from behind), and real
+// faces, also once the picture is made black and white.
+std::vector<FaceCase> confirmedCases() {
+    return {
+        {"exif-samples/jpg/hdr/iphone_hdr_NO.jpg"},
+        {"exif-samples/jpg/hdr/iphone_hdr_YES.jpg"},
+        {"exif-samples/jpg/tests/22-canon_tags.jpg"},
+        {"exif-samples/jpg/mobile/jolla.jpg"},
+        {"libheif/examples/example.heic"},
+        {"orientation/Portrait_1.jpg"},
+        {"exif-samples/jpg/hdr/iphone_hdr_NO.jpg", true},
+        {"faces/smile-neutral/facerec_obama_smiling.jpg", false, 1},
+        {"faces/smile-neutral/facerec_obama_smiling.jpg", true, 1},
+        {"faces/open/dlib_2009_004587.jpg", true, 2},
+    };
+}
+
+TEST(FaceCheck, CountsOnlyFacesThatAreThere) {
+    if (!haveFaces()) {
+        GTEST_SKIP() << "no test photos at " << kTestData;
+    }
+    testing::TempTree tree;
+    for (const auto& test : confirmedCases()) {
+        std::string path = kTestData + "/" + test.file;
+        if (test.blackAndWhite) {
+            path = tree.path(std::filesystem::path(test.file).stem().string() + " grey.png");
+            testing::saveImage(testing::openImage(kTestData + "/" + test.file)
+                                   .autorot()
+                                   .colourspace(VIPS_INTERPRETATION_B_W)
+                                   .extract_band(0),
+                               path);
+        }
+        auto reading = FaceCheck::reading(path);
+        ASSERT_TRUE(reading) << test.file;
+        EXPECT_EQ(reading->faces, test.faces) << test.file << (test.blackAndWhite ? " grey" : "");
+        EXPECT_EQ(reading->eyesClosed, test.eyesClosed) << test.file;
     }
 }
 

@@ -2,6 +2,7 @@
 #include "tests/fixtures/ImageFixtures.hpp"
 #include "tests/fixtures/TempTree.hpp"
 
+#include "engine/similarity/FaceCheck.hpp"
 #include "engine/similarity/FeatureCache.hpp"
 #include "engine/similarity/SimilarityMatcher.hpp"
 
@@ -89,10 +90,10 @@ TEST(SimilarityMeasuring, FacesAreReadForGroupMembersAndKept) {
     for (const auto& picture : pictures) {
         const ImageFeatures* features = faced->featuresFor(picture);
         ASSERT_NE(features, nullptr);
-        EXPECT_EQ(features->faces, (FaceReading{1, 0, 1, 1})) << picture.path;
+        EXPECT_EQ(features->faces, (FaceReading{1, 0, 1, FaceCheck::kRevision})) << picture.path;
     }
     FeatureCache reloaded(cacheFile);
-    EXPECT_EQ(reloaded.faces(pictures[0]), (FaceReading{1, 0, 1, 1}));
+    EXPECT_EQ(reloaded.faces(pictures[0]), (FaceReading{1, 0, 1, FaceCheck::kRevision}));
 }
 
 } // namespace
