@@ -68,20 +68,21 @@ count_files() {
 orphans_and_unlisted() {
     local dir=$1
     "$brevant" history --json >/dev/null
-    local reports=""
+    local reports=$dir/reports
+    mkdir -p "$reports"
     for journal in "$dir"/data/Cleanups/cleanup-*.jsonl; do
         [ -e "$journal" ] || continue
         local id
         id=$(basename "$journal" .jsonl)
-        reports+=$("$brevant" history "${id#cleanup-}" --json)$'\n\x1e\n'
+        "$brevant" history "${id#cleanup-}" --json >"$reports/$id.json"
     done
     python3 - "$dir/xdg/Trash" "$reports" <<'PY'
 import json, os, sys
 trash = sys.argv[1]
 listed = set()
-for document in sys.argv[2].split("\n\x1e\n"):
-    if document.strip():
-        for item in json.loads(document)["cleanup"]["items"]:
+for name in os.listdir(sys.argv[2]):
+    with open(os.path.join(sys.argv[2], name)) as document:
+        for item in json.load(document)["cleanup"]["items"]:
             moved = item["outcome"].get("movedToTrash")
             if moved is not None and "trashPath" in moved:
                 listed.add(moved["trashPath"])
