@@ -182,8 +182,8 @@ void CleanupController::putBack(const std::string& journalPath, std::vector<std:
             for (auto& removal : removals) {
                 // A refused Put Back leaves every picture in the Trash, for
                 // the reason given.
-                RestoreOutcome outcome = done ? RestoreOutcome::notInTrash()
-                                              : RestoreOutcome::failed(done.error());
+                RestoreOutcome outcome =
+                    done ? RestoreOutcome::notInTrash() : RestoreOutcome::failed(done.error());
                 if (done) {
                     auto result = std::ranges::find(*done, removal.path, &Restorer::Result::itemID);
                     if (result != done->end()) {
