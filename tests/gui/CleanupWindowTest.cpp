@@ -266,8 +266,11 @@ void CleanupWindowTest::runMovesExactlyTheMarkedCopiesAndReportsThem() {
             QVERIFY2(listed.find(path) != std::string::npos, listed.c_str());
         }
     }
-    // Done (Enter) goes back to the results.
+    // The report stays until the user is done with it; Done (Enter) goes
+    // back to the results.
+    QCOMPARE(rig.model().phase(), Phase::finished);
     QTest::keyClick(rig.window().cleanupScreen()->doneButton(), Qt::Key_Return);
+    QCOMPARE(rig.model().phase(), Phase::reviewing);
     QCOMPARE(rig.window().currentScreen(), static_cast<QWidget*>(rig.window().overview()));
 }
 
@@ -281,6 +284,13 @@ void CleanupWindowTest::stopAfterThisOneLeavesTheRestInPlace() {
     QTRY_VERIFY_WITH_TIMEOUT(gate->entered(), kRunTimeoutMs);
     CleanupScreen* screen = rig.window().cleanupScreen();
     QVERIFY(screen->showsRun());
+    // While pictures move, nothing may scan them or start another run.
+    QCOMPARE(rig.model().phase(), Phase::cleaning);
+    QVERIFY(!rig.model().canScan());
+    QVERIFY(!rig.model().startScan());
+    auto again = rig.cleanups().plan();
+    QVERIFY(again.has_value());
+    QVERIFY(!rig.cleanups().start(*again, CleanupApproval{again->id, Date::now()}));
     QTest::mouseClick(screen->stopButton(), Qt::LeftButton);
     QVERIFY(rig.cleanups().isStopping());
     QCOMPARE(screen->runDetail(),
@@ -288,6 +298,7 @@ void CleanupWindowTest::stopAfterThisOneLeavesTheRestInPlace() {
     QVERIFY(!screen->stopButton()->isEnabled());
     gate->open();
     QTRY_VERIFY_WITH_TIMEOUT(screen->showsReport(), kRunTimeoutMs);
+    QCOMPARE(rig.model().phase(), Phase::finished);
 
     CleanupReportView* report = rig.report();
     QCOMPARE(report->figure(QStringLiteral("Moved")), QStringLiteral("1"));
@@ -347,6 +358,10 @@ void CleanupWindowTest::interruptedCleanupIsReconciledAtStart() {
     auto parsed = CleanupJournal::parse(journal->path());
     QVERIFY(parsed.has_value());
     QVERIFY(parsed->finished.has_value());
+    // Shown like a finished cleanup's report, until the user is done.
+    QCOMPARE(rig.model().phase(), Phase::finished);
+    QTest::mouseClick(screen->doneButton(), Qt::LeftButton);
+    QCOMPARE(rig.model().phase(), Phase::reviewing);
 }
 
 void CleanupWindowTest::putsBackOneItemAndTheWholeCleanup() {
