@@ -316,6 +316,8 @@ void MainWindow::showRecoveredReports() {
         recovered_ = std::move(reports);
         return;
     }
+    // Another screen (the history) may be in front of an earlier report.
+    screens_->setCurrentWidget(cleanupScreen_);
     cleanupScreen_->showReports(reports);
 }
 

@@ -405,6 +405,13 @@ void CleanupWindowTest::putsBackOneItemAndTheWholeCleanup() {
     QCOMPARE(history->reportView()->figure(QStringLiteral("Put back")), QStringLiteral("2"));
     QCOMPARE(history->reportView()->figure(QStringLiteral("In the Trash")), byteText(0));
     QVERIFY(!all->isEnabled());
+
+    // A cleanup found interrupted has its report brought to the front, over
+    // the history, while the finished run's report still waits for Done.
+    QCOMPARE(rig.model().phase(), Phase::finished);
+    Q_EMIT rig.cleanups().interruptedRecovered({shown});
+    QCOMPARE(rig.window().currentScreen(), static_cast<QWidget*>(rig.window().cleanupScreen()));
+    QVERIFY(rig.window().cleanupScreen()->showsReport());
 }
 
 void CleanupWindowTest::occupiedPlaceOffersAnotherNameAndNeverOverwrites() {
