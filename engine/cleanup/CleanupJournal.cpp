@@ -53,6 +53,20 @@ JournalError createError(const std::string& directory, const std::string& name, 
     return {code, journal_texts::cannotCreate(name, directory, platform::errorText(code))};
 }
 
+// The id a journal's name gives, for one whose plan cannot be read.
+Uuid idFromName(const std::string& path) {
+    std::string name = nameOf(path);
+    std::string_view id = std::string_view(name).substr(kFilePrefix.size());
+    id.remove_suffix(kFileSuffix.size());
+    return Uuid::parse(id).value_or(Uuid{});
+}
+
+// When the file was last written, for a journal that holds no date.
+Date modifiedDate(const std::string& path) {
+    auto status = platform::statusOfPath(path);
+    return status ? Date::fromUnixSeconds(static_cast<double>(status->modifiedSeconds)) : Date{};
+}
+
 JournalError readError(const std::string& path, int code) {
     if (code == ELOOP) {
         return {code, journal_texts::isLink(path)};
@@ -396,6 +410,9 @@ void from_json(const nlohmann::ordered_json& j, CleanupJournal::Entry& value) {
 }
 
 bool CleanupJournal::Parsed::needsReconciling() const {
+    if (cutBeforePlan) {
+        return false;
+    }
     if (!finished || !putBacks.empty()) {
         return true;
     }
@@ -529,11 +546,11 @@ CleanupJournal::read(const std::string& journalPath) {
     if (!parsed) {
         return std::unexpected(readError(journalPath, EINVAL));
     }
-    if (parsed->planDamaged) {
-        std::string name = nameOf(journalPath);
-        std::string_view id = std::string_view(name).substr(kFilePrefix.size());
-        id.remove_suffix(kFileSuffix.size());
-        parsed->plan.id = Uuid::parse(id).value_or(Uuid{});
+    if (parsed->planDamaged || parsed->cutBeforePlan) {
+        parsed->plan.id = idFromName(journalPath);
+    }
+    if (parsed->cutBeforePlan) {
+        parsed->started = modifiedDate(journalPath);
     }
     return std::move(*parsed);
 }
@@ -566,7 +583,11 @@ std::optional<CleanupJournal::Parsed> CleanupJournal::parseContents(std::string_
         }
     }
     if (!folding.hasEntry) {
-        return std::nullopt;
+        if (folding.parsed.damagedLines > 0) {
+            return std::nullopt;
+        }
+        folding.parsed.cutBeforePlan = true;
+        return std::move(folding.parsed);
     }
     if (!folding.hasPlan) {
         folding.parsed.planDamaged = true;
@@ -581,7 +602,9 @@ CleanupReport CleanupJournal::reportOf(const Parsed& parsed, std::string journal
     report.started = parsed.started;
     report.finished = parsed.finished;
     report.journalPath = std::move(journalPath);
-    report.damage = journal_texts::damage(parsed.planDamaged, parsed.damagedLines);
+    report.damage = parsed.cutBeforePlan
+                        ? std::optional(std::string(journal_texts::kCutBeforePlan))
+                        : journal_texts::damage(parsed.planDamaged, parsed.damagedLines);
     report.items.reserve(parsed.plan.removals.size());
     for (const auto& removal : parsed.plan.removals) {
         report.items.push_back(itemReport(parsed, removal));
@@ -607,13 +630,8 @@ namespace {
 // are never hidden: its id from its name, dated by the file.
 CleanupReport unreadableReport(const std::string& path, const JournalError& error) {
     CleanupReport report;
-    std::string name = nameOf(path);
-    std::string_view id = std::string_view(name).substr(kFilePrefix.size());
-    id.remove_suffix(kFileSuffix.size());
-    report.planID = Uuid::parse(id).value_or(Uuid{});
-    if (auto status = platform::statusOfPath(path)) {
-        report.started = Date::fromUnixSeconds(static_cast<double>(status->modifiedSeconds));
-    }
+    report.planID = idFromName(path);
+    report.started = modifiedDate(path);
     report.journalPath = path;
     report.damage = error.description;
     return report;

@@ -109,6 +109,9 @@ public:
         // the other lines name, by path, and the id from the file's name.
         CleanupPlan plan;
         bool planDamaged = false;
+        // Not one whole line: the run was cut short while writing its plan,
+        // before anything could move.
+        bool cutBeforePlan = false;
         // The date of the plan entry (of the first readable one when the plan
         // is damaged).
         Date started;

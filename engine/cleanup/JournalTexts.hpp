@@ -65,6 +65,10 @@ inline constexpr std::string_view kFinishedTitle = "Cleanup finished";
 
 // What of a record could not be read, for its report; nothing when it all
 // could.
+inline constexpr std::string_view kCutBeforePlan =
+    "This cleanup stopped while its plan was being written, before any picture could move: "
+    "it moved nothing.";
+
 [[nodiscard]] std::optional<std::string> damage(bool planDamaged, int damagedLines);
 
 // Prefixes of the records' decoding errors, followed by the parser's words.

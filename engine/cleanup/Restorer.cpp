@@ -271,6 +271,11 @@ putBackRound(OpenJournal& open, const std::vector<Restorer::Request>& requests, 
 
 std::expected<std::vector<Restorer::Result>, std::string>
 Restorer::restore(const Batch& batch, const CancellationFlag& cancel, const Progress& progress) {
+    // Nothing asked for: the journal is left exactly as it is (one cut while
+    // its plan was written is never touched).
+    if (batch.requests.empty()) {
+        return std::vector<Result>{};
+    }
     std::optional<ChangeLock> taken;
     if (batch.held == nullptr) {
         platform::DataFolder data{
