@@ -194,7 +194,7 @@ std::expected<void, std::string> moveRound(OpenJournal& open, std::vector<Attemp
                                            Date now) {
     std::vector<Entry> intents;
     for (const auto& attempt : round) {
-        if (!attempt.outcome) {
+        if (!attempt.outcome && attempt.trashPath) {
             intents.push_back(Entry::ofPutBack(attempt.request->itemID, *attempt.trashPath,
                                                attempt.request->destination, now));
         }
@@ -205,15 +205,17 @@ std::expected<void, std::string> moveRound(OpenJournal& open, std::vector<Attemp
     std::set<std::string> folders;
     std::vector<std::string> records;
     for (auto& attempt : round) {
-        if (attempt.outcome) {
+        if (attempt.outcome || !attempt.trashPath) {
             continue;
         }
-        attempt.outcome = renamed(*attempt.trashPath, attempt.request->destination);
-        if (attempt.outcome->kind == RestoreOutcome::Kind::restored) {
+        const std::string& trashPath = *attempt.trashPath;
+        RestoreOutcome outcome = renamed(trashPath, attempt.request->destination);
+        if (outcome.kind == RestoreOutcome::Kind::restored) {
             folders.insert(PathNames::parentFolder(attempt.request->destination));
-            folders.insert(PathNames::parentFolder(*attempt.trashPath));
-            records.push_back(*attempt.trashPath);
+            folders.insert(PathNames::parentFolder(trashPath));
+            records.push_back(trashPath);
         }
+        attempt.outcome = std::move(outcome);
     }
     for (const auto& folder : folders) {
         platform::syncFolder(folder);
@@ -237,12 +239,15 @@ std::expected<void, std::string> moveRound(OpenJournal& open, std::vector<Attemp
 void recordRound(OpenJournal& open, const std::vector<Attempt>& round, Date now) {
     std::vector<Entry> entries;
     for (const auto& attempt : round) {
+        if (!attempt.outcome) {
+            continue;
+        }
         const std::string& item = attempt.request->itemID;
-        if (attempt.outcome->kind == RestoreOutcome::Kind::restored) {
-            entries.push_back(
-                Entry::ofOutcome(item, ItemOutcome::restored(attempt.outcome->path), now));
+        const RestoreOutcome& outcome = *attempt.outcome;
+        if (outcome.kind == RestoreOutcome::Kind::restored) {
+            entries.push_back(Entry::ofOutcome(item, ItemOutcome::restored(outcome.path), now));
         } else if (attempt.recorded) {
-            if (auto note = Restorer::noteFor(*attempt.outcome, now)) {
+            if (auto note = Restorer::noteFor(outcome, now)) {
                 entries.push_back(Entry::ofNote(item, *note, now));
             }
         }
@@ -300,7 +305,11 @@ Restorer::restore(const Batch& batch, const CancellationFlag& cancel, const Prog
         if (!round) {
             return std::unexpected(round.error());
         }
+        // Every attempt of a round comes back settled.
         for (const auto& attempt : *round) {
+            if (!attempt.outcome) {
+                continue;
+            }
             if (batch.besideWhenOccupied &&
                 attempt.outcome->kind == RestoreOutcome::Kind::occupied) {
                 beside.push_back(
@@ -320,7 +329,9 @@ Restorer::restore(const Batch& batch, const CancellationFlag& cancel, const Prog
             return std::unexpected(round.error());
         }
         for (const auto& attempt : *round) {
-            results.push_back({attempt.request->itemID, *attempt.outcome});
+            if (attempt.outcome) {
+                results.push_back({attempt.request->itemID, *attempt.outcome});
+            }
         }
     }
     return results;
@@ -345,6 +356,9 @@ RestoreOutcome Restorer::attempt(const FileIdentity& trashed,
                                  const std::string& destination) {
     if (auto refused = precheck(trashed, trashPath, destination)) {
         return *refused;
+    }
+    if (!trashPath) {
+        return RestoreOutcome::notInTrash();
     }
     auto moved = platform::FreedesktopTrash::putBack(*trashPath, destination);
     if (!moved) {

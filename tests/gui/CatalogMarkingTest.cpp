@@ -198,7 +198,7 @@ void CatalogMarkingTest::lightroomMarkingAndUndoFromTheWindow() {
     const QStringList result = card->resultText().split(QLatin1Char('\n'));
     QCOMPARE(result.front(), QStringLiteral("Marked 3 photos Rejected in Lightroom Classic."));
     QCOMPARE(result.back(), qtText(LightroomRejecter::kFreedNothing));
-    const QString backupLine = result.at(result.size() - 2);
+    const QString& backupLine = result.at(result.size() - 2);
     QVERIFY(backupLine.startsWith(QStringLiteral("Backup: ")));
     const std::string backup = pathBytes(backupLine.mid(8));
     QVERIFY(std::filesystem::is_regular_file(backup));
