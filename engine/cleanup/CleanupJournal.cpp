@@ -56,6 +56,10 @@ JournalError createError(const std::string& directory, const std::string& name, 
 // The id a journal's name gives, for one whose plan cannot be read.
 Uuid idFromName(const std::string& path) {
     std::string name = nameOf(path);
+    if (!name.starts_with(kFilePrefix) || !name.ends_with(kFileSuffix) ||
+        name.size() < kFilePrefix.size() + kFileSuffix.size()) {
+        return Uuid{};
+    }
     std::string_view id = std::string_view(name).substr(kFilePrefix.size());
     id.remove_suffix(kFileSuffix.size());
     return Uuid::parse(id).value_or(Uuid{});
