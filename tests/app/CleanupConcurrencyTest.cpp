@@ -165,9 +165,11 @@ TEST(CleanupConcurrency, HistoryDuringARunningCleanupSaysRunningAndChangesNoJour
     Outcome text = runCaptured(tree, program(tree) + " history");
     EXPECT_THAT(text.out, HasSubstr("(running now)"));
     // A Put Back waits for it, saying for whom, and a Ctrl-C while it waits
-    // leaves with nothing changed.
+    // leaves with nothing changed. One Ctrl-C only: without --foreground,
+    // timeout signals the program and then its whole group, and a second
+    // Ctrl-C ends the program at once.
     Outcome waiting =
-        runCaptured(tree, "timeout --preserve-status -s INT 1.5 env " + program(tree) +
+        runCaptured(tree, "timeout --foreground --preserve-status -s INT 1.5 env " + program(tree) +
                               " restore " + plan.id.text() + " --all");
     EXPECT_EQ(waiting.status, ExitStatus::kFailed);
     EXPECT_THAT(waiting.err, HasSubstr(fmt::format("Waiting for another Brevant run to finish: "
