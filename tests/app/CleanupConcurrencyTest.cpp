@@ -17,6 +17,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <csignal>
 #include <filesystem>
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
@@ -47,6 +48,41 @@ std::string program(const TempTree& tree) {
     return fmt::format("BREVANT_DATA_DIR={} XDG_DATA_HOME={} XDG_CONFIG_HOME={} {}",
                        shellWord(tree.path("data")), shellWord(tree.path("xdg")),
                        shellWord(tree.path("config")), shellWord(BREVANT_BINARY));
+}
+
+// Runs a shell command line in a process of its own and sends it one Ctrl-C
+// as soon as it says that it waits for another run.
+Outcome interruptWhenWaiting(const TempTree& tree, const std::string& commandLine) {
+    std::string out = tree.path("stdout.txt");
+    std::string err = tree.path("stderr.txt");
+    std::string redirected =
+        fmt::format("exec >{} 2>{}; {}", shellWord(out), shellWord(err), commandLine);
+    pid_t child = ::fork();
+    if (child == 0) {
+        ::execl("/bin/sh", "sh", "-c", redirected.c_str(), nullptr);
+        ::_exit(127);
+    }
+    Outcome run;
+    if (child < 0) {
+        return run;
+    }
+    int status = -1;
+    bool ended = false;
+    for (int tenth = 0; tenth < 1200 && !ended; ++tenth) {
+        if (brevant::testing::readFile(err).find("Waiting for") != std::string::npos) {
+            break;
+        }
+        ended = ::waitpid(child, &status, WNOHANG) == child;
+        ::usleep(100'000);
+    }
+    if (!ended) {
+        ::kill(child, SIGINT);
+        ::waitpid(child, &status, 0);
+    }
+    run.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    run.out = brevant::testing::readFile(out);
+    run.err = brevant::testing::readFile(err);
+    return run;
 }
 
 // `pairs` pictures, each in a/ and b/ with the same bytes and bytes of its own.
@@ -165,12 +201,10 @@ TEST(CleanupConcurrency, HistoryDuringARunningCleanupSaysRunningAndChangesNoJour
     Outcome text = runCaptured(tree, program(tree) + " history");
     EXPECT_THAT(text.out, HasSubstr("(running now)"));
     // A Put Back waits for it, saying for whom, and a Ctrl-C while it waits
-    // leaves with nothing changed. One Ctrl-C only: without --foreground,
-    // timeout signals the program and then its whole group, and a second
-    // Ctrl-C ends the program at once.
-    Outcome waiting =
-        runCaptured(tree, "timeout --foreground --preserve-status -s INT 1.5 env " + program(tree) +
-                              " restore " + plan.id.text() + " --all");
+    // leaves with nothing changed. The Ctrl-C comes once the program says it
+    // waits, however slowly it starts.
+    Outcome waiting = interruptWhenWaiting(tree, "exec env " + program(tree) + " restore " +
+                                                     plan.id.text() + " --all");
     EXPECT_EQ(waiting.status, ExitStatus::kFailed);
     EXPECT_THAT(waiting.err, HasSubstr(fmt::format("Waiting for another Brevant run to finish: "
                                                    "brevant_tests (process {})\u2026\n",
