@@ -2,6 +2,7 @@
 // tool found the same groups.
 //
 //   bench_exact_corpus make DIR [--files N] [--seed S]
+//   bench_exact_corpus small DIR [--files N] [--seed S]
 //   bench_exact_corpus agree OURS.json NAME=FDUPES_FORMAT_FILE...
 //   bench_exact_corpus stages DIR
 //
@@ -16,13 +17,19 @@
 // reads every header as readable. It prints the number of groups of
 // identical pictures a correct tool must find.
 //
+// `small` writes N small pictures (tiny JPEGs of 0.4 to 2.5 KB, padded after
+// their end marker so each is a file of its own) in folders of 1,000, one in
+// twenty copied byte for byte into a backup folder: a library of a million
+// pictures without a million photos' worth of bytes.
+//
 // `agree` reads our `brevant scan --json` result and the groups that other
 // tools printed in fdupes' format (groups of paths separated by empty
 // lines), keeps only the pictures, folds hard links (a group is the set of
 // distinct files it names) and checks that every tool found exactly our
 // groups. It exits 1 when one did not, or when our scan skipped anything.
 //
-// `stages` scans DIR once and prints the time spent in each stage.
+// `stages` scans DIR once (keeping every picture, as the similarity steps
+// need) and prints the time spent in each stage and the peak memory.
 #include "engine/platform/VipsRuntime.hpp"
 #include "engine/scan/ExactMatcher.hpp"
 #include "engine/scan/ScanResult.hpp"
@@ -38,6 +45,7 @@
 #include <set>
 #include <sstream>
 #include <string>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
@@ -190,6 +198,54 @@ int make(const std::string& root, int target, unsigned seed) {
     return 0;
 }
 
+int makeSmall(const std::string& root, int target, unsigned seed) {
+    if (!brevant::platform::VipsRuntime::ensureStarted()) {
+        fmt::print(stderr, "libvips did not start\n");
+        return 1;
+    }
+    // A few dozen tiny JPEGs; each file is one of them with bytes of its
+    // own after the end marker.
+    std::vector<std::string> bases;
+    for (int i = 0; i < 32; ++i) {
+        VImage noise = VImage::gaussnoise(
+            16, 12, VImage::option()->set("sigma", 30.0)->set("mean", 80.0 + i)->set("seed", i));
+        void* data = nullptr;
+        std::size_t length = 0;
+        VImage::bandjoin({noise, noise * 0.9, noise * 0.7})
+            .cast(VIPS_FORMAT_UCHAR)
+            .write_to_buffer(".jpg", &data, &length, VImage::option()->set("Q", 80));
+        bases.emplace_back(static_cast<const char*>(data), length);
+        g_free(data);
+    }
+    std::mt19937_64 random(seed);
+    constexpr int kPerFolder = 1'000;
+    int copies = 0;
+    std::error_code error;
+    for (int i = 0; i < target; ++i) {
+        std::string folder = fmt::format("{}/Pictures/{:04}", root, i / kPerFolder);
+        if (i % kPerFolder == 0) {
+            fs::create_directories(folder, error);
+        }
+        std::string bytes = bases[random() % bases.size()];
+        for (auto padding = random() % 2'000; padding > 0; --padding) {
+            bytes.push_back(static_cast<char>(random()));
+        }
+        std::string name = fmt::format("IMG_{:07}.jpg", i);
+        std::ofstream(folder + "/" + name, std::ios::binary)
+            .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+        if (i % 20 == 0) {
+            std::string backup = fmt::format("{}/Backup/{:04}", root, i / kPerFolder);
+            fs::create_directories(backup, error);
+            std::ofstream(backup + "/" + name, std::ios::binary)
+                .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+            copies += 1;
+        }
+    }
+    fmt::print("{} files under {}; {} groups of identical pictures\n", target + copies, root,
+               copies);
+    return 0;
+}
+
 using Group = std::set<std::pair<std::uint64_t, std::uint64_t>>;
 using Groups = std::set<Group>;
 
@@ -265,26 +321,42 @@ int agree(const std::string& oursFile, const std::vector<std::string>& peers) {
 // One scan with the wall time spent in each stage.
 int stages(const std::string& root) {
     using Clock = std::chrono::steady_clock;
+    using Stage = brevant::ScanProgress::Stage;
     brevant::CancellationFlag cancel;
     auto start = Clock::now();
     auto last = start;
-    std::optional<brevant::ScanProgress::Stage> stage;
+    std::optional<Stage> stage;
+    // Seconds in each stage, summed over the batches that alternate them.
+    std::vector<std::pair<Stage, double>> spent;
+    auto account = [&](Clock::time_point at) {
+        if (!stage) {
+            return;
+        }
+        auto it = std::ranges::find(spent, *stage, &std::pair<Stage, double>::first);
+        if (it == spent.end()) {
+            it = spent.insert(spent.end(), {*stage, 0.0});
+        }
+        it->second += std::chrono::duration<double>(at - last).count();
+    };
     auto progress = [&](const brevant::ScanProgress& now) {
         if (stage == now.stage) {
             return;
         }
         auto at = Clock::now();
-        if (stage) {
-            fmt::print("  {:<34} {:6.3f} s\n", rawValue(*stage),
-                       std::chrono::duration<double>(at - last).count());
-        }
+        account(at);
         stage = now.stage;
         last = at;
     };
-    auto result = brevant::ExactMatcher::scan({root}, false, std::nullopt, cancel, progress);
-    fmt::print("  total {:.3f} s: {} examined, {} groups\n",
+    auto result = brevant::ExactMatcher::scan({root}, true, std::nullopt, cancel, progress);
+    account(Clock::now());
+    for (const auto& [name, seconds] : spent) {
+        fmt::print("  {:<34} {:7.3f} s\n", rawValue(name), seconds);
+    }
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    fmt::print("  total {:.3f} s: {} examined, {} groups; peak memory {} MB\n",
                std::chrono::duration<double>(Clock::now() - start).count(), result.examined,
-               result.groups.size());
+               result.groups.size(), usage.ru_maxrss / 1024);
     return 0;
 }
 
@@ -292,8 +364,9 @@ int stages(const std::string& root) {
 
 int main(int argc, char** argv) {
     std::vector<std::string> arguments(argv + 1, argv + argc);
-    if (arguments.size() >= 2 && arguments[0] == "make") {
-        int files = 2'200;
+    if (arguments.size() >= 2 && (arguments[0] == "make" || arguments[0] == "small")) {
+        bool small = arguments[0] == "small";
+        int files = small ? 1'000'000 : 2'200;
         unsigned seed = 1;
         for (std::size_t i = 2; i + 1 < arguments.size(); i += 2) {
             if (arguments[i] == "--files") {
@@ -302,7 +375,7 @@ int main(int argc, char** argv) {
                 seed = static_cast<unsigned>(std::atoi(arguments[i + 1].c_str()));
             }
         }
-        return make(arguments[1], files, seed);
+        return small ? makeSmall(arguments[1], files, seed) : make(arguments[1], files, seed);
     }
     if (arguments.size() == 2 && arguments[0] == "stages") {
         return stages(arguments[1]);
@@ -311,6 +384,8 @@ int main(int argc, char** argv) {
         return agree(arguments[1], {arguments.begin() + 2, arguments.end()});
     }
     fmt::print(stderr, "usage: bench_exact_corpus make DIR [--files N] [--seed S]\n"
+                       "       bench_exact_corpus small DIR [--files N] [--seed S]\n"
+                       "       bench_exact_corpus stages DIR\n"
                        "       bench_exact_corpus agree OURS.json NAME=FILE...\n");
     return 2;
 }

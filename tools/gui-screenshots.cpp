@@ -373,7 +373,7 @@ void shootReview(const QString& label, const QString& photos, MainWindow& window
     using Command = ReviewScreen::Command;
     window.showReview();
     ReviewScreen* review = window.review();
-    const brevant::ReviewSession* session = model.session();
+    std::shared_ptr<const brevant::ReviewSession> session = model.session();
     int similar = findGroup(*session, [](const brevant::DuplicateGroup& group) {
         return group.kind == brevant::MatchKind::similar && group.members.size() > 2;
     });

@@ -19,8 +19,7 @@ ChangeLock::Waiting waitingOn(const Environment& environment) {
     };
 }
 
-std::optional<ChangeLock> takeChangeLock(const Environment& environment,
-                                         std::string_view command) {
+std::optional<ChangeLock> takeChangeLock(const Environment& environment, std::string_view command) {
     auto taken = ChangeLock::take(platform::DataFolder::current(), waitingOn(environment));
     if (!taken) {
         fmt::print(environment.err, "brevant {}: {}\n", command, taken.error().message());

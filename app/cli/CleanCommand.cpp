@@ -9,6 +9,7 @@
 #include "app/cli/Terminal.hpp"
 #include "engine/cleanup/CleanupExecutor.hpp"
 #include "engine/cleanup/CleanupPlanner.hpp"
+#include "engine/pipeline/ScanPipeline.hpp"
 #include "engine/platform/DataFolder.hpp"
 #include "engine/platform/FileStatus.hpp"
 #include "engine/platform/UserFolders.hpp"
@@ -137,31 +138,33 @@ void CleanCommand::define(CLI::App& app) {
     addFolders(app, folders_, "The folders to clean up");
 }
 
-CleanupRequest CleanCommand::request() const {
-    CleanupRequest request{.folders = folders_};
+ScanRequest CleanCommand::request(std::shared_ptr<LockStore> locks) const {
+    ScanRequest request{.source = ScanSource::ofFolders(folders_),
+                        .featureCache = platform::DataFolder::current().featureCache(),
+                        .review = ReviewRules{.locks = std::move(locks)}};
     if (!similar_.empty()) {
-        request.kinds.extra = CleanupGroups::Extra::similar;
-        request.kinds.preset =
-            fromRawValue<SimilarityPreset>(similar_).value_or(SimilarityPreset::balanced);
+        request.mode = ScanMode::similar(
+            fromRawValue<SimilarityPreset>(similar_).value_or(SimilarityPreset::balanced));
     } else if (series_) {
-        request.kinds.extra = CleanupGroups::Extra::series;
+        request.mode = ScanMode::series();
     }
+    ReviewRules& rules = *request.review;
     for (const auto& folder : protect_) {
         std::ranges::copy(folderForms(folder),
-                          std::inserter(request.protectedRoots, request.protectedRoots.end()));
+                          std::inserter(rules.protectedRoots, rules.protectedRoots.end()));
     }
     if (inbox_.empty()) {
-        request.inboxFolders = {platform::downloadFolder()};
+        rules.inboxFolders = {platform::downloadFolder()};
     }
     for (const auto& folder : inbox_) {
-        std::ranges::copy(folderForms(folder), std::back_inserter(request.inboxFolders));
+        std::ranges::copy(folderForms(folder), std::back_inserter(rules.inboxFolders));
     }
     if (!priorities_.empty()) {
-        request.priorities.clear();
+        rules.priorities.clear();
         for (const auto& name : priorities_) {
             // Checked when the arguments were parsed.
             if (auto priority = fromRawValue<Priority>(name)) {
-                request.priorities.push_back(*priority);
+                rules.priorities.push_back(*priority);
             }
         }
     }
@@ -169,21 +172,28 @@ CleanupRequest CleanCommand::request() const {
 }
 
 int CleanCommand::run(const Environment& environment) {
-    auto data = platform::DataFolder::current();
     auto locks = openLockStore();
     // Locked copies cannot be told: no cleanup until the file is repaired.
     if (refuseDamaged(*locks, environment, "clean")) {
         return ExitStatus::kFailed;
     }
-    CleanupScan scan = CleanupScan::run(request(), locks, data.featureCache(), environment);
-    ScanCommand::reportRefused(scan.result, environment);
-    if (scan.result.roots.empty()) {
+    ScanRequest scan = request(std::move(locks));
+    ProgressLine line(environment.err, environment.showProgress, environment.cancel);
+    auto outcome = ScanPipeline().run(scan, environment.cancellation(),
+                                      [&line](const PipelineProgress& now) { line.show(now); });
+    line.clear();
+    // Folders are refused one by one inside the scan, never all at once.
+    if (!outcome) {
+        return Outcome{}.end(environment, json_, outcome.error(), ExitStatus::kNothingScanned);
+    }
+    ScanCommand::reportRefused(*outcome->result, environment);
+    if (outcome->result->roots.empty()) {
         return ExitStatus::kNothingScanned;
     }
-    if (!scan.session) {
+    if (outcome->cancelled()) {
         return Outcome{}.end(environment, json_, "cancelled", ExitStatus::kCancelled);
     }
-    return clean(*scan.session, environment);
+    return clean(*outcome->session, environment);
 }
 
 int CleanCommand::clean(ReviewSession& session, const Environment& environment) const {

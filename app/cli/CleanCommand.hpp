@@ -1,8 +1,11 @@
 #pragma once
 
-#include "app/cli/CleanupScan.hpp"
 #include "app/cli/Command.hpp"
+#include "engine/pipeline/ScanRequest.hpp"
+#include "engine/review/LockStore.hpp"
+#include "engine/review/ReviewSession.hpp"
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -27,7 +30,8 @@ public:
     [[nodiscard]] int run(const Environment& environment) override;
 
 private:
-    [[nodiscard]] CleanupRequest request() const;
+    // What to scan and how to judge the copies, from the arguments.
+    [[nodiscard]] ScanRequest request(std::shared_ptr<LockStore> locks) const;
     [[nodiscard]] int clean(ReviewSession& session, const Environment& environment) const;
 
     std::string similar_;

@@ -70,7 +70,7 @@ public:
 
     // The message for the first required argument left out ("no folder
     // given"); nothing when none was marked missing this way.
-    [[nodiscard]] std::optional<std::string> missingArgument() const;
+    [[nodiscard]] virtual std::optional<std::string> missingArgument() const;
 
 protected:
     // Marks the option required; `message` is what the user is told when it

@@ -3,11 +3,9 @@
 #include "app/cli/Interrupts.hpp"
 #include "app/cli/ProgressLine.hpp"
 #include "app/cli/Terminal.hpp"
+#include "engine/pipeline/ScanPipeline.hpp"
 #include "engine/platform/ProcessInfo.hpp"
-#include "engine/scan/ExactMatcher.hpp"
 #include "engine/similarity/QualityHints.hpp"
-#include "engine/similarity/SimilarityMatcher.hpp"
-#include "engine/similarity/SimilarityThresholds.hpp"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -48,40 +46,33 @@ std::optional<int> CommandLineReport::runIfAsked(const std::vector<std::string>&
 }
 
 int CommandLineReport::run(const Request& request, std::FILE* out, bool progress) {
-    ScanResult scan;
-    std::optional<SimilarityIndex> index;
+    ScanRequest scan{.source = ScanSource::ofFolders(request.folders),
+                     .mode = request.mode == Mode::similar ? ScanMode::similar(request.preset)
+                                                           : ScanMode::series()};
+    std::expected<ScanOutcome, std::string> outcome;
     {
-        // A fresh flag for each step, as each may be stopped on its own.
         CancellationFlag cancel;
         InterruptWatcher watcher(cancel, kCancelled);
         ProgressLine line(stderr, progress, &cancel);
-        scan = ExactMatcher::scan(request.folders, true, std::nullopt, cancel,
-                                  [&line](const ScanProgress& now) { line.show(now); });
+        outcome = ScanPipeline().run(scan, cancel,
+                                     [&line](const PipelineProgress& now) { line.show(now); });
     }
-    if (!scan.cancelled) {
-        CancellationFlag cancel;
-        InterruptWatcher watcher(cancel, kCancelled);
-        ProgressLine line(stderr, progress, &cancel);
-        int total = static_cast<int>(scan.pictures.size());
-        index = SimilarityMatcher::index(
-            std::move(scan.pictures), nullptr, false, cancel,
-            [&line, total](int done) { line.show(ScanProgress::Stage::measuring, done, total); });
-    }
-    if (!index) {
+    // Only stopping ends a scan of folders early: a folder it cannot use is
+    // left out on its own.
+    if (!outcome || outcome->cancelled() || !outcome->index) {
         fmt::print(out, "cancelled\n");
         return kCancelled;
     }
 
-    std::vector<DuplicateGroup> groups =
-        request.mode == Mode::similar ? index->groups(request.preset)
-                                      : index->series(3.0, SimilarityThresholds::kSeriesRelated);
+    const SimilarityIndex& index = *outcome->index;
+    std::vector<DuplicateGroup> groups = outcome->found();
     std::unordered_map<std::string, std::string> hints;
     std::unordered_map<std::string, int> scores;
     for (const auto& group : groups) {
-        hints.merge(QualityHints::hints(group, *index));
-        scores.merge(QualityHints::scores(group, *index));
+        hints.merge(QualityHints::hints(group, index));
+        scores.merge(QualityHints::scores(group, index));
     }
-    fmt::print(out, "{}", render(request, groups, *index, hints, scores, platform::homeFolder()));
+    fmt::print(out, "{}", render(request, groups, index, hints, scores, platform::homeFolder()));
     std::fflush(out);
     return kSuccess;
 }

@@ -58,7 +58,8 @@ bool refuseDamaged(const LockStore& store, const Environment& environment,
         return false;
     }
     std::string path = store.path().value_or(platform::DataFolder::current().lockStore());
-    fmt::print(environment.err, "brevant {}: {}\nTo set it aside and start with no locks: brevant "
+    fmt::print(environment.err,
+               "brevant {}: {}\nTo set it aside and start with no locks: brevant "
                "locks --reset\n",
                command, LockStore::damageMessage(shownPath(path, environment.home), *damage));
     return true;

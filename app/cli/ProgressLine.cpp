@@ -76,6 +76,14 @@ void ProgressLine::show(ScanProgress::Stage stage, int done, int total) {
     show(rawValue(stage), done, total);
 }
 
+void ProgressLine::show(const PipelineProgress& progress) {
+    if (progress.total) {
+        show(progress.scan.stage, progress.done, *progress.total);
+    } else {
+        show(progress.scan);
+    }
+}
+
 void ProgressLine::show(std::string_view stage, std::int64_t done, std::int64_t total,
                         std::string_view more) {
     std::optional<double> fraction;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/pipeline/PipelineProgress.hpp"
 #include "engine/scan/CancellationFlag.hpp"
 #include "engine/scan/ScanProgress.hpp"
 
@@ -43,6 +44,9 @@ public:
     void show(const ScanProgress& progress);
     // A stage that works through a known number of pictures.
     void show(ScanProgress::Stage stage, int done, int total);
+    // Where a scan is on its way to a review: counted against a total once
+    // one is known.
+    void show(const PipelineProgress& progress);
     // Any work through a known number of items; `more` adds counts after
     // "done of total" (", 2 skipped").
     void show(std::string_view stage, std::int64_t done, std::int64_t total,

@@ -164,13 +164,13 @@ int RestoreCommand::run(const Environment& environment) {
     }
 
     ProgressLine line(environment.err, environment.showProgress, environment.cancel);
-    auto results = Restorer::restore(
-        Restorer::Batch{.journalPath = report->journalPath,
-                        .requests = requests,
-                        .besideWhenOccupied = beside_,
-                        .held = &*held},
-        environment.cancellation(),
-        [&line](int done, int total) { line.show("Putting back", done, total); });
+    auto results = Restorer::restore(Restorer::Batch{.journalPath = report->journalPath,
+                                                     .requests = requests,
+                                                     .besideWhenOccupied = beside_,
+                                                     .held = &*held},
+                                     environment.cancellation(), [&line](int done, int total) {
+                                         line.show("Putting back", done, total);
+                                     });
     line.clear();
     if (!results) {
         fmt::print(environment.err, "brevant restore: {}\n", results.error());

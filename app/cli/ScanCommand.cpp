@@ -3,7 +3,7 @@
 #include "app/cli/ExitStatus.hpp"
 #include "app/cli/ProgressLine.hpp"
 #include "app/cli/Terminal.hpp"
-#include "engine/scan/ExactMatcher.hpp"
+#include "engine/pipeline/ScanPipeline.hpp"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -71,10 +71,16 @@ void ScanCommand::define(CLI::App& app) {
 
 int ScanCommand::run(const Environment& environment) {
     ProgressLine line(environment.err, environment.showProgress, environment.cancel);
-    ScanResult result =
-        ExactMatcher::scan(folders_, false, std::nullopt, environment.cancellation(),
-                           [&line](const ScanProgress& now) { line.show(now); });
+    auto outcome =
+        ScanPipeline().run({.source = ScanSource::ofFolders(folders_)}, environment.cancellation(),
+                           [&line](const PipelineProgress& now) { line.show(now); });
     line.clear();
+    // Folders are refused one by one inside the scan, never all at once.
+    if (!outcome) {
+        fmt::print(environment.err, "brevant: {}\n", outcome.error());
+        return ExitStatus::kNothingScanned;
+    }
+    const ScanResult& result = *outcome->result;
 
     reportRefused(result, environment);
     if (json_) {

@@ -102,7 +102,8 @@ CatalogMarkingCard::CatalogMarkingCard(PhotoCleanupModel& model, Scope scope, QW
     , result_(parts::label({}, nullptr, outcome_))
     , busy_(parts::label(QStringLiteral("Marking the catalog…"), "muted", this))
     , close_(new QPushButton(QStringLiteral("Cancel"), this))
-    , confirm_(parts::accentButton(catalog_texts::verb(scope), this)) {
+    , confirm_(parts::accentButton(catalog_texts::verb(scope), this))
+    , worker_(*this) {
     setWindowTitle(catalog_texts::command(scope));
     setMinimumWidth(620);
     auto* layout = new QVBoxLayout(this);
@@ -143,12 +144,10 @@ CatalogMarkingCard::CatalogMarkingCard(PhotoCleanupModel& model, Scope scope, QW
     showPlan();
 }
 
-CatalogMarkingCard::~CatalogMarkingCard() {
-    pool_.waitForDone();
-}
+CatalogMarkingCard::~CatalogMarkingCard() = default;
 
 void CatalogMarkingCard::showPlan() {
-    const ReviewSession* session = model_.session();
+    std::shared_ptr<const ReviewSession> session = model_.session();
     if (session == nullptr) {
         showNotice(QStringLiteral("Scan the catalog first."));
         setState(State::unplannable);
@@ -207,7 +206,8 @@ void CatalogMarkingCard::confirm() {
     }
     showNotice({});
     setState(State::marking);
-    auto work = [scope = scope_, plan = *plan_, catalog = catalog_, markings = markings_] {
+    auto work = [scope = scope_, plan = *plan_, catalog = catalog_,
+                 markings = markings_](const CancellationFlag&) {
         CleanupApproval approval{plan.id, Date::now()};
         Outcome outcome;
         auto take = [&outcome](const auto& report) {
@@ -228,11 +228,7 @@ void CatalogMarkingCard::confirm() {
         }
         return outcome;
     };
-    pool_.start([this, work = std::move(work)] {
-        Outcome outcome = work();
-        QMetaObject::invokeMethod(
-            this, [this, outcome = std::move(outcome)] { finish(outcome); }, Qt::QueuedConnection);
-    });
+    worker_.run(std::move(work), [this](const Outcome& outcome) { finish(outcome); });
 }
 
 void CatalogMarkingCard::finish(const Outcome& outcome) {

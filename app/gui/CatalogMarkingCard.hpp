@@ -2,10 +2,10 @@
 
 #include "app/gui/CatalogMarkings.hpp"
 #include "app/gui/CleanupSettings.hpp"
+#include "app/gui/Worker.hpp"
 #include "engine/cleanup/CleanupPlan.hpp"
 
 #include <QDialog>
-#include <QThreadPool>
 
 #include <optional>
 #include <string>
@@ -86,7 +86,6 @@ private:
     CatalogMarkings markings_;
     std::optional<CleanupPlan> plan_;
     State state_ = State::ready;
-    QThreadPool pool_;
 
     QLabel* summary_;
     QTreeWidget* photos_;
@@ -97,6 +96,8 @@ private:
     QLabel* busy_;
     QPushButton* close_;
     QPushButton* confirm_;
+    // Last: a marking under way finishes before anything else goes.
+    Worker worker_;
 };
 
 } // namespace brevant::gui

@@ -6,7 +6,6 @@
 #include "engine/cleanup/CleanupPlanner.hpp"
 #include "engine/cleanup/Restorer.hpp"
 #include "engine/platform/DataFolder.hpp"
-#include "engine/platform/ThreadPriority.hpp"
 
 #include <algorithm>
 #include <utility>
@@ -29,22 +28,43 @@ std::vector<PlannedRemoval> inTrash(const CleanupReport& report,
     return removals;
 }
 
+// Puts `removals` back in one batch. A refused Put Back leaves every
+// picture in the Trash, for the reason given.
+std::vector<PutBackResult> putBackAll(const std::string& journalPath,
+                                      std::vector<PlannedRemoval> removals, bool underAnotherName) {
+    Restorer::Batch batch{.journalPath = journalPath};
+    for (const auto& removal : removals) {
+        batch.requests.push_back({removal.path, underAnotherName
+                                                    ? Restorer::alternativePath(removal.path)
+                                                    : removal.path});
+    }
+    CancellationFlag never;
+    auto done = Restorer::restore(batch, never);
+    std::vector<PutBackResult> results;
+    for (auto& removal : removals) {
+        RestoreOutcome outcome =
+            done ? RestoreOutcome::notInTrash() : RestoreOutcome::failed(done.error());
+        if (done) {
+            auto result = std::ranges::find(*done, removal.path, &Restorer::Result::itemID);
+            if (result != done->end()) {
+                outcome = result->outcome;
+            }
+        }
+        results.push_back({std::move(removal), std::move(outcome)});
+    }
+    return results;
+}
+
 } // namespace
 
 CleanupController::CleanupController(PhotoCleanupModel& model, QObject* parent)
     : QObject(parent)
-    , model_(model) {
+    , model_(model)
     // A run, a Put Back and a history read may overlap; each writes its own
     // journal lines with its own handle.
-    pool_.setMaxThreadCount(2);
-}
+    , worker_(*this, 2) {}
 
-CleanupController::~CleanupController() {
-    if (cancel_) {
-        cancel_->cancel();
-    }
-    pool_.waitForDone();
-}
+CleanupController::~CleanupController() = default;
 
 std::string CleanupController::journalDirectory() const {
     return platform::DataFolder{model_.dataFolder()}.cleanups();
@@ -55,7 +75,7 @@ void CleanupController::setTrasher(std::shared_ptr<const Trasher> trasher) {
 }
 
 std::expected<CleanupPlan, PlanError> CleanupController::plan() const {
-    const ReviewSession* session = model_.session();
+    std::shared_ptr<const ReviewSession> session = model_.session();
     if (session == nullptr) {
         return std::unexpected(PlanError::nothingMarked());
     }
@@ -63,44 +83,44 @@ std::expected<CleanupPlan, PlanError> CleanupController::plan() const {
 }
 
 bool CleanupController::start(const CleanupPlan& plan, const CleanupApproval& approval) {
-    if (running_ || recovering_) {
+    if (recovering_ || !model_.beginCleaning()) {
         return false;
     }
-    running_ = true;
     handled_ = 0;
     plan_ = plan;
-    cancel_ = std::make_shared<CancellationFlag>();
     CleanupExecutor executor(platform::DataFolder{model_.dataFolder()}, trasher_);
     int total = static_cast<int>(plan.removals.size());
     Q_EMIT runStarted();
     Q_EMIT runProgress(0, total);
-    pool_.start([this, executor, plan, approval, cancel = cancel_, total] {
-        platform::runInBackground();
-        auto progress = [this, total](int handled) {
-            QMetaObject::invokeMethod(
-                this,
-                [this, handled, total] {
-                    handled_ = handled;
-                    Q_EMIT runProgress(handled, total);
-                },
-                Qt::QueuedConnection);
-        };
-        auto result = executor.execute(plan, approval, *cancel, progress);
-        QMetaObject::invokeMethod(
-            this, [this, result = std::move(result)] { finishRun(result); }, Qt::QueuedConnection);
-    });
+    cancel_ = worker_.runReporting<int>(
+        [executor, plan, approval](const CancellationFlag& cancel, const auto& report) {
+            return executor.execute(plan, approval, cancel, report);
+        },
+        [this, total](int handled) {
+            handled_ = handled;
+            Q_EMIT runProgress(handled, total);
+        },
+        [this](std::expected<CleanupReport, ExecutionRefusal> result) {
+            finishRun(std::move(result));
+        },
+        // Only the latest count is worth drawing.
+        [](int, int) { return true; });
     return true;
 }
 
+bool CleanupController::isRunning() const {
+    return model_.phase() == PhotoCleanupModel::Phase::cleaning;
+}
+
 void CleanupController::finishRun(std::expected<CleanupReport, ExecutionRefusal> result) {
-    running_ = false;
+    model_.endCleaning();
     if (!result) {
         Q_EMIT runRefused(QString::fromStdString(result.error().message()));
         return;
     }
     // What is in the Trash is no longer to be marked; what stayed keeps its
     // mark, so the card can be opened again for it.
-    if (ReviewSession* session = model_.session()) {
+    if (std::shared_ptr<ReviewSession> session = model_.session()) {
         for (const auto& item : result->items) {
             if (item.outcome.kind == ItemOutcome::Kind::movedToTrash) {
                 session->unmark(item.removal.path);
@@ -112,18 +132,18 @@ void CleanupController::finishRun(std::expected<CleanupReport, ExecutionRefusal>
 }
 
 void CleanupController::stopAfterThisOne() {
-    if (running_ && cancel_) {
+    if (isRunning() && cancel_) {
         cancel_->cancel();
         Q_EMIT runProgress(handled_, total());
     }
 }
 
 bool CleanupController::isStopping() const {
-    return running_ && cancel_ && cancel_->isCancelled();
+    return isRunning() && cancel_ && cancel_->isCancelled();
 }
 
 std::string CleanupController::currentPath() const {
-    if (!running_ || handled_ >= static_cast<int>(plan_.removals.size())) {
+    if (!isRunning() || handled_ >= static_cast<int>(plan_.removals.size())) {
         return {};
     }
     return plan_.removals[static_cast<std::size_t>(handled_)].path;
@@ -132,76 +152,52 @@ std::string CleanupController::currentPath() const {
 void CleanupController::recoverInterruptedCleanups() {
     // A running cleanup's journal is unfinished too, and must not be
     // reconciled under it.
-    if (running_ || recovering_) {
+    if (isRunning() || recovering_) {
         return;
     }
     recovering_ = true;
-    pool_.start([this, directory = journalDirectory()] {
-        platform::runInBackground();
-        auto reports = CleanupJournal::recoverInterrupted(directory);
-        QMetaObject::invokeMethod(
-            this,
-            [this, reports = std::move(reports)] {
-                recovering_ = false;
-                Q_EMIT interruptedRecovered(reports);
-            },
-            Qt::QueuedConnection);
-    });
+    worker_.run(
+        [directory = journalDirectory()](const CancellationFlag&) {
+            return CleanupJournal::recoverInterrupted(directory);
+        },
+        [this](const std::vector<CleanupReport>& reports) {
+            recovering_ = false;
+            Q_EMIT interruptedRecovered(reports);
+        });
 }
 
 void CleanupController::loadHistory() {
-    pool_.start([this, directory = journalDirectory()] {
-        platform::runInBackground();
-        auto reports = CleanupJournal::history(directory);
-        QMetaObject::invokeMethod(
-            this,
-            [this, reports = std::move(reports)] {
-                history_ = reports;
-                Q_EMIT historyLoaded();
-            },
-            Qt::QueuedConnection);
-    });
+    worker_.run([directory = journalDirectory()](
+                    const CancellationFlag&) { return CleanupJournal::history(directory); },
+                [this](std::vector<CleanupReport> reports) {
+                    history_ = std::move(reports);
+                    Q_EMIT historyLoaded();
+                });
 }
 
 void CleanupController::putBack(const std::string& journalPath, std::vector<std::string> itemIDs,
                                 bool underAnotherName) {
     ++puttingBack_;
-    pool_.start([this, journalPath, itemIDs = std::move(itemIDs), underAnotherName] {
-        platform::runInBackground();
+
+    struct PutBack {
         std::vector<PutBackResult> results;
-        if (auto report = CleanupJournal::report(journalPath)) {
-            auto removals = inTrash(*report, itemIDs);
-            Restorer::Batch batch{.journalPath = journalPath};
-            for (const auto& removal : removals) {
-                batch.requests.push_back(
-                    {removal.path,
-                     underAnotherName ? Restorer::alternativePath(removal.path) : removal.path});
+        // The journal read back afterwards.
+        std::optional<CleanupReport> after;
+    };
+
+    worker_.run(
+        [journalPath, itemIDs = std::move(itemIDs), underAnotherName](const CancellationFlag&) {
+            PutBack done;
+            if (auto report = CleanupJournal::report(journalPath)) {
+                done.results = putBackAll(journalPath, inTrash(*report, itemIDs), underAnotherName);
             }
-            CancellationFlag never;
-            auto done = Restorer::restore(batch, never);
-            for (auto& removal : removals) {
-                // A refused Put Back leaves every picture in the Trash, for
-                // the reason given.
-                RestoreOutcome outcome = done ? RestoreOutcome::notInTrash()
-                                              : RestoreOutcome::failed(done.error());
-                if (done) {
-                    auto result = std::ranges::find(*done, removal.path, &Restorer::Result::itemID);
-                    if (result != done->end()) {
-                        outcome = result->outcome;
-                    }
-                }
-                results.push_back({std::move(removal), std::move(outcome)});
-            }
-        }
-        auto after = CleanupJournal::report(journalPath);
-        QMetaObject::invokeMethod(
-            this,
-            [this, after = std::move(after), results = std::move(results)] {
-                --puttingBack_;
-                Q_EMIT putBackFinished(after, results);
-            },
-            Qt::QueuedConnection);
-    });
+            done.after = CleanupJournal::report(journalPath);
+            return done;
+        },
+        [this](const PutBack& done) {
+            --puttingBack_;
+            Q_EMIT putBackFinished(done.after, done.results);
+        });
 }
 
 } // namespace brevant::gui

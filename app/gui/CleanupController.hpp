@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/gui/Worker.hpp"
 #include "engine/cleanup/CleanupApproval.hpp"
 #include "engine/cleanup/CleanupPlan.hpp"
 #include "engine/cleanup/CleanupReport.hpp"
@@ -11,7 +12,6 @@
 
 #include <QObject>
 #include <QString>
-#include <QThreadPool>
 
 #include <expected>
 #include <memory>
@@ -56,13 +56,15 @@ public:
     // nothing from disk.
     [[nodiscard]] std::expected<CleanupPlan, PlanError> plan() const;
 
-    // Runs the approved plan on a worker; false while another one runs.
+    // Runs the approved plan on a worker, the model in its cleaning phase
+    // until the run ends; false while a scan or another run is under way.
     bool start(const CleanupPlan& plan, const CleanupApproval& approval);
     // Sets the cancellation flag: the picture in progress finishes, the
     // rest stay where they are.
     void stopAfterThisOne();
 
-    [[nodiscard]] bool isRunning() const { return running_; }
+    // The model is in its cleaning phase.
+    [[nodiscard]] bool isRunning() const;
 
     [[nodiscard]] bool isStopping() const;
 
@@ -70,7 +72,7 @@ public:
     [[nodiscard]] int handled() const { return handled_; }
 
     [[nodiscard]] int total() const {
-        return running_ ? static_cast<int>(plan_.removals.size()) : 0;
+        return isRunning() ? static_cast<int>(plan_.removals.size()) : 0;
     }
 
     // The picture the run works on now; empty when none.
@@ -110,14 +112,15 @@ private:
 
     PhotoCleanupModel& model_;
     std::shared_ptr<const Trasher> trasher_;
-    QThreadPool pool_;
-    bool running_ = false;
     int handled_ = 0;
     CleanupPlan plan_;
     std::shared_ptr<CancellationFlag> cancel_;
     std::vector<CleanupReport> history_;
     int puttingBack_ = 0;
     bool recovering_ = false;
+    // Last: a run under way stops after its current picture, and is waited
+    // for, before anything else goes.
+    Worker worker_;
 };
 
 } // namespace brevant::gui

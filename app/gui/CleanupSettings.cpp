@@ -117,25 +117,8 @@ std::string_view rawValue(CleanupSettings::Scope scope) {
     return "folders";
 }
 
-std::string_view rawValue(CleanupSettings::Mode mode) {
-    using Mode = CleanupSettings::Mode;
-    switch (mode) {
-    case Mode::identical:
-        return "identical";
-    case Mode::similar:
-        return "similar";
-    case Mode::series:
-        return "series";
-    }
-    return "identical";
-}
-
 void PrintTo(CleanupSettings::Scope scope, std::ostream* os) {
     *os << rawValue(scope);
-}
-
-void PrintTo(CleanupSettings::Mode mode, std::ostream* os) {
-    *os << rawValue(mode);
 }
 
 } // namespace brevant::gui

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/review/KeeperPolicy.hpp"
+#include "engine/review/ScanMode.hpp"
 #include "engine/similarity/SimilarityPreset.hpp"
 #include "engine/support/RawValue.hpp"
 
@@ -26,11 +27,7 @@ struct CleanupSettings {
     };
 
     // What a scan looks for.
-    enum class Mode {
-        identical,
-        similar,
-        series,
-    };
+    using Mode = ScanMode::Kind;
 
     std::vector<std::string> sources;
     std::vector<std::string> protectedFolders;
@@ -77,9 +74,7 @@ inline constexpr std::string_view kWindowGeometry = "photoCleanup.windowGeometry
 } // namespace settings_keys
 
 [[nodiscard]] std::string_view rawValue(CleanupSettings::Scope scope);
-[[nodiscard]] std::string_view rawValue(CleanupSettings::Mode mode);
 void PrintTo(CleanupSettings::Scope scope, std::ostream* os);
-void PrintTo(CleanupSettings::Mode mode, std::ostream* os);
 
 } // namespace brevant::gui
 
@@ -88,11 +83,6 @@ namespace brevant {
 template <> struct EnumCases<gui::CleanupSettings::Scope> {
     using Scope = gui::CleanupSettings::Scope;
     static constexpr std::array kAll{Scope::folders, Scope::lightroom, Scope::captureOne};
-};
-
-template <> struct EnumCases<gui::CleanupSettings::Mode> {
-    using Mode = gui::CleanupSettings::Mode;
-    static constexpr std::array kAll{Mode::identical, Mode::similar, Mode::series};
 };
 
 } // namespace brevant

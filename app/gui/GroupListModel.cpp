@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <utility>
 
 namespace brevant::gui {
 
@@ -28,8 +29,8 @@ std::int64_t newestDate(const DuplicateGroup& group) {
 GroupListModel::GroupListModel(QObject* parent)
     : QAbstractListModel(parent) {}
 
-void GroupListModel::setSession(const ReviewSession* session) {
-    session_ = session;
+void GroupListModel::setSession(std::shared_ptr<const ReviewSession> session) {
+    session_ = std::move(session);
     rebuild();
 }
 

@@ -5,6 +5,7 @@
 
 #include <QAbstractListModel>
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <unordered_set>
@@ -65,9 +66,9 @@ public:
 
     explicit GroupListModel(QObject* parent = nullptr);
 
-    // Starts over with the session's groups (null: no groups). The session
-    // must outlive its use here; reviewed groups are kept.
-    void setSession(const ReviewSession* session);
+    // Starts over with the session's groups (null: no groups), keeping the
+    // session for as long as it is shown; reviewed groups are kept.
+    void setSession(std::shared_ptr<const ReviewSession> session);
     void setFilter(Filter filter);
     void setSort(Sort sort);
 
@@ -112,7 +113,7 @@ private:
     [[nodiscard]] QString detail(int groupIndex) const;
     [[nodiscard]] QVariant thumbnail(int groupIndex) const;
 
-    const ReviewSession* session_ = nullptr;
+    std::shared_ptr<const ReviewSession> session_;
     ThumbnailLoader* thumbnails_ = nullptr;
     Filter filter_ = Filter::all;
     Sort sort_ = Sort::bytesToFree;

@@ -27,6 +27,8 @@
 #include <QSettings>
 #include <QStackedWidget>
 
+#include <utility>
+
 namespace brevant::gui {
 
 namespace {
@@ -158,15 +160,20 @@ void MainWindow::followPhase() {
         progress_->cancelButton()->setFocus();
         break;
     case Phase::reviewing:
-    case Phase::cleaning:
-    case Phase::finished:
         // A preset change while reviewing stays in the review.
         if (screens_->currentWidget() != review_) {
             showOverview();
         }
         break;
+    case Phase::cleaning:
+    case Phase::finished:
+        // The run's screen stays in front until the user is done with its
+        // report.
+        screens_->setCurrentWidget(cleanupScreen_);
+        break;
     }
     updateActions();
+    showRecoveredReports();
 }
 
 void MainWindow::updateActions() {
@@ -287,24 +294,31 @@ void MainWindow::buildCleanup() {
     history_ = new HistoryScreen(*cleanups_, screens_);
     screens_->addWidget(cleanupScreen_);
     screens_->addWidget(history_);
-    connect(cleanupScreen_, &CleanupScreen::finished, this, &MainWindow::followPhase);
+    connect(cleanupScreen_, &CleanupScreen::finished, this, [this] {
+        model_.closeReports();
+        followPhase();
+    });
     connect(history_, &HistoryScreen::finished, this, &MainWindow::followPhase);
-    // The run's screen stays in front until the user is done with its
-    // report.
-    auto showRun = [this] {
-        screens_->setCurrentWidget(cleanupScreen_);
-        updateActions();
-    };
-    connect(cleanups_, &CleanupController::runStarted, this, showRun);
-    connect(cleanups_, &CleanupController::runFinished, this, showRun);
-    connect(cleanups_, &CleanupController::runRefused, this, showRun);
     connect(cleanups_, &CleanupController::interruptedRecovered, this,
             [this](const std::vector<CleanupReport>& reports) {
-                if (!reports.empty()) {
-                    screens_->setCurrentWidget(cleanupScreen_);
-                    cleanupScreen_->showReports(reports);
-                }
+                recovered_.insert(recovered_.end(), reports.begin(), reports.end());
+                showRecoveredReports();
             });
+}
+
+void MainWindow::showRecoveredReports() {
+    if (recovered_.empty()) {
+        return;
+    }
+    std::vector<CleanupReport> reports = std::exchange(recovered_, {});
+    // They wait while a scan or a cleanup has the screen.
+    if (!model_.showReports()) {
+        recovered_ = std::move(reports);
+        return;
+    }
+    // Another screen (the history) may be in front of an earlier report.
+    screens_->setCurrentWidget(cleanupScreen_);
+    cleanupScreen_->showReports(reports);
 }
 
 void MainWindow::addCleanupActions(QMenu* file) {
@@ -325,19 +339,17 @@ void MainWindow::updateCleanupActions() {
     if (reviewCleanup_ == nullptr) {
         return;
     }
-    bool running = cleanups_->isRunning();
-    bool scanning = model_.phase() == Phase::scanning;
-    reviewCleanup_->setEnabled(!running && !scanning && model_.hasResult());
-    historyAction_->setEnabled(!running && !scanning);
     // A scan now would take the screen from the run, and read files that
-    // are moving.
-    if (running) {
-        scan_->setEnabled(false);
+    // are moving; canScan says no while a cleanup runs.
+    bool busy = model_.phase() == Phase::scanning || model_.phase() == Phase::cleaning;
+    reviewCleanup_->setEnabled(!busy && model_.hasResult());
+    historyAction_->setEnabled(!busy);
+    if (model_.phase() == Phase::cleaning) {
         addFolder_->setEnabled(false);
         showSkipped_->setEnabled(false);
     }
     if (QAction* newScan = action(tr("New Scan"))) {
-        newScan->setEnabled(!running);
+        newScan->setEnabled(model_.phase() != Phase::cleaning);
     }
 }
 
@@ -351,7 +363,7 @@ void MainWindow::showCleanupCard() {
         showCatalogMarkingCard();
         return;
     }
-    if (cleanups_->isRunning() || card_ != nullptr || !model_.hasResult()) {
+    if (model_.phase() == Phase::cleaning || card_ != nullptr || !model_.hasResult()) {
         return;
     }
     auto* card = new CleanupCard(cleanups_->plan(), this);
@@ -364,7 +376,7 @@ void MainWindow::showCleanupCard() {
 }
 
 void MainWindow::showHistory() {
-    if (cleanups_->isRunning()) {
+    if (model_.phase() == Phase::cleaning) {
         return;
     }
     screens_->setCurrentWidget(history_);

@@ -1,7 +1,11 @@
 #pragma once
 
+#include "engine/cleanup/CleanupReport.hpp"
+
 #include <QMainWindow>
 #include <QPointer>
+
+#include <vector>
 
 class QAction;
 class QActionGroup;
@@ -26,9 +30,10 @@ class SettingsWindow;
 class Skins;
 
 // The one window: menus, and a stack of screens that follows the model's
-// phase (home while idle, progress while scanning, the overview once a
-// result is there). The review, cleanup and history screens join the stack
-// later; the Edit menu keeps a place for the marking commands.
+// phase (home while idle, progress while scanning, the overview or the
+// review once a result is there, the cleanup's run and report while
+// cleaning and until the user is done with it); the history screen is
+// shown on request.
 class MainWindow : public QMainWindow {
     Q_OBJECT
 
@@ -98,6 +103,8 @@ private:
     void addCleanupActions(QMenu* file);
     void addHistoryAction(QMenu* view);
     void updateCleanupActions();
+    // Reports of cleanups a crash left unfinished, once the screen is free.
+    void showRecoveredReports();
 
     PhotoCleanupModel& model_;
     Skins& skins_;
@@ -122,6 +129,7 @@ private:
     QAction* markCatalog_ = nullptr;
     QPointer<CatalogMarkingCard> markingCard_;
     MarkingsWindow* markings_ = nullptr;
+    std::vector<CleanupReport> recovered_;
 };
 
 } // namespace brevant::gui

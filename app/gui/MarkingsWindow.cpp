@@ -42,8 +42,9 @@ MarkingsWindow::MarkingsWindow(const std::string& dataFolder, QWidget* parent)
     : QDialog(parent)
     , markings_(dataFolder)
     , list_(new QVBoxLayout)
-    , empty_(parts::label(QStringLiteral("No catalog has been marked or tagged yet."), "muted",
-                          this)) {
+    , empty_(
+          parts::label(QStringLiteral("No catalog has been marked or tagged yet."), "muted", this))
+    , worker_(*this) {
     setWindowTitle(QStringLiteral("Markings and Taggings"));
     resize(780, 640);
     auto* layout = new QVBoxLayout(this);
@@ -75,9 +76,7 @@ MarkingsWindow::MarkingsWindow(const std::string& dataFolder, QWidget* parent)
     reload();
 }
 
-MarkingsWindow::~MarkingsWindow() {
-    pool_.waitForDone();
-}
+MarkingsWindow::~MarkingsWindow() = default;
 
 void MarkingsWindow::reload() {
     for (auto& row : rows_) {
@@ -182,12 +181,12 @@ void MarkingsWindow::undo(int row) {
         one.undo->setEnabled(false);
     }
     rows_.at(row).undo->setText(QStringLiteral("Undoing…"));
-    pool_.start([this, markings = markings_, marking = rows_.at(row).marking] {
-        auto refusal = markings.undo(marking);
-        QMetaObject::invokeMethod(
-            this, [this, id = marking.id(), refusal] { finishUndo(id, refusal); },
-            Qt::QueuedConnection);
-    });
+    const CatalogMarking& marking = rows_.at(row).marking;
+    worker_.run(
+        [markings = markings_, marking](const CancellationFlag&) { return markings.undo(marking); },
+        [this, id = marking.id()](const std::optional<std::string>& refusal) {
+            finishUndo(id, refusal);
+        });
 }
 
 void MarkingsWindow::finishUndo(const Uuid& id, const std::optional<std::string>& refusal) {

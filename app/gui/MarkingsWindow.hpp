@@ -1,9 +1,9 @@
 #pragma once
 
 #include "app/gui/CatalogMarkings.hpp"
+#include "app/gui/Worker.hpp"
 
 #include <QDialog>
-#include <QThreadPool>
 
 #include <map>
 #include <string>
@@ -73,13 +73,14 @@ private:
     void finishUndo(const Uuid& id, const std::optional<std::string>& refusal);
 
     CatalogMarkings markings_;
-    QThreadPool pool_;
     QVBoxLayout* list_;
     QLabel* empty_;
     std::vector<Row> rows_;
     // Kept across a reload, so an undo's outcome stays beside its marking.
     std::map<Uuid, QString> statuses_;
     bool undoing_ = false;
+    // Last: an undo under way finishes before anything else goes.
+    Worker worker_;
 };
 
 } // namespace brevant::gui

@@ -1,24 +1,22 @@
 #pragma once
 
 #include "app/gui/CleanupSettings.hpp"
-#include "engine/review/CleanupGroups.hpp"
+#include "app/gui/Worker.hpp"
+#include "engine/pipeline/PipelineProgress.hpp"
+#include "engine/pipeline/ScanOutcome.hpp"
+#include "engine/pipeline/ScanPipeline.hpp"
 #include "engine/review/LockStore.hpp"
 #include "engine/review/ReviewSession.hpp"
 #include "engine/scan/CancellationFlag.hpp"
 #include "engine/scan/DuplicateGroup.hpp"
-#include "engine/scan/ExactMatcher.hpp"
-#include "engine/scan/ScanProgress.hpp"
 #include "engine/scan/ScanResult.hpp"
 #include "engine/similarity/SimilarityIndex.hpp"
-#include "engine/similarity/SimilarityMatcher.hpp"
 
 #include <QElapsedTimer>
 #include <QObject>
-#include <QThreadPool>
 
 #include <cstdint>
 #include <expected>
-#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -27,22 +25,10 @@
 
 class QSettings;
 
-namespace brevant {
-class FeatureCache;
-}
-
 namespace brevant::gui {
 
 // Where a scan is, as the progress screen shows it.
-struct ModelProgress {
-    ScanProgress scan;
-    // Pictures done and to do, in the stages whose total is known
-    // (measuring and checking faces).
-    int done = 0;
-    std::optional<int> total;
-
-    friend bool operator==(const ModelProgress&, const ModelProgress&) = default;
-};
+using ModelProgress = PipelineProgress;
 
 // The groups of one kind in a result.
 struct KindSummary {
@@ -54,11 +40,11 @@ struct KindSummary {
     friend bool operator==(const KindSummary&, const KindSummary&) = default;
 };
 
-// The window's one model: the chosen sources, scope and mode, the phase, the
-// current scan result with its similarity index and groups, and the
-// settings. Every engine call runs on a worker thread with a cancellation
-// flag; progress and results come back to the interface thread as queued
-// calls, so the interface never waits on disk or decoding.
+// The window's one model: the chosen sources, scope and mode, the settings,
+// the phase, and the outcome of the last scan (its result, similarity index,
+// groups and review session), all from the engine's scan pipeline. Engine
+// work runs on a worker with a cancellation flag; progress and results come
+// back to the interface thread, which never waits on disk or decoding.
 class PhotoCleanupModel : public QObject {
     Q_OBJECT
 
@@ -66,43 +52,23 @@ public:
     using Scope = CleanupSettings::Scope;
     using Mode = CleanupSettings::Mode;
 
+    // Only the model moves from one phase to the next.
     enum class Phase {
+        // Nothing scanned yet, or back at the start.
         idle,
         scanning,
+        // A result is there to review.
         reviewing,
+        // A cleanup moves the marked copies to the Trash.
         cleaning,
+        // A cleanup's report (or its refusal) is shown until the user is
+        // done with it.
         finished,
     };
 
     // The engine operations a scan calls. Tests wrap them, for example to
     // count how often pictures are measured.
-    struct Engine {
-        using Scan = std::function<ScanResult(const std::vector<std::string>& folders,
-                                              bool keepPictures, const CancellationFlag& cancel,
-                                              const ExactMatcher::Progress& progress)>;
-        using Measure = std::function<std::optional<SimilarityIndex>(
-            std::vector<PhotoAsset> pictures, FeatureCache* cache, const CancellationFlag& cancel,
-            const SimilarityMatcher::Progress& progress)>;
-        // A Lightroom Classic or Capture One catalog, read and scanned; the
-        // reason as a sentence when the catalog cannot be read.
-        using ScanCatalog = std::function<std::expected<ScanResult, std::string>(
-            CleanupSettings::Scope scope, const std::string& catalog, bool keepPictures,
-            const CancellationFlag& cancel, const ExactMatcher::Progress& progress)>;
-        using CheckFaces = std::function<std::optional<SimilarityIndex>(
-            const std::vector<DuplicateGroup>& groups, const SimilarityIndex& index,
-            FeatureCache* cache, const CancellationFlag& cancel,
-            const SimilarityMatcher::Progress& progress)>;
-
-        Scan scan;
-        ScanCatalog scanCatalog;
-        Measure measure;
-        CheckFaces checkFaces;
-
-        [[nodiscard]] static Engine standard();
-    };
-
-    // Series: shots of one folder at most this many seconds apart.
-    static constexpr double kSeriesWindow = CleanupGroups::kSeriesWindow;
+    using Engine = ScanPipeline::Steps;
 
     // Reads the settings from `store`; `dataFolder` is where Brevant keeps
     // its files (the feature cache among them).
@@ -112,7 +78,7 @@ public:
     PhotoCleanupModel& operator=(const PhotoCleanupModel&) = delete;
     PhotoCleanupModel(PhotoCleanupModel&&) = delete;
     PhotoCleanupModel& operator=(PhotoCleanupModel&&) = delete;
-    // Cancels whatever runs and waits for the workers to stop.
+    // Cancels whatever runs and waits for the worker to stop.
     ~PhotoCleanupModel() override;
 
     [[nodiscard]] const CleanupSettings& settings() const { return settings_; }
@@ -151,49 +117,57 @@ public:
     [[nodiscard]] static std::string defaultCatalogFolder(Scope scope);
 
     // Starts a scan of the sources (or the chosen catalog) in the chosen
-    // mode; false when one is running or there is nothing to scan.
+    // mode; false when one is running, a cleanup runs, or there is nothing
+    // to scan.
     bool startScan();
-    // There is something to scan and no scan runs.
+    // There is something to scan, and no scan or cleanup runs.
     [[nodiscard]] bool canScan() const;
     // Asks the running scan to stop; it stops between files, and the model
     // goes back to idle when it has.
     void cancelScan();
     [[nodiscard]] bool isCancelling() const;
-    // Leaves the result and goes back to the start.
+    // Leaves the result and goes back to the start, unless a scan or a
+    // cleanup runs.
     void returnHome();
 
     [[nodiscard]] Phase phase() const { return phase_; }
+
+    // To cleaning, as a cleanup of the marks starts; false without a result
+    // or while a scan or another cleanup runs.
+    bool beginCleaning();
+    // From cleaning to finished: the cleanup's report or refusal is shown.
+    void endCleaning();
+    // To finished for reports of cleanups a crash left unfinished, from
+    // idle or reviewing; false in any other phase.
+    bool showReports();
+    // The user is done with the reports: back to reviewing, or to idle
+    // without a result.
+    void closeReports();
 
     [[nodiscard]] const ModelProgress& progress() const { return progress_; }
 
     [[nodiscard]] std::int64_t elapsedMilliseconds() const;
 
-    [[nodiscard]] const ScanResult& result() const { return result_; }
+    [[nodiscard]] const ScanResult& result() const;
 
     [[nodiscard]] bool hasResult() const { return hasResult_; }
 
     // The mode and preset the shown groups were made with.
-    [[nodiscard]] Mode resultMode() const { return resultMode_; }
-
-    [[nodiscard]] SimilarityPreset groupedPreset() const { return groupedPreset_; }
+    [[nodiscard]] Mode resultMode() const;
+    [[nodiscard]] SimilarityPreset groupedPreset() const;
 
     // Absent for scans of identical copies.
-    [[nodiscard]] std::shared_ptr<const SimilarityIndex> index() const { return index_; }
+    [[nodiscard]] std::shared_ptr<const SimilarityIndex> index() const;
 
-    // The groups for the result's mode, largest savings first. In the
-    // similar mode, identical groups none of whose members is in a similar
-    // group stand beside the similar groups (a copy that could not be
-    // measured is still a proven copy).
-    [[nodiscard]] const std::vector<DuplicateGroup>& groups() const { return groups_; }
+    // The groups of the result (CleanupGroups::reviewed), largest savings
+    // first.
+    [[nodiscard]] const std::vector<DuplicateGroup>& groups() const;
 
     // The marks, locks and keeper suggestions over the shown groups; null
-    // until a scan has a result. A preset change gives a new session that
-    // carries the marks still allowed over.
-    [[nodiscard]] ReviewSession* session() { return hasResult_ ? session_.get() : nullptr; }
-
-    [[nodiscard]] const ReviewSession* session() const {
-        return hasResult_ ? session_.get() : nullptr;
-    }
+    // until a scan has a result. A view keeps the session it shows: a
+    // preset change or a rescan gives a new one, which carries the marks
+    // still allowed over.
+    [[nodiscard]] std::shared_ptr<ReviewSession> session() const;
 
     // The one lock store of the window, read from the data folder by the
     // first scan (locks are only needed once there are groups).
@@ -202,11 +176,6 @@ public:
     // One entry per kind present, in the kinds' order.
     [[nodiscard]] std::vector<KindSummary> kinds() const;
     [[nodiscard]] std::int64_t bytesToFree() const;
-
-    // The groups a mode shows, from a scan's identical groups and its index.
-    [[nodiscard]] static std::vector<DuplicateGroup>
-    groupsFor(Mode mode, SimilarityPreset preset, const std::vector<DuplicateGroup>& identical,
-              const SimilarityIndex* index);
 
     // Whoever changes marks or locks through session() (the review screen,
     // a cleanup) tells the model, so every view of the marks can follow.
@@ -226,21 +195,15 @@ Q_SIGNALS:
     void catalogChanged(brevant::gui::CleanupSettings::Scope scope);
 
 private:
-    struct Job;
-    struct Outcome;
-    class Mailbox;
-
-    // The whole scan, on a worker thread.
-    static void run(const Job& job, Outcome& outcome,
-                    const std::function<void(const ModelProgress&)>& report);
-
+    // What the settings ask a scan for now.
+    [[nodiscard]] ScanRequest request() const;
     void save();
     void setPhase(Phase phase);
-    // Worker side: hands progress to the interface thread.
-    void post(const ModelProgress& progress);
-    void deliverProgress();
-    void finishScan(const std::shared_ptr<Outcome>& outcome);
+    void showProgress(const ModelProgress& progress);
+    void finishScan(std::expected<ScanOutcome, std::string> outcome);
     void regroup();
+    // Takes a new outcome, the marks of the one before carried over.
+    void adopt(ScanOutcome outcome);
 
     QSettings& store_;
     std::map<Scope, std::string> catalogNotices_;
@@ -248,26 +211,22 @@ private:
     std::map<Scope, int> catalogSearches_;
     CleanupSettings settings_;
     std::string dataFolder_;
-    Engine engine_;
-    QThreadPool pool_;
+    ScanPipeline pipeline_;
 
     Phase phase_ = Phase::idle;
     std::shared_ptr<CancellationFlag> cancel_;
-    std::shared_ptr<Mailbox> mailbox_;
     ModelProgress progress_;
     QElapsedTimer clock_;
 
+    // Null until a scan has a result. Kept, though no longer shown, through
+    // a new scan, whose session takes over its marks.
+    std::shared_ptr<const ScanOutcome> outcome_;
     bool hasResult_ = false;
-    ScanResult result_;
-    Mode resultMode_ = Mode::identical;
-    SimilarityPreset groupedPreset_ = SimilarityPreset::balanced;
-    std::shared_ptr<const SimilarityIndex> index_;
-    // Kept through a new scan, whose session takes over its marks.
-    std::shared_ptr<ReviewSession> session_;
     std::shared_ptr<LockStore> locks_;
-    std::vector<DuplicateGroup> groups_;
     // Results of a regroup that is no longer the latest are dropped.
     int generation_ = 0;
+    // Last, so that it stops before anything its tasks answer to goes.
+    Worker worker_;
 };
 
 [[nodiscard]] std::string_view rawValue(PhotoCleanupModel::Phase phase);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "engine/pipeline/PipelineProgress.hpp"
+
 #include <QWidget>
 
 class QLabel;
@@ -10,7 +12,7 @@ class QTimer;
 namespace brevant::gui {
 
 class PhotoCleanupModel;
-struct ModelProgress;
+using ModelProgress = PipelineProgress;
 
 // A scan under way: the stage, the counts so far, a bar that fills where
 // the total is known (and moves to show life where it is not), the time

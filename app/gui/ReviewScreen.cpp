@@ -155,8 +155,7 @@ ReviewScreen::ReviewScreen(PhotoCleanupModel& model, QWidget* parent)
     connect(compare_, &CompareView::markClicked, this, [this] { run(Command::toggleMark); });
     connect(compare_, &CompareView::lockClicked, this, [this] {
         const PhotoAsset* asset = compare_->currentAsset();
-        bool locked = asset != nullptr && model_.session() != nullptr &&
-                      model_.session()->isLocked(asset->path);
+        bool locked = asset != nullptr && session_ != nullptr && session_->isLocked(asset->path);
         run(locked ? Command::unlock : Command::lock);
     });
     connect(compare_, &CompareView::menuRequested, this, &ReviewScreen::showMenu);
@@ -259,12 +258,12 @@ void ReviewScreen::open() {
 }
 
 void ReviewScreen::resultChanged() {
-    const ReviewSession* session = model_.session();
+    std::shared_ptr<ReviewSession> session = model_.session();
     bool similar = session != nullptr && model_.resultMode() == CleanupSettings::Mode::similar;
     preset_->setVisible(similar);
     presetLabel_->setVisible(similar);
     preset_->setCurrentIndex(preset_->findData(static_cast<int>(model_.groupedPreset())));
-    if (session == shownSession_) {
+    if (session == session_) {
         return;
     }
     // The user's place: the copy shown, found again among the new groups.
@@ -272,7 +271,7 @@ void ReviewScreen::resultChanged() {
     if (const PhotoAsset* asset = compare_->currentAsset()) {
         place = asset->path;
     }
-    shownSession_ = session;
+    session_ = session;
     currentGroup_ = -1;
     groups_->setSession(session);
     compare_->showGroup(std::nullopt);
@@ -318,7 +317,7 @@ void ReviewScreen::showGroup(int groupIndex) {
 
 void ReviewScreen::rowChanged(int row) {
     int groupIndex = groups_->groupIndex(row);
-    const ReviewSession* session = model_.session();
+    const ReviewSession* session = session_.get();
     if (groupIndex == currentGroup_ && groupIndex >= 0) {
         return;
     }
@@ -336,7 +335,7 @@ void ReviewScreen::rowChanged(int row) {
 }
 
 const DuplicateGroup* ReviewScreen::shownGroup() const {
-    const ReviewSession* session = model_.session();
+    const ReviewSession* session = session_.get();
     if (session == nullptr || currentGroup_ < 0 ||
         currentGroup_ >= static_cast<int>(session->groups().size())) {
         return nullptr;
@@ -402,7 +401,7 @@ void ReviewScreen::moveGroup(int step) {
 }
 
 void ReviewScreen::markCurrent(Command command) {
-    ReviewSession* session = model_.session();
+    ReviewSession* session = session_.get();
     const PhotoAsset* asset = compare_->currentAsset();
     if (session == nullptr || asset == nullptr) {
         return;
@@ -425,7 +424,7 @@ void ReviewScreen::markCurrent(Command command) {
 }
 
 void ReviewScreen::markIn(Command command) {
-    ReviewSession* session = model_.session();
+    ReviewSession* session = session_.get();
     if (session == nullptr) {
         return;
     }
@@ -460,7 +459,7 @@ void ReviewScreen::marksChanged() {
 }
 
 void ReviewScreen::refresh() {
-    if (model_.session() == nullptr || model_.session() != shownSession_) {
+    if (session_ == nullptr || model_.session() != session_) {
         return;
     }
     // A mark, a lock or a protected folder may change any group's state and
@@ -472,7 +471,7 @@ void ReviewScreen::refresh() {
 }
 
 void ReviewScreen::updateFacts() {
-    const ReviewSession* session = model_.session();
+    const ReviewSession* session = session_.get();
     const DuplicateGroup* group = shownGroup();
     if (session == nullptr || group == nullptr) {
         return;
@@ -507,7 +506,7 @@ void ReviewScreen::updateFacts() {
 }
 
 void ReviewScreen::updateInspector() {
-    const ReviewSession* session = model_.session();
+    const ReviewSession* session = session_.get();
     const PhotoAsset* asset = compare_->currentAsset();
     const DuplicateGroup* group = shownGroup();
     if (session == nullptr || asset == nullptr || group == nullptr) {
@@ -543,7 +542,7 @@ void ReviewScreen::updateInspector() {
 }
 
 void ReviewScreen::updateTotal() {
-    const ReviewSession* session = model_.session();
+    const ReviewSession* session = session_.get();
     std::size_t marked = session != nullptr ? session->marks().size() : 0;
     cleanup_->setEnabled(marked > 0);
     if (marked == 0) {
@@ -578,7 +577,7 @@ void ReviewScreen::setNotice(const QString& text) {
 
 void ReviewScreen::showMenu(int member, const QPoint& global) {
     compare_->setCurrent(member);
-    const ReviewSession* session = model_.session();
+    const ReviewSession* session = session_.get();
     const PhotoAsset* asset = compare_->currentAsset();
     if (session == nullptr || asset == nullptr) {
         return;

@@ -6,6 +6,7 @@
 
 #include <array>
 #include <map>
+#include <memory>
 #include <optional>
 
 class QAction;
@@ -13,6 +14,10 @@ class QComboBox;
 class QLabel;
 class QListView;
 class QPushButton;
+
+namespace brevant {
+class ReviewSession;
+}
 
 namespace brevant::gui {
 
@@ -146,8 +151,9 @@ private:
     // Between the sections of the commands in a menu.
     std::array<QAction*, 3> separators_{};
     int currentGroup_ = -1;
-    // The session the list shows, to tell a new one from the same.
-    const void* shownSession_ = nullptr;
+    // The session shown, kept while it is: the model may have made a newer
+    // one by the time a view asks.
+    std::shared_ptr<ReviewSession> session_;
 };
 
 } // namespace brevant::gui

@@ -2,9 +2,7 @@
 
 #include "app/gui/QtText.hpp"
 #include "engine/platform/ImageDecoder.hpp"
-#include "engine/platform/ThreadPriority.hpp"
 
-#include <QCoreApplication>
 #include <QThread>
 
 #include <algorithm>
@@ -34,16 +32,13 @@ QImage toImage(const platform::DecodedImage& decoded) {
 } // namespace
 
 ThumbnailLoader::ThumbnailLoader(QObject* parent)
-    : QObject(parent) {
+    : QObject(parent)
     // Two decodes at a time keep the window lively on small machines.
-    pool_.setMaxThreadCount(std::min(2, std::max(1, QThread::idealThreadCount())));
+    , worker_(*this, std::min(2, std::max(1, QThread::idealThreadCount()))) {
     cache_.setMaxCost(kCacheKilobytes);
 }
 
-ThumbnailLoader::~ThumbnailLoader() {
-    pool_.clear();
-    pool_.waitForDone();
-}
+ThumbnailLoader::~ThumbnailLoader() = default;
 
 QString ThumbnailLoader::key(const PhotoAsset& asset) {
     return QStringLiteral("%1\n%2\n%3.%4")
@@ -63,19 +58,18 @@ QImage ThumbnailLoader::thumbnail(const PhotoAsset& asset) {
     }
     pending_.insert(wanted);
     std::string path = asset.path;
-    pool_.start([this, wanted, path] {
-        platform::runInBackground();
-        Entry entry;
-        if (auto decoded = platform::ImageDecoder::decode(path, kSide)) {
-            entry.image = toImage(decoded->thumbnail);
-            entry.captureDate =
-                qtText(decoded->properties.dateTimeOriginal.value_or(std::string()));
-        }
-        entry.failed = entry.image.isNull();
-        QMetaObject::invokeMethod(
-            this, [this, wanted, path, entry] { arrive(wanted, qtText(path), entry); },
-            Qt::QueuedConnection);
-    });
+    worker_.run(
+        [path](const CancellationFlag&) {
+            Entry entry;
+            if (auto decoded = platform::ImageDecoder::decode(path, kSide)) {
+                entry.image = toImage(decoded->thumbnail);
+                entry.captureDate =
+                    qtText(decoded->properties.dateTimeOriginal.value_or(std::string()));
+            }
+            entry.failed = entry.image.isNull();
+            return entry;
+        },
+        [this, wanted, path](const Entry& entry) { arrive(wanted, qtText(path), entry); });
     return {};
 }
 
@@ -97,10 +91,7 @@ QString ThumbnailLoader::captureDate(const PhotoAsset& asset) const {
 }
 
 void ThumbnailLoader::waitForDone() {
-    while (!pending_.isEmpty()) {
-        pool_.waitForDone();
-        QCoreApplication::processEvents();
-    }
+    worker_.waitForDone();
 }
 
 } // namespace brevant::gui

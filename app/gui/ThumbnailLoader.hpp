@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/gui/Worker.hpp"
 #include "engine/scan/PhotoAsset.hpp"
 
 #include <QCache>
@@ -7,7 +8,6 @@
 #include <QObject>
 #include <QSet>
 #include <QString>
-#include <QThreadPool>
 
 namespace brevant::gui {
 
@@ -61,9 +61,10 @@ private:
     [[nodiscard]] static QString key(const PhotoAsset& asset);
     void arrive(const QString& key, const QString& path, const Entry& entry);
 
-    QThreadPool pool_;
     QCache<QString, Entry> cache_;
     QSet<QString> pending_;
+    // Last: the decodes under way finish before the cache goes.
+    Worker worker_;
 };
 
 } // namespace brevant::gui

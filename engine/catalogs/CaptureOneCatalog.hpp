@@ -1,10 +1,10 @@
 #pragma once
 
 #include "engine/catalogs/ApplicationCheck.hpp"
-#include "engine/catalogs/CaptureOneRef.hpp"
 #include "engine/catalogs/CatalogChoice.hpp"
 #include "engine/catalogs/CatalogLayout.hpp"
 #include "engine/catalogs/CatalogReadError.hpp"
+#include "engine/scan/CaptureOneRef.hpp"
 
 #include <array>
 #include <expected>

@@ -4,7 +4,7 @@
 #include "engine/catalogs/CatalogChoice.hpp"
 #include "engine/catalogs/CatalogLayout.hpp"
 #include "engine/catalogs/CatalogReadError.hpp"
-#include "engine/catalogs/LightroomRef.hpp"
+#include "engine/scan/LightroomRef.hpp"
 
 #include <expected>
 #include <set>

@@ -1,5 +1,7 @@
 #include "VipsRuntime.hpp"
 
+#include "engine/platform/BufferReuse.hpp"
+
 #include <glib.h>
 #include <vips/vips.h>
 
@@ -7,6 +9,7 @@ namespace brevant::platform {
 
 bool VipsRuntime::ensureStarted() {
     static const bool started = [] {
+        BufferReuse::keepFreedBuffers();
         if (VIPS_INIT("brevant") != 0) {
             return false;
         }

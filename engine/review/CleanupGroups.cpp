@@ -8,15 +8,38 @@
 
 namespace brevant {
 
-std::vector<DuplicateGroup> CleanupGroups::of(const std::vector<DuplicateGroup>& identical,
-                                              const SimilarityIndex* index) const {
-    if (extra == Extra::none || index == nullptr) {
+std::vector<DuplicateGroup> CleanupGroups::found(const ScanMode& mode,
+                                                 const SimilarityIndex& index) {
+    switch (mode.kind) {
+    case ScanMode::Kind::identical:
+        return {};
+    case ScanMode::Kind::similar:
+        return index.groups(mode.preset);
+    case ScanMode::Kind::series:
+        return index.series(kSeriesWindow, SimilarityThresholds::kSeriesRelated);
+    }
+    return {};
+}
+
+std::vector<DuplicateGroup> CleanupGroups::reviewed(const ScanMode& mode,
+                                                    const std::vector<DuplicateGroup>& identical,
+                                                    const SimilarityIndex* index) {
+    if (!mode.measures() || index == nullptr) {
         return identical;
     }
-    std::vector<DuplicateGroup> grouped =
-        extra == Extra::series ? index->series(kSeriesWindow, SimilarityThresholds::kSeriesRelated)
-                               : index->groups(preset);
-    return withIdentical(std::move(grouped), identical);
+    return withIdentical(found(mode, *index), identical);
+}
+
+std::vector<DuplicateGroup> CleanupGroups::faceChecked(const ScanMode& mode,
+                                                       const SimilarityIndex& index) {
+    if (mode.kind != ScanMode::Kind::similar) {
+        return found(mode, index);
+    }
+    std::vector<DuplicateGroup> groups;
+    for (SimilarityPreset preset : EnumCases<SimilarityPreset>::kAll) {
+        std::ranges::move(index.groups(preset), std::back_inserter(groups));
+    }
+    return groups;
 }
 
 std::vector<DuplicateGroup>

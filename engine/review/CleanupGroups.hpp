@@ -1,38 +1,41 @@
 #pragma once
 
+#include "engine/review/ScanMode.hpp"
 #include "engine/scan/DuplicateGroup.hpp"
 #include "engine/similarity/SimilarityIndex.hpp"
-#include "engine/similarity/SimilarityPreset.hpp"
 
-#include <optional>
 #include <vector>
 
 namespace brevant {
 
-// Which groups a cleanup reviews. Identical copies are always among them;
-// similar versions (under a preset) or series are added on request.
+// The one rule for which groups a scan's review holds in each mode, and for
+// whose faces are read so that the keeper can compare them.
 struct CleanupGroups {
-    enum class Extra {
-        none,
-        similar,
-        series,
-    };
-
     // Series: shots of one folder at most this many seconds apart.
     static constexpr double kSeriesWindow = 3.0;
 
-    Extra extra = Extra::none;
-    SimilarityPreset preset = SimilarityPreset::balanced;
+    // The groups of the kind the mode looks for, as the index forms them:
+    // the similar groups at the mode's preset, or the series. None in the
+    // identical mode.
+    [[nodiscard]] static std::vector<DuplicateGroup> found(const ScanMode& mode,
+                                                           const SimilarityIndex& index);
 
-    // Similar versions and series need every picture measured.
-    [[nodiscard]] bool needsIndex() const { return extra != Extra::none; }
+    // What a review holds: in the identical mode the identical groups;
+    // otherwise `found`, then every identical group none of whose copies
+    // they already hold, largest savings first. A proven copy stays a copy
+    // whatever else is looked for (even one that could not be measured), and
+    // a copy is never reviewed twice. Without an index, the identical groups.
+    [[nodiscard]] static std::vector<DuplicateGroup>
+    reviewed(const ScanMode& mode, const std::vector<DuplicateGroup>& identical,
+             const SimilarityIndex* index);
 
-    // The similar groups or series of the index, then every identical group
-    // none of whose copies they already hold (a copy reviewed twice would be
-    // judged twice), largest savings first. Without an index, the identical
-    // groups as they are.
-    [[nodiscard]] std::vector<DuplicateGroup> of(const std::vector<DuplicateGroup>& identical,
-                                                 const SimilarityIndex* index) const;
+    // The groups whose members' faces are read, so that the keeper's face
+    // rules can compare them: in the similar mode the groups of every preset,
+    // so that a regroup finds each reading it needs and suggests what a
+    // fresh scan at that preset would; the series in the series mode. None
+    // for identical copies, which look the same.
+    [[nodiscard]] static std::vector<DuplicateGroup> faceChecked(const ScanMode& mode,
+                                                                 const SimilarityIndex& index);
 
     // `grouped`, then the identical groups apart from them, largest savings
     // first.

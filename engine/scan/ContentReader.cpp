@@ -87,9 +87,13 @@ std::expected<std::string, Failure> ContentReader::sha256(const std::string& pat
     return digest.hexDigest();
 }
 
-std::expected<bool, Failure>
-ContentReader::sameBytes(const std::string& a, const FileSnapshot& snapshotA, const std::string& b,
-                         const FileSnapshot& snapshotB, const CancellationFlag& cancel) {
+namespace {
+
+// The byte comparison, adding a's bytes to `digest` when there is one.
+std::expected<bool, Failure> compareFiles(const std::string& a, const FileSnapshot& snapshotA,
+                                          const std::string& b, const FileSnapshot& snapshotB,
+                                          const CancellationFlag& cancel,
+                                          platform::Sha256* digest) {
     if (snapshotA.size != snapshotB.size) {
         return false;
     }
@@ -101,10 +105,10 @@ ContentReader::sameBytes(const std::string& a, const FileSnapshot& snapshotA, co
     if (!fileB) {
         return std::unexpected(unreadable(b, fileB.error()));
     }
-    if (!matches(*fileA, snapshotA)) {
+    if (!ContentReader::matches(*fileA, snapshotA)) {
         return std::unexpected(changed(a));
     }
-    if (!matches(*fileB, snapshotB)) {
+    if (!ContentReader::matches(*fileB, snapshotB)) {
         return std::unexpected(changed(b));
     }
     fileA->adviseSequential();
@@ -115,11 +119,11 @@ ContentReader::sameBytes(const std::string& a, const FileSnapshot& snapshotA, co
         if (cancel.isCancelled()) {
             return std::unexpected(cancelled(a));
         }
-        auto filledA = fileA->fill({bufferA.get(), kBufferSize});
+        auto filledA = fileA->fill({bufferA.get(), ContentReader::kBufferSize});
         if (!filledA) {
             return std::unexpected(unreadable(a, filledA.error()));
         }
-        auto filledB = fileB->fill({bufferB.get(), kBufferSize});
+        auto filledB = fileB->fill({bufferB.get(), ContentReader::kBufferSize});
         if (!filledB) {
             return std::unexpected(unreadable(b, filledB.error()));
         }
@@ -127,10 +131,10 @@ ContentReader::sameBytes(const std::string& a, const FileSnapshot& snapshotA, co
             return false;
         }
         if (*filledA == 0) {
-            if (!matches(*fileA, snapshotA)) {
+            if (!ContentReader::matches(*fileA, snapshotA)) {
                 return std::unexpected(changed(a));
             }
-            if (!matches(*fileB, snapshotB)) {
+            if (!ContentReader::matches(*fileB, snapshotB)) {
                 return std::unexpected(changed(b));
             }
             return true;
@@ -138,7 +142,33 @@ ContentReader::sameBytes(const std::string& a, const FileSnapshot& snapshotA, co
         if (std::memcmp(bufferA.get(), bufferB.get(), *filledA) != 0) {
             return false;
         }
+        if (digest != nullptr) {
+            digest->update({bufferA.get(), *filledA});
+        }
     }
+}
+
+} // namespace
+
+std::expected<bool, Failure>
+ContentReader::sameBytes(const std::string& a, const FileSnapshot& snapshotA, const std::string& b,
+                         const FileSnapshot& snapshotB, const CancellationFlag& cancel) {
+    return compareFiles(a, snapshotA, b, snapshotB, cancel, nullptr);
+}
+
+std::expected<ContentReader::Comparison, Failure>
+ContentReader::compareHashingFirst(const std::string& a, const FileSnapshot& snapshotA,
+                                   const std::string& b, const FileSnapshot& snapshotB,
+                                   const CancellationFlag& cancel) {
+    platform::Sha256 digest;
+    auto same = compareFiles(a, snapshotA, b, snapshotB, cancel, &digest);
+    if (!same) {
+        return std::unexpected(std::move(same.error()));
+    }
+    if (!*same) {
+        return Comparison{};
+    }
+    return Comparison{.same = true, .digestOfA = digest.hexDigest()};
 }
 
 bool ContentReader::matches(const platform::ReadOnlyFile& file, const FileSnapshot& snapshot) {

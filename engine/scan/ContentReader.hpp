@@ -53,6 +53,21 @@ struct ContentReader {
     sameBytes(const std::string& a, const FileSnapshot& snapshotA, const std::string& b,
               const FileSnapshot& snapshotB, const CancellationFlag& cancel);
 
+    struct Comparison {
+        bool same = false;
+        // The SHA-256 of a, when a was read to its end: only when the two
+        // were the same.
+        std::optional<std::string> digestOfA;
+
+        friend bool operator==(const Comparison&, const Comparison&) = default;
+    };
+
+    // sameBytes, hashing a on the way, so that a copy and its digest cost
+    // one read of each file.
+    [[nodiscard]] static std::expected<Comparison, Failure>
+    compareHashingFirst(const std::string& a, const FileSnapshot& snapshotA, const std::string& b,
+                        const FileSnapshot& snapshotB, const CancellationFlag& cancel);
+
     // The open file is still the one of the snapshot.
     [[nodiscard]] static bool matches(const platform::ReadOnlyFile& file,
                                       const FileSnapshot& snapshot);

@@ -96,7 +96,15 @@ private:
     void noteInspection(std::size_t index, const Inspection& inspection);
     std::vector<Indices> sameSizeGroups() const;
     bool compare(const std::vector<Indices>& sizeGroups);
-    bool hashBatch(std::span<const Indices> sizeGroups, std::vector<Candidate>& candidates);
+    bool settle(std::vector<Candidate>& partial);
+    bool settleRound(const std::vector<Indices>& buckets, std::vector<Indices>& next);
+
+    struct Settled {
+        Indices members;
+        std::optional<std::string> digest;
+    };
+
+    bool confirmSettled(std::vector<Settled>& settled);
     bool hashGroups(std::span<const Indices> groups, std::optional<std::int64_t> limit,
                     std::vector<Candidate>& shared);
     bool verify(const std::vector<Candidate>& candidates);
@@ -259,23 +267,24 @@ std::vector<Indices> Scanner::sameSizeGroups() const {
 // busy although most groups hold two pictures. The flag is read before each
 // batch and each file.
 bool Scanner::compare(const std::vector<Indices>& sizeGroups) {
-    std::vector<Candidate> candidates;
     for (std::size_t start = 0; start < sizeGroups.size();) {
         if (cancel_.isCancelled()) {
             return false;
         }
         std::size_t end =
             batchEnd(sizeGroups, start, [](const Indices& group) { return group.size(); });
-        candidates.clear();
-        if (!hashBatch({sizeGroups.begin() + static_cast<std::ptrdiff_t>(start),
-                        sizeGroups.begin() + static_cast<std::ptrdiff_t>(end)},
-                       candidates)) {
+        report(Stage::comparing);
+        std::vector<Candidate> partial;
+        if (!hashGroups({sizeGroups.begin() + static_cast<std::ptrdiff_t>(start),
+                         sizeGroups.begin() + static_cast<std::ptrdiff_t>(end)},
+                        ExactMatcher::kPartialHashBytes, partial)) {
             return false;
         }
+        report(Stage::comparing);
         if (hooks_.beforeVerifying) {
             hooks_.beforeVerifying();
         }
-        if (!verify(candidates)) {
+        if (!settle(partial)) {
             return false;
         }
         start = end;
@@ -283,21 +292,151 @@ bool Scanner::compare(const std::vector<Indices>& sizeGroups) {
     return true;
 }
 
-// The sets of a batch's pictures that share their full digest. False when
-// the scan was cancelled.
-bool Scanner::hashBatch(std::span<const Indices> sizeGroups, std::vector<Candidate>& candidates) {
+// Files that share their size and first 64 KiB are almost always copies.
+// Each such bucket's first member is compared byte by byte with every
+// other; the equal ones are its copies, and only the first is hashed in
+// full, for the group's id: the copies hold the same bytes, so the same
+// digest. Members that differ from it are settled the same way among
+// themselves once more; what is still mixed after that is hashed in full
+// and compared within equal digests, so that no bucket costs more than a
+// few reads of each member. False when the scan was cancelled.
+bool Scanner::settle(std::vector<Candidate>& partial) {
+    constexpr int kRounds = 2;
+    std::vector<Indices> open;
+    open.reserve(partial.size());
+    for (auto& bucket : partial) {
+        open.push_back(std::move(bucket.members));
+    }
+    for (int round = 0; round < kRounds && !open.empty(); ++round) {
+        std::vector<Indices> next;
+        if (!settleRound(open, next)) {
+            return false;
+        }
+        open = std::move(next);
+    }
+    if (open.empty()) {
+        return true;
+    }
     report(Stage::comparing);
-    std::vector<Candidate> partial;
-    if (!hashGroups(sizeGroups, ExactMatcher::kPartialHashBytes, partial)) {
+    std::vector<Candidate> candidates;
+    if (!hashGroups(open, std::nullopt, candidates)) {
         return false;
     }
-    std::vector<Indices> shared;
-    shared.reserve(partial.size());
-    for (auto& bucket : partial) {
-        shared.push_back(std::move(bucket.members));
+    return verify(candidates);
+}
+
+// One pass over the buckets: each first member compared with every other
+// member, and hashed on the way through its first comparison. Members that
+// differed go to `next` when two or more of a bucket are left. False when
+// the scan was cancelled.
+bool Scanner::settleRound(const std::vector<Indices>& buckets, std::vector<Indices>& next) {
+    struct Check {
+        std::size_t reference;
+        std::size_t other;
+        bool hashing; // the reference's digest is taken on the way
+    };
+
+    std::vector<Check> checks;
+    for (const Indices& bucket : buckets) {
+        for (auto other = bucket.begin() + 1; other != bucket.end(); ++other) {
+            checks.push_back({bucket.front(), *other, other == bucket.begin() + 1});
+        }
     }
-    bool going = hashGroups(shared, std::nullopt, candidates);
-    report(Stage::comparing);
+    report(Stage::verifying);
+    auto answers = ExactMatcher::parallelMap(checks, cancel_, [this](const Check& check) {
+        const auto& a = picture(check.reference);
+        const auto& b = picture(check.other);
+        if (check.hashing) {
+            return ContentReader::compareHashingFirst(a.path, a.snapshot, b.path, b.snapshot,
+                                                      cancel_);
+        }
+        auto same = ContentReader::sameBytes(a.path, a.snapshot, b.path, b.snapshot, cancel_);
+        using Answer = std::expected<ContentReader::Comparison, Failure>;
+        return same ? Answer{ContentReader::Comparison{.same = *same}}
+                    : Answer{std::unexpect, std::move(same.error())};
+    });
+
+    std::vector<Settled> settled;
+    bool going = true;
+    std::size_t position = 0;
+    for (const Indices& bucket : buckets) {
+        std::size_t reference = bucket.front();
+        Settled copies{{reference}, std::nullopt};
+        Indices different;
+        bool finished = true;
+        for (std::size_t i = 1; i < bucket.size(); ++i, ++position) {
+            const auto& answer = answers[position];
+            if (!answer) {
+                finished = false;
+            } else if (!*answer) {
+                // Either file may be the one that failed.
+                std::size_t culprit =
+                    answer->error().path == picture(reference).path ? reference : bucket[i];
+                finished = noteFailure(culprit, answer->error()) && finished;
+            } else if ((*answer)->same) {
+                copies.members.push_back(bucket[i]);
+                copies.digest = copies.digest ? copies.digest : (*answer)->digestOfA;
+            } else {
+                different.push_back(bucket[i]);
+            }
+        }
+        going = going && finished;
+        if (!finished) {
+            continue;
+        }
+        if (failed_.contains(reference)) {
+            // Comparisons with a reference that failed prove nothing: the
+            // others start again.
+            Indices rest;
+            std::ranges::copy_if(bucket, std::back_inserter(rest),
+                                 [this](std::size_t member) { return !failed_.contains(member); });
+            if (rest.size() >= 2) {
+                next.push_back(std::move(rest));
+            }
+            continue;
+        }
+        if (copies.members.size() >= 2) {
+            settled.push_back(std::move(copies));
+        }
+        if (different.size() >= 2) {
+            next.push_back(std::move(different));
+        }
+    }
+    return confirmSettled(settled) && going;
+}
+
+// Confirms each set of copies under its first member's digest, hashing the
+// first members whose first comparison did not read them to the end.
+bool Scanner::confirmSettled(std::vector<Settled>& settled) {
+    Indices unhashed;
+    for (const auto& copies : settled) {
+        if (!copies.digest) {
+            unhashed.push_back(copies.members.front());
+        }
+    }
+    auto digests = ExactMatcher::parallelMap(unhashed, cancel_, [this](std::size_t index) {
+        return ContentReader::sha256(picture(index).path, picture(index).snapshot, std::nullopt,
+                                     &cancel_);
+    });
+    bool going = true;
+    std::size_t position = 0;
+    for (auto& copies : settled) {
+        if (!copies.digest) {
+            const auto& digest = digests[position++];
+            if (!digest) {
+                going = false;
+                continue;
+            }
+            if (!*digest) {
+                going = noteFailure(copies.members.front(), digest->error()) && going;
+                continue;
+            }
+            copies.digest = **digest;
+        }
+        confirmedMembers_ += static_cast<int>(copies.members.size());
+        confirmed_.push_back({std::move(*copies.digest), std::move(copies.members)});
+    }
+    report(Stage::verifying);
     return going;
 }
 

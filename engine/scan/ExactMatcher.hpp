@@ -22,9 +22,12 @@
 namespace brevant {
 
 // The scan of chosen folders: walks them, reads every picture's header and
-// proves byte-for-byte identical copies in three narrowing passes (same
-// size; same SHA-256 of the first 64 KiB, then of the whole file; the same
-// bytes, compared one by one).
+// proves byte-for-byte identical copies in narrowing passes: same size, same
+// SHA-256 of the first 64 KiB, then the same bytes, compared one by one with
+// the first of them, which alone is hashed in full for the group's id (its
+// copies hold the same bytes, so the same digest). Files that still look
+// alike after two such rounds are hashed in full and compared within equal
+// digests.
 struct ExactMatcher {
     using Counter = brevant::Counter;
     template <class Result> using ResultBox = brevant::ResultBox<Result>;
@@ -38,8 +41,8 @@ struct ExactMatcher {
 
     // Places where a test can step into a running scan.
     struct Hooks {
-        // Called for each batch of size groups once its hashes are known,
-        // before its byte-by-byte pass.
+        // Called for each batch of size groups once its first 64 KiB are
+        // hashed, before its byte-by-byte pass.
         std::function<void()> beforeVerifying;
     };
 

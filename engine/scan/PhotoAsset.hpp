@@ -1,9 +1,9 @@
 #pragma once
 
-#include "engine/catalogs/CaptureOneRef.hpp"
-#include "engine/catalogs/LightroomRef.hpp"
+#include "engine/scan/CaptureOneRef.hpp"
 #include "engine/scan/FileSnapshot.hpp"
 #include "engine/scan/LibraryRef.hpp"
+#include "engine/scan/LightroomRef.hpp"
 #include "engine/scan/PhotoFormat.hpp"
 #include "engine/scan/Relationship.hpp"
 #include "engine/support/Hashing.hpp"

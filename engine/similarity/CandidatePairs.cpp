@@ -1,7 +1,9 @@
 // Candidate pairs of the similarity matcher: proposed cheaply from shared
-// hash bytes and capture times, each evaluated once.
+// hash bytes and capture times, each evaluated once, and kept only when
+// some preset or series can use them.
 #include "engine/similarity/CaptureTimeline.hpp"
 #include "engine/similarity/FeatureExtractor.hpp"
+#include "engine/similarity/HammingScan.hpp"
 #include "engine/similarity/SimilarityMatcher.hpp"
 #include "engine/similarity/SimilarityThresholds.hpp"
 #include "engine/support/ParallelMap.hpp"
@@ -9,7 +11,12 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <map>
 #include <numeric>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
 
 namespace brevant {
 
@@ -17,197 +24,160 @@ namespace {
 
 constexpr int kBytes = 8;
 constexpr int kTurns = 4;
-constexpr int kCandidateHamming = SimilarityThresholds::kCandidateHamming;
+constexpr int kValues = 256;
+constexpr int kProposed = SimilarityThresholds::kCandidateHamming;
+constexpr int kKept = SimilarityThresholds::kKeptHamming;
+constexpr int kSeries = static_cast<int>(SimilarityThresholds::kSeriesRelated);
 
-using Turns = std::array<std::uint64_t, kTurns>;
+using Turns = TurnedHashes::Turns;
 
 int byteAt(std::uint64_t hash, int position) {
     return static_cast<int>((hash >> (8 * position)) & 0xFF);
 }
 
-// The hashes of the measured pictures, indexed for candidate search. For each
-// byte position p and byte value v it holds the listing of pictures whose
-// unturned hash has v at p (their four turns inline) and the probes that
-// look there: every (picture, turn) whose turned hash has v at p. Working
-// one (p, v) block at a time keeps the listing in cache while all its probes
-// scan it. Compact index k stands for picture ids[k]; ids ascend.
-class HashTable {
-public:
-    static constexpr int kValues = 256;
-    static constexpr int kBlocks = kBytes * kValues;
+// The top bit of every byte in which a and b agree.
+std::uint64_t equalBytes(std::uint64_t a, std::uint64_t b) {
+    constexpr std::uint64_t kLow = 0x7F7F7F7F7F7F7F7FULL;
+    std::uint64_t x = a ^ b;
+    // The top bit of a byte ends up set exactly when the byte is not zero;
+    // no carry crosses into the next byte.
+    std::uint64_t nonZero = ((x & kLow) + kLow) | x;
+    return ~nonZero & ~kLow;
+}
 
-    explicit HashTable(const std::vector<std::optional<ImageFeatures>>& features) {
+// Smallest distance of a hash to any of four turns.
+int distance(std::uint64_t hash, const Turns& turns) {
+    return std::min(std::min(std::popcount(hash ^ turns[0]), std::popcount(hash ^ turns[1])),
+                    std::min(std::popcount(hash ^ turns[2]), std::popcount(hash ^ turns[3])));
+}
+
+// Some turn of x shares a byte position with y's unturned hash, and x's
+// unturned hash is close enough to one of y's turns.
+bool proposes(const Turns& x, const Turns& y) {
+    std::uint64_t shared = 0;
+    for (std::uint64_t turned : x) {
+        shared |= equalBytes(turned, y[0]);
+    }
+    return shared != 0 && distance(x[0], y) <= kProposed;
+}
+
+// Some turn of x before `turn`, or `turn` itself at a position before
+// `position`, shares that byte with `target`: probing goes turn by turn,
+// position by position within a turn.
+bool sharedEarlier(const Turns& x, std::uint64_t target, int turn, int position) {
+    for (int t = 0; t < turn; ++t) {
+        if (equalBytes(x[t], target) != 0) {
+            return true;
+        }
+    }
+    std::uint64_t before = position == 0 ? 0 : ~0ULL >> (8 * (kBytes - position));
+    return (equalBytes(x[turn], target) & before) != 0;
+}
+
+// Where and when a picture was taken, to tell time neighbours without a
+// lookup per pair.
+struct Place {
+    int folder = -1; // -1: no capture date, never anyone's neighbour
+    double seconds = 0;
+};
+
+// The measured pictures' hashes under compact indices (k stands for picture
+// ids()[k]; ids ascend), and for one byte position at a time the pictures
+// listed under each byte value of their unturned hash and the probes
+// (picture, turn) whose turned hash has that value there.
+class ProposalTable {
+public:
+    struct Position {
+        std::array<int, kValues + 1> listingStart{};
+        std::vector<int> listings;
+        std::array<int, kValues + 1> probeStart{};
+        std::vector<int> probes; // k * kTurns + turn
+    };
+
+    ProposalTable(const std::vector<std::optional<ImageFeatures>>& features,
+                  const std::map<std::string, std::vector<DatedPicture>>& captures) {
+        std::vector<Place> placeOf(features.size());
+        int folder = 0;
+        for (const auto& [name, dated] : captures) {
+            for (const DatedPicture& picture : dated) {
+                placeOf[picture.index] = {folder, picture.seconds};
+            }
+            folder += 1;
+        }
+        compactOf_.assign(features.size(), -1);
         for (std::size_t i = 0; i < features.size(); ++i) {
             const auto& f = features[i];
-            // Records that do not hold all four turns cannot be compared.
+            // Records that do not hold all four turns cannot be probed.
             if (!f || f->hashes.size() != kTurns) {
                 continue;
             }
+            compactOf_[i] = static_cast<int>(ids_.size());
             ids_.push_back(static_cast<int>(i));
             turns_.push_back({f->hashes[0], f->hashes[1], f->hashes[2], f->hashes[3]});
-        }
-        for (int p = 0; p < kBytes; ++p) {
-            fillListings(p);
-            fillProbes(p);
+            places_.push_back(placeOf[i]);
         }
     }
 
-    [[nodiscard]] std::size_t size() const { return ids_.size(); }
+    [[nodiscard]] int size() const { return static_cast<int>(ids_.size()); }
 
     [[nodiscard]] int id(int k) const { return ids_[k]; }
 
-    // x proposes y: a turn of x shares a byte position with y's unturned
-    // hash, and y is close enough to x.
-    [[nodiscard]] bool proposes(int x, int y) const {
-        return sharesByte(x, y, kTurns, 0) &&
-               distance(turns_[x][0], turns_[y]) <= kCandidateHamming;
-    }
+    [[nodiscard]] const Turns& turns(int k) const { return turns_[k]; }
 
-    // Calls emit(x, y) for the pairs first met in this block, once for every
-    // pair that x proposes and that is not also proposed from the other side
-    // by a smaller picture: over all blocks, each unordered proposed pair
-    // comes out exactly once.
-    template <class Emit> [[gnu::always_inline]] void proposalsIn(int block, Emit&& emit) const {
-        int p = block / kValues;
-        int v = block % kValues;
-        const Listing* begin = listings_[p].data() + listingOffsets_[p][v];
-        const Listing* end = listings_[p].data() + listingOffsets_[p][v + 1];
-        const int* probe = probes_[p].data() + probeOffsets_[p][v];
-        const int* probesEnd = probes_[p].data() + probeOffsets_[p][v + 1];
-        for (; probe != probesEnd; ++probe) {
-            int x = *probe / kTurns;
-            int t = *probe % kTurns;
-            std::uint64_t unturned = turns_[x][0];
-            for (const Listing* it = begin; it != end; ++it) {
-                // The distance first: almost every candidate stops here.
-                if (distance(unturned, it->turns) > kCandidateHamming || it->k == x) {
-                    continue;
-                }
-                int y = it->k;
-                if (sharesByte(x, y, t, p)) {
-                    continue; // met at an earlier probe
-                }
-                if (y < x && proposes(y, x)) {
-                    continue; // y emits it
-                }
-                emit(x, y);
+    [[nodiscard]] int compactOf(int picture) const { return compactOf_[picture]; }
+
+    [[nodiscard]] const Place& place(int k) const { return places_[k]; }
+
+    // Counting sorts of the listings and probes at byte position p.
+    [[nodiscard]] Position position(int p) const {
+        Position result;
+        for (const Turns& t : turns_) {
+            result.listingStart[byteAt(t[0], p) + 1] += 1;
+            for (std::uint64_t h : t) {
+                result.probeStart[byteAt(h, p) + 1] += 1;
             }
         }
+        std::partial_sum(result.listingStart.begin(), result.listingStart.end(),
+                         result.listingStart.begin());
+        std::partial_sum(result.probeStart.begin(), result.probeStart.end(),
+                         result.probeStart.begin());
+        result.listings.resize(turns_.size());
+        result.probes.resize(turns_.size() * kTurns);
+        auto nextListing = result.listingStart;
+        auto nextProbe = result.probeStart;
+        for (int k = 0; k < size(); ++k) {
+            result.listings[nextListing[byteAt(turns_[k][0], p)]++] = k;
+            for (int t = 0; t < kTurns; ++t) {
+                result.probes[nextProbe[byteAt(turns_[k][t], p)]++] = k * kTurns + t;
+            }
+        }
+        return result;
     }
 
 private:
-    struct Listing {
-        Turns turns;
-        int k;
-    };
-
-    using Offsets = std::array<int, kValues + 1>;
-
-    // Counting sort: offsets of each byte value, from how many have it.
-    template <class Count> static Offsets offsetsFor(Count&& forEachValue) {
-        Offsets offsets{};
-        forEachValue([&](int value) { offsets[value + 1] += 1; });
-        for (std::size_t v = 1; v < offsets.size(); ++v) {
-            offsets[v] += offsets[v - 1];
-        }
-        return offsets;
-    }
-
-    void fillListings(int p) {
-        listingOffsets_[p] = offsetsFor([&](auto&& count) {
-            for (const Turns& t : turns_) {
-                count(byteAt(t[0], p));
-            }
-        });
-        listings_[p].resize(turns_.size());
-        auto next = listingOffsets_[p];
-        for (std::size_t k = 0; k < turns_.size(); ++k) {
-            listings_[p][next[byteAt(turns_[k][0], p)]++] = {turns_[k], static_cast<int>(k)};
-        }
-    }
-
-    void fillProbes(int p) {
-        probeOffsets_[p] = offsetsFor([&](auto&& count) {
-            for (const Turns& turns : turns_) {
-                for (std::uint64_t h : turns) {
-                    count(byteAt(h, p));
-                }
-            }
-        });
-        probes_[p].resize(turns_.size() * kTurns);
-        auto next = probeOffsets_[p];
-        for (std::size_t k = 0; k < turns_.size(); ++k) {
-            for (int t = 0; t < kTurns; ++t) {
-                probes_[p][next[byteAt(turns_[k][t], p)]++] = static_cast<int>(k) * kTurns + t;
-            }
-        }
-    }
-
-    // Smallest distance of a hash to any of four turns.
-    [[gnu::always_inline]] static int distance(std::uint64_t h, const Turns& t) {
-        return std::min(std::min(std::popcount(h ^ t[0]), std::popcount(h ^ t[1])),
-                        std::min(std::popcount(h ^ t[2]), std::popcount(h ^ t[3])));
-    }
-
-    // A turn of x before (turn, position) in probing order (turns outer,
-    // positions inner) shares that byte with y's unturned hash.
-    [[nodiscard]] bool sharesByte(int x, int y, int turn, int position) const {
-        std::uint64_t target = turns_[y][0];
-        for (int t = 0; t <= std::min(turn, kTurns - 1); ++t) {
-            int last = t == turn ? position : kBytes;
-            for (int p = 0; p < last; ++p) {
-                if (byteAt(turns_[x][t], p) == byteAt(target, p)) {
-                    return true;
-                }
-            }
-        }
-        return false;
-    }
-
     std::vector<int> ids_;
+    std::vector<int> compactOf_;
     std::vector<Turns> turns_;
-    std::array<Offsets, kBytes> listingOffsets_{};
-    std::array<std::vector<Listing>, kBytes> listings_;
-    std::array<Offsets, kBytes> probeOffsets_{};
-    std::array<std::vector<int>, kBytes> probes_;
+    std::vector<Place> places_;
 };
 
-std::uint64_t pairKey(int a, int b) {
-    return (static_cast<std::uint64_t>(static_cast<std::uint32_t>(a)) << 32) |
-           static_cast<std::uint32_t>(b);
-}
-
-// Pairs of pictures of one folder taken at most a minute apart, as keys of
-// (smaller, larger) index, sorted.
-std::vector<std::uint64_t>
-timeNeighbours(const std::vector<PhotoAsset>& pictures,
-               const std::vector<std::optional<ImageFeatures>>& features) {
-    std::vector<std::uint64_t> keys;
-    for (const auto& [folder, dated] : capturesByFolder(pictures, features)) {
-        for (std::size_t i = 0; i < dated.size(); ++i) {
-            for (std::size_t j = i + 1; j < dated.size(); ++j) {
-                if (dated[j].seconds - dated[i].seconds >
-                    SimilarityThresholds::kTimeNeighbourSeconds) {
-                    break;
-                }
-                int a = std::min(dated[i].index, dated[j].index);
-                int b = std::max(dated[i].index, dated[j].index);
-                keys.push_back(pairKey(a, b));
-            }
+// a's unturned hash against b's turns, as FeatureExtractor::hashMatch
+// answers it for records with all four turns, from the compact copies.
+FeatureExtractor::HashMatch hashMatch(const Turns& a, const Turns& b) {
+    FeatureExtractor::HashMatch best{.distance = std::popcount(a[0] ^ b[0]), .turn = 0};
+    for (int turn = 1; turn < kTurns; ++turn) {
+        int d = std::popcount(a[0] ^ b[turn]);
+        if (d < best.distance) {
+            best = {.distance = d, .turn = turn};
         }
     }
-    std::ranges::sort(keys);
-    auto repeats = std::ranges::unique(keys);
-    keys.erase(repeats.begin(), repeats.end());
-    return keys;
+    return best;
 }
 
-// The evaluated pair, or nothing when it is too far apart to keep.
-std::optional<SimilarPair> evaluate(int a, int b, bool timeNeighbour,
+// The kept pair of two pictures, a < b, whose hashes match so; nothing
+// when either was not measured.
+std::optional<SimilarPair> evaluate(int a, int b, FeatureExtractor::HashMatch match,
                                     const std::vector<std::optional<ImageFeatures>>& features) {
-    if (a > b) {
-        std::swap(a, b);
-    }
     const auto& measuredA = features[a];
     const auto& measuredB = features[b];
     if (!measuredA || !measuredB) {
@@ -215,12 +185,6 @@ std::optional<SimilarPair> evaluate(int a, int b, bool timeNeighbour,
     }
     const ImageFeatures& fa = *measuredA;
     const ImageFeatures& fb = *measuredB;
-    auto match = FeatureExtractor::hashMatch(fa, fb);
-    double bound = timeNeighbour ? SimilarityThresholds::kSeriesRelated
-                                 : static_cast<double>(SimilarityThresholds::kCandidateHamming);
-    if (match.distance > bound) {
-        return std::nullopt;
-    }
     // Feature prints are not made on this platform, so `vision` stays absent.
     return SimilarPair{.a = a,
                        .b = b,
@@ -229,53 +193,207 @@ std::optional<SimilarPair> evaluate(int a, int b, bool timeNeighbour,
                        .shapesAgree = FeatureExtractor::shapesAgree(fa, fb, match.turn % 2 == 1)};
 }
 
-struct ChunkResult {
+struct Found {
     std::vector<SimilarPair> pairs;
     std::int64_t proposed = 0;
 };
 
-[[gnu::always_inline]] inline ChunkResult
-proposeInBlockWith(const HashTable& table, int block,
-                   const std::vector<std::optional<ImageFeatures>>& features,
-                   const std::vector<std::uint64_t>& neighbours) {
-    ChunkResult result;
-    table.proposalsIn(block, [&](int cx, int cy) {
-        result.proposed += 1;
-        int a = table.id(cx);
-        int b = table.id(cy);
-        bool neighbour =
-            std::ranges::binary_search(neighbours, pairKey(std::min(a, b), std::max(a, b)));
-        if (auto pair = evaluate(a, b, neighbour, features)) {
-            result.pairs.push_back(*pair);
+// A block: the pictures listed under one byte value at one position, and
+// the probes whose turned hash has that value there, with copies of what
+// deciding on a hit needs, so that it reads nothing from far away.
+struct Block {
+    int position = 0;
+    std::span<const int> listed;
+    std::span<const int> probes; // k * kTurns + turn
+    std::vector<Turns> listedTurns;
+    std::vector<Place> listedPlaces;
+    std::vector<Turns> probeTurns;
+    std::vector<Place> probePlaces;
+    std::vector<HammingScan::Hit> hits;
+};
+
+// Taken in one folder at most a minute apart, as the time-neighbour pass
+// finds them.
+bool neighbours(const Place& x, const Place& y) {
+    if (x.folder < 0 || x.folder != y.folder) {
+        return false;
+    }
+    double later = std::max(x.seconds, y.seconds);
+    double earlier = std::min(x.seconds, y.seconds);
+    return later - earlier <= SimilarityThresholds::kTimeNeighbourSeconds;
+}
+
+// Turns the block's hits into proposals. Every proposed pair is met in
+// exactly one block from exactly one side: where the proposing picture's
+// first shared (turn, position) lies, and from the smaller picture when
+// both propose. Time neighbours are only counted here; their own pass keeps
+// them.
+[[gnu::always_inline]] inline Found
+takeHits(const Block& block, const ProposalTable& table,
+         const std::vector<std::optional<ImageFeatures>>& features) {
+    Found found;
+    for (const auto& hit : block.hits) {
+        int x = block.probes[hit.probe] / kTurns;
+        int y = block.listed[hit.entry];
+        if (x == y) {
+            continue;
         }
-    });
-    result.pairs.shrink_to_fit();
-    return result;
+        int turn = block.probes[hit.probe] % kTurns;
+        const Turns& tx = block.probeTurns[hit.probe];
+        const Turns& ty = block.listedTurns[hit.entry];
+        if (sharedEarlier(tx, ty[0], turn, block.position) || (y < x && proposes(ty, tx))) {
+            continue; // met at an earlier probe, or from y's side
+        }
+        found.proposed += 1;
+        const Place& px = block.probePlaces[hit.probe];
+        const Place& py = block.listedPlaces[hit.entry];
+        if (neighbours(px, py)) {
+            continue;
+        }
+        // Compact order is picture order.
+        const Turns& ta = x < y ? tx : ty;
+        const Turns& tb = x < y ? ty : tx;
+        // A pair of one folder's dated pictures can still widen a series'
+        // spread, so it is kept as far as any proposal reaches.
+        int bound = px.folder >= 0 && px.folder == py.folder ? kProposed : kKept;
+        auto match = hashMatch(ta, tb);
+        if (match.distance > bound) {
+            continue;
+        }
+        if (auto pair =
+                evaluate(table.id(std::min(x, y)), table.id(std::max(x, y)), match, features)) {
+            found.pairs.push_back(*pair);
+        }
+    }
+    // Only the kept pairs stay: blocks hold millions between them.
+    found.pairs.shrink_to_fit();
+    return found;
 }
 
-// The hot loop is built twice: with the processor's population-count
-// instruction, and plainly for processors without one.
-[[gnu::target("popcnt"), gnu::flatten]] ChunkResult
-proposeInBlockWithPopcount(const HashTable& table, int block,
-                           const std::vector<std::optional<ImageFeatures>>& features,
-                           const std::vector<std::uint64_t>& neighbours) {
-    return proposeInBlockWith(table, block, features, neighbours);
+// Built twice: with the population-count instruction, and plainly for
+// processors without one.
+[[gnu::target("popcnt"), gnu::flatten]] Found
+takeHitsWithPopcount(const Block& block, const ProposalTable& table,
+                     const std::vector<std::optional<ImageFeatures>>& features) {
+    return takeHits(block, table, features);
 }
 
-[[gnu::flatten]] ChunkResult
-proposeInBlockPlain(const HashTable& table, int block,
-                    const std::vector<std::optional<ImageFeatures>>& features,
-                    const std::vector<std::uint64_t>& neighbours) {
-    return proposeInBlockWith(table, block, features, neighbours);
+[[gnu::flatten]] Found takeHitsPlain(const Block& block, const ProposalTable& table,
+                                     const std::vector<std::optional<ImageFeatures>>& features) {
+    return takeHits(block, table, features);
 }
 
-ChunkResult proposeInBlock(const HashTable& table, int block,
-                           const std::vector<std::optional<ImageFeatures>>& features,
-                           const std::vector<std::uint64_t>& neighbours) {
-    static const bool hasPopcount = __builtin_cpu_supports("popcnt") != 0;
-    return hasPopcount ? proposeInBlockWithPopcount(table, block, features, neighbours)
-                       : proposeInBlockPlain(table, block, features, neighbours);
+// The pairs first met in block (p, v).
+Found proposeInBlock(const ProposalTable& table, const ProposalTable::Position& at, int p, int v,
+                     const std::vector<std::optional<ImageFeatures>>& features,
+                     HammingScan::Kernel kernel) {
+    Block block;
+    block.position = p;
+    block.listed = {at.listings.data() + at.listingStart[v],
+                    at.listings.data() + at.listingStart[v + 1]};
+    block.probes = {at.probes.data() + at.probeStart[v], at.probes.data() + at.probeStart[v + 1]};
+    if (block.listed.empty() || block.probes.empty()) {
+        return {};
+    }
+    block.listedTurns.reserve(block.listed.size());
+    block.listedPlaces.reserve(block.listed.size());
+    block.probeTurns.reserve(block.probes.size());
+    block.probePlaces.reserve(block.probes.size());
+    for (int k : block.listed) {
+        block.listedTurns.push_back(table.turns(k));
+        block.listedPlaces.push_back(table.place(k));
+    }
+    std::vector<std::uint64_t> unturned;
+    unturned.reserve(block.probes.size());
+    for (int probe : block.probes) {
+        const Turns& turns = table.turns(probe / kTurns);
+        block.probeTurns.push_back(turns);
+        block.probePlaces.push_back(table.place(probe / kTurns));
+        unturned.push_back(turns[0]);
+    }
+    TurnedHashes listed;
+    listed.assign(block.listedTurns);
+    HammingScan::within(unturned, listed, kProposed, block.hits, kernel);
+    return kernel == HammingScan::Kernel::portable ? takeHitsPlain(block, table, features)
+                                                   : takeHitsWithPopcount(block, table, features);
 }
+
+// The time neighbours of one folder: every pair of its dated pictures
+// taken at most a minute apart, kept up to the series' distance. Counted as
+// proposed only when the hashes did not propose them already.
+Found timeNeighbours(const std::vector<DatedPicture>& dated, const ProposalTable& table,
+                     const std::vector<std::optional<ImageFeatures>>& features) {
+    Found found;
+    for (std::size_t i = 0; i < dated.size(); ++i) {
+        for (std::size_t j = i + 1; j < dated.size(); ++j) {
+            if (dated[j].seconds - dated[i].seconds > SimilarityThresholds::kTimeNeighbourSeconds) {
+                break;
+            }
+            int a = std::min(dated[i].index, dated[j].index);
+            int b = std::max(dated[i].index, dated[j].index);
+            int ca = table.compactOf(a);
+            int cb = table.compactOf(b);
+            const auto& fa = features[a];
+            const auto& fb = features[b];
+            if (!fa || !fb) {
+                continue; // dated pictures are measured
+            }
+            bool compact = ca >= 0 && cb >= 0;
+            bool hashed = compact && (proposes(table.turns(ca), table.turns(cb)) ||
+                                      proposes(table.turns(cb), table.turns(ca)));
+            found.proposed += hashed ? 0 : 1;
+            auto match = compact ? hashMatch(table.turns(ca), table.turns(cb))
+                                 : FeatureExtractor::hashMatch(*fa, *fb);
+            if (match.distance > kSeries) {
+                continue;
+            }
+            if (auto pair = evaluate(a, b, match, features)) {
+                found.pairs.push_back(*pair);
+            }
+        }
+    }
+    return found;
+}
+
+// Kept pairs gathered in chunks big enough to go straight back to the
+// system when freed, so copying them into one list at the end needs little
+// more than the list itself.
+class PairChunks {
+public:
+    void add(std::vector<SimilarPair>&& pairs) {
+        std::span<const SimilarPair> rest(pairs);
+        while (!rest.empty()) {
+            if (chunks_.empty() || chunks_.back().size() == chunks_.back().capacity()) {
+                chunks_.emplace_back().reserve(kChunk);
+            }
+            auto& chunk = chunks_.back();
+            std::size_t taken = std::min(rest.size(), chunk.capacity() - chunk.size());
+            chunk.insert(chunk.end(), rest.begin(), rest.begin() + static_cast<long>(taken));
+            rest = rest.subspan(taken);
+        }
+        std::vector<SimilarPair>().swap(pairs);
+    }
+
+    [[nodiscard]] std::vector<SimilarPair> take() {
+        std::size_t total = 0;
+        for (const auto& chunk : chunks_) {
+            total += chunk.size();
+        }
+        std::vector<SimilarPair> all;
+        all.reserve(total);
+        for (auto& chunk : chunks_) {
+            all.insert(all.end(), chunk.begin(), chunk.end());
+            std::vector<SimilarPair>().swap(chunk);
+        }
+        chunks_.clear();
+        return all;
+    }
+
+private:
+    // 64 MB: above the size from which allocations are mapped on their own.
+    static constexpr std::size_t kChunk = (64U << 20) / sizeof(SimilarPair);
+    std::vector<std::vector<SimilarPair>> chunks_;
+};
 
 } // namespace
 
@@ -283,56 +401,70 @@ std::optional<SimilarityMatcher::Candidates>
 SimilarityMatcher::candidatePairs(const std::vector<PhotoAsset>& pictures,
                                   const std::vector<std::optional<ImageFeatures>>& features,
                                   const CancellationFlag& cancel) {
-    HashTable table(features);
-    auto neighbours = timeNeighbours(pictures, features);
+    auto captures = capturesByFolder(pictures, features);
+    ProposalTable table(features, captures);
+    HammingScan::Kernel kernel = HammingScan::best();
 
-    std::vector<int> blocks(HashTable::kBlocks);
-    std::iota(blocks.begin(), blocks.end(), 0);
-    auto chunks = parallelMap(blocks, cancel, [&](int block) {
-        return proposeInBlock(table, block, features, neighbours);
-    });
-    if (cancel.isCancelled()) {
-        return std::nullopt;
-    }
-
-    // Gathered into one list of exactly the right size, each block's list
-    // released as soon as it is copied: with millions of pairs the lists
-    // are most of the memory.
     Candidates candidates;
-    std::size_t total = neighbours.size();
-    for (const auto& chunk : chunks) {
-        if (!chunk) {
+    PairChunks kept;
+    // Adds what a parallel pass found; false when it was cancelled.
+    auto gather = [&](std::vector<std::optional<Found>>& found) {
+        if (cancel.isCancelled()) {
+            return false;
+        }
+        for (auto& part : found) {
+            if (!part) {
+                return false;
+            }
+            candidates.proposed += part->proposed;
+            kept.add(std::move(part->pairs));
+        }
+        return true;
+    };
+
+    std::vector<int> values(kValues);
+    std::iota(values.begin(), values.end(), 0);
+    // One byte position at a time keeps the listings small. A small
+    // library is done on this thread: starting workers would cost more.
+    constexpr int kSmall = 4096;
+    for (int p = 0; p < kBytes; ++p) {
+        ProposalTable::Position at = table.position(p);
+        auto block = [&](int v) { return proposeInBlock(table, at, p, v, features, kernel); };
+        std::vector<std::optional<Found>> blocks;
+        if (table.size() < kSmall) {
+            for (int v : values) {
+                blocks.emplace_back(block(v));
+            }
+        } else {
+            blocks = parallelMap(values, cancel, block);
+        }
+        if (!gather(blocks)) {
             return std::nullopt;
         }
-        total += chunk->pairs.size();
     }
-    candidates.pairs.reserve(total);
-    for (auto& chunk : chunks) {
-        if (!chunk) {
+
+    std::vector<const std::vector<DatedPicture>*> folders;
+    folders.reserve(captures.size());
+    for (const auto& [folder, dated] : captures) {
+        folders.push_back(&dated);
+    }
+    // A few hundred folders at a time, so that their pairs move into the
+    // chunks before the next ones are found.
+    constexpr std::size_t kFolders = 256;
+    for (std::size_t start = 0; start < folders.size(); start += kFolders) {
+        std::vector<const std::vector<DatedPicture>*> some(
+            folders.begin() + static_cast<std::ptrdiff_t>(start),
+            folders.begin() +
+                static_cast<std::ptrdiff_t>(std::min(folders.size(), start + kFolders)));
+        auto found = parallelMap(some, cancel, [&](const std::vector<DatedPicture>* dated) {
+            return timeNeighbours(*dated, table, features);
+        });
+        if (!gather(found)) {
             return std::nullopt;
         }
-        candidates.proposed += chunk->proposed;
-        candidates.pairs.insert(candidates.pairs.end(), chunk->pairs.begin(), chunk->pairs.end());
-        std::vector<SimilarPair>().swap(chunk->pairs);
     }
-    // Time neighbours that the hashes did not propose.
-    std::vector<int> compactOf(features.size(), -1);
-    for (std::size_t k = 0; k < table.size(); ++k) {
-        compactOf[table.id(static_cast<int>(k))] = static_cast<int>(k);
-    }
-    for (std::uint64_t key : neighbours) {
-        int a = static_cast<int>(key >> 32);
-        int b = static_cast<int>(key & 0xFFFFFFFF);
-        int ca = compactOf[a];
-        int cb = compactOf[b];
-        if (ca >= 0 && cb >= 0 && (table.proposes(ca, cb) || table.proposes(cb, ca))) {
-            continue;
-        }
-        candidates.proposed += 1;
-        if (auto pair = evaluate(a, b, true, features)) {
-            candidates.pairs.push_back(*pair);
-        }
-    }
+
+    candidates.pairs = kept.take();
     std::ranges::sort(candidates.pairs, [](const SimilarPair& x, const SimilarPair& y) {
         return x.a != y.a ? x.a < y.a : x.b < y.b;
     });

@@ -1,8 +1,10 @@
 #include "SimilarityIndex.hpp"
 
 #include "engine/similarity/CaptureTimeline.hpp"
+#include "engine/similarity/SimilarityThresholds.hpp"
 
 #include <algorithm>
+#include <numeric>
 #include <utility>
 
 namespace brevant {
@@ -66,18 +68,22 @@ SimilarityIndex::SimilarityIndex(std::vector<PhotoAsset> pictures,
     , candidatesProposed(candidatesProposed)
     , unmeasured(std::move(unmeasured)) {
     std::ranges::sort(this->pairs, pairOrder);
-    indexByPath_.reserve(this->pictures.size());
-    for (std::size_t i = 0; i < this->pictures.size(); ++i) {
-        indexByPath_.emplace(this->pictures[i].path, static_cast<int>(i));
-    }
+    byPath_.resize(this->pictures.size());
+    std::iota(byPath_.begin(), byPath_.end(), 0);
+    std::ranges::sort(byPath_, [this](int x, int y) {
+        const std::string& px = this->pictures[x].path;
+        const std::string& py = this->pictures[y].path;
+        return px != py ? px < py : x < y;
+    });
 }
 
 std::optional<int> SimilarityIndex::indexOf(const std::string& path) const {
-    auto it = indexByPath_.find(path);
-    if (it == indexByPath_.end()) {
+    auto it = std::ranges::lower_bound(
+        byPath_, path, {}, [this](int i) -> const std::string& { return pictures[i].path; });
+    if (it == byPath_.end() || pictures[*it].path != path) {
         return std::nullopt;
     }
-    return it->second;
+    return *it;
 }
 
 const ImageFeatures* SimilarityIndex::featuresFor(const PhotoAsset& picture) const {
@@ -131,9 +137,9 @@ std::vector<DuplicateGroup> SimilarityIndex::groups(SimilarityPreset preset) con
 }
 
 std::vector<DuplicateGroup> SimilarityIndex::groups(double maxDistance) const {
-    return completeLinkGroups([maxDistance](const SimilarPair& pair) {
-        return pair.shapesAgree && pair.distance <= maxDistance;
-    });
+    double reach = std::min(maxDistance, static_cast<double>(SimilarityThresholds::kKeptHamming));
+    return completeLinkGroups(
+        [reach](const SimilarPair& pair) { return pair.shapesAgree && pair.distance <= reach; });
 }
 
 std::vector<DuplicateGroup> SimilarityIndex::completeLinkGroups(const Accept& accept) const {

@@ -23,7 +23,11 @@ public:
     std::vector<PhotoAsset> pictures;
     // Parallel to pictures; absent where measuring failed.
     std::vector<std::optional<ImageFeatures>> features;
-    // Sorted by (a, b), each unordered pair once, a < b.
+    // Sorted by (a, b), each unordered pair once, a < b. Only the pairs
+    // something can use are kept: those within the broadest preset's
+    // distance, time neighbours within the series' distance, and pairs of
+    // one folder's dated pictures within the proposal distance (they can
+    // widen a series' spread).
     std::vector<SimilarPair> pairs;
     std::int64_t candidatesProposed = 0;
     std::vector<std::string> unmeasured;
@@ -36,7 +40,7 @@ public:
 
     [[nodiscard]] const ImageFeatures* featuresFor(const PhotoAsset& picture) const;
     [[nodiscard]] std::optional<int> indexOf(const std::string& path) const;
-    // The evaluated pair's distance, if the two were evaluated as a pair.
+    // The kept pair's distance, if the two were kept as a pair.
     [[nodiscard]] std::optional<float> distance(int a, int b) const;
     // Indices of the pictures that occur in any pair, ascending.
     [[nodiscard]] std::vector<int> paired() const;
@@ -46,6 +50,9 @@ public:
     withFaces(const std::unordered_map<std::string, FaceReading>& readings) const;
 
     [[nodiscard]] std::vector<DuplicateGroup> groups(SimilarityPreset preset) const;
+    // Pairs within maxDistance whose shapes agree. Only pairs up to the
+    // broadest preset's distance (16) are kept, so a larger maxDistance is
+    // taken as 16: the groups are those of 16, never groups missing pairs.
     [[nodiscard]] std::vector<DuplicateGroup> groups(double maxDistance) const;
     // Bursts: shots of one folder at most `window` seconds apart whose pair
     // is within `relatedDistance`. A picture without features or without a
@@ -69,7 +76,8 @@ private:
     using Accept = std::function<bool(const SimilarPair&)>;
     [[nodiscard]] std::vector<DuplicateGroup> completeLinkGroups(const Accept& accept) const;
 
-    std::unordered_map<std::string, int> indexByPath_;
+    // Picture indices in path order: a million paths are not copied again.
+    std::vector<int> byPath_;
 };
 
 // Largest freed bytes first, then by the first member's path.

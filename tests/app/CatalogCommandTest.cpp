@@ -159,6 +159,30 @@ TEST(CatalogCommand, TagsACaptureOneCatalogRedAndUndoesIt) {
     EXPECT_EQ(state(), before);
 }
 
+// A catalog scan lists what the window's review of the catalog holds: the
+// identical copies stay a group beside the series (none here: the photos
+// carry no capture date) and are found among the similar versions.
+TEST(CatalogCommand, ScansListTheGroupsAReviewHolds) {
+    LightroomFamily family;
+
+    Outcome series = catalogCommand(family.tree, "scan --series " + shellWord(family.catalog));
+    Outcome similar =
+        catalogCommand(family.tree, "scan --similar balanced " + shellWord(family.catalog));
+
+    EXPECT_EQ(series.status, 0) << series.err;
+    EXPECT_EQ(series.out, fmt::format("identical: 3 photos\n"
+                                      "  {0}/a.jpg   [flagged as a pick]\n"
+                                      "  {0}/b.jpg   [3 stars]\n"
+                                      "  {0}/c.jpg\n"
+                                      "\n"
+                                      "3 photos in the catalog, 3 examined, 0 series, "
+                                      "1 identical group\n",
+                                      family.tree.path("Photos")));
+    EXPECT_EQ(similar.status, 0) << similar.err;
+    EXPECT_THAT(similar.out, StartsWith("similar: 3 photos\n"));
+    EXPECT_THAT(similar.out, HasSubstr(", 1 similar group at Balanced\n"));
+}
+
 TEST(CatalogCommand, WrongArgumentsEndWithStatusTwo) {
     TempTree tree;
 

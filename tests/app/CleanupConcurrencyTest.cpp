@@ -166,8 +166,9 @@ TEST(CleanupConcurrency, HistoryDuringARunningCleanupSaysRunningAndChangesNoJour
     EXPECT_THAT(text.out, HasSubstr("(running now)"));
     // A Put Back waits for it, saying for whom, and a Ctrl-C while it waits
     // leaves with nothing changed.
-    Outcome waiting = runCaptured(tree, "timeout --preserve-status -s INT 1.5 env " + program(tree) + " restore " +
-                                            plan.id.text() + " --all");
+    Outcome waiting =
+        runCaptured(tree, "timeout --preserve-status -s INT 1.5 env " + program(tree) +
+                              " restore " + plan.id.text() + " --all");
     EXPECT_EQ(waiting.status, ExitStatus::kFailed);
     EXPECT_THAT(waiting.err, HasSubstr(fmt::format("Waiting for another Brevant run to finish: "
                                                    "brevant_tests (process {})\u2026\n",

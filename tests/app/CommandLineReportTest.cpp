@@ -82,18 +82,34 @@ std::string replaced(std::string text, const std::string& from, const std::strin
     return text;
 }
 
+// The sample library's reports, byte for byte as kept in tests/app/expected
+// (the library's folder written as SAMPLE): each preset and the series, and
+// the identical copies of `brevant scan`.
 TEST(CommandLineReport, PrintsTheSampleLibraryAsExpected) {
     testing::TempTree tree;
     std::string library = tree.path("library");
     ASSERT_EQ(
         testing::runCommand(std::string(BREVANT_SAMPLE_TOOL) + " '" + library + "' >/dev/null"), 0);
-    for (const std::string mode : {"similar", "series"}) {
+
+    struct Case {
+        std::string arguments;
+        std::string expected;
+    };
+
+    const std::vector<Case> cases{
+        {"--similar", "sample-similar.txt"},
+        {"--similar conservative", "sample-similar-conservative.txt"},
+        {"--similar broad", "sample-similar-broad.txt"},
+        {"--series", "sample-series.txt"},
+        {"scan", "sample-scan.txt"},
+    };
+    for (const auto& [arguments, file] : cases) {
         std::string printed =
-            outputOf(fmt::format("{} --{} '{}' 2>/dev/null", BREVANT_BINARY, mode, library));
-        std::string expected = testing::readFile(std::string(BREVANT_SOURCE_DIR) +
-                                                 "/tests/app/expected/sample-" + mode + ".txt");
-        ASSERT_FALSE(expected.empty());
-        EXPECT_EQ(replaced(printed, library, "SAMPLE"), expected) << mode;
+            outputOf(fmt::format("{} {} '{}' 2>/dev/null", BREVANT_BINARY, arguments, library));
+        std::string expected =
+            testing::readFile(std::string(BREVANT_SOURCE_DIR) + "/tests/app/expected/" + file);
+        ASSERT_FALSE(expected.empty()) << file;
+        EXPECT_EQ(replaced(printed, library, "SAMPLE"), expected) << arguments;
     }
     // Nothing was changed: the folder still holds what the tool wrote.
     EXPECT_EQ(testing::runCommand("test $(find '" + library + "' -type f | wc -l) -eq 22"), 0);

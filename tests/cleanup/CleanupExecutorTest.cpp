@@ -367,11 +367,12 @@ TEST(CleanupExecutor, PathsOutsideTheRootsOrBehindAReplacedFolderAreSkipped) {
     CancellationFlag cancel;
     auto report = executor.execute(plan, approvalOf(plan), cancel);
     ASSERT_TRUE(report.has_value());
-    EXPECT_EQ(outcomesOf(*report),
-              (std::vector<ItemOutcome>{
-                  ItemOutcome::skipped("Outside the folders you chose."),
-                  ItemOutcome::skipped(
-                      "A folder on the way to it was replaced with a symbolic link since the scan.")}));
+    EXPECT_EQ(
+        outcomesOf(*report),
+        (std::vector<ItemOutcome>{
+            ItemOutcome::skipped("Outside the folders you chose."),
+            ItemOutcome::skipped(
+                "A folder on the way to it was replaced with a symbolic link since the scan.")}));
     EXPECT_TRUE(trasher->calls().empty());
     EXPECT_EQ(readFile(b), "x");
     EXPECT_EQ(readFile(files.tree.path("moved-trip/c.jpg")), "x");

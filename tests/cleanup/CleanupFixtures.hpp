@@ -63,8 +63,8 @@ inline CleanupPlan planOf(std::vector<PlannedRemoval> removals, std::vector<std:
 // now there, as the executor records it.
 inline ItemOutcome movedTo(const std::string& trashPath) {
     auto found = FileSnapshot::read(trashPath);
-    return ItemOutcome::movedToTrash(trashPath, found ? std::optional(found->identity)
-                                                      : std::nullopt);
+    return ItemOutcome::movedToTrash(trashPath,
+                                     found ? std::optional(found->identity) : std::nullopt);
 }
 
 } // namespace brevant::testing

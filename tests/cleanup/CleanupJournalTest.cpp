@@ -8,11 +8,10 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
-
 #include <algorithm>
 #include <cerrno>
 #include <filesystem>
+#include <map>
 #include <sys/stat.h>
 
 namespace brevant {
@@ -235,7 +234,9 @@ TEST(CleanupJournal, SynchronisesEveryLineWrittenInOneCallBeforeWriteReturns) {
     std::string path = journal->path();
     EXPECT_EQ(CleanupJournal::note(path, "/photos/b.jpg", "during", fixedDate(5)).error().code,
               EWOULDBLOCK);
-    { CleanupJournal closed = std::move(*journal); }
+    {
+        CleanupJournal closed = std::move(*journal);
+    }
     calls.log.clear();
     ASSERT_TRUE(CleanupJournal::append(path, ItemOutcome::restored("/photos/b.jpg"),
                                        "/photos/b.jpg", fixedDate(5)));
@@ -326,7 +327,9 @@ TEST(CleanupJournal, ReportsEveryPlannedItemAndTheLatestOutcomeOfEach) {
     ASSERT_TRUE(journal->write(Entry::ofFinished(fixedDate(4))));
     // Put Back, later, through its own handle, and its notes.
     std::string path = journal->path();
-    { CleanupJournal closed = std::move(*journal); }
+    {
+        CleanupJournal closed = std::move(*journal);
+    }
     ASSERT_TRUE(CleanupJournal::note(path, b, "first", fixedDate(5)));
     ASSERT_TRUE(CleanupJournal::append(path, ItemOutcome::restored(b), b, fixedDate(6)));
     ASSERT_TRUE(CleanupJournal::note(path, b, "second", fixedDate(7)));

@@ -38,8 +38,7 @@ TEST(ExecutorTrashCli, TrashCliListsAndRestoresWhatACleanupMoved) {
     auto plan = CleanupPlanner::plan(session);
     ASSERT_TRUE(plan.has_value());
     CancellationFlag cancel;
-    auto report =
-        CleanupExecutor(files.data).execute(*plan, testing::approvalOf(*plan), cancel);
+    auto report = CleanupExecutor(files.data).execute(*plan, testing::approvalOf(*plan), cancel);
     ASSERT_TRUE(report.has_value());
     ASSERT_EQ(report->moved(), 2);
 

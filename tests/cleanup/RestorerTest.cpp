@@ -156,7 +156,8 @@ TEST(Restorer, AttemptNeedsARecordedPlaceInTheTrash) {
     Trashed files;
     EXPECT_EQ(Restorer::attempt(files.removal.snapshot.identity, std::nullopt, files.b),
               RestoreOutcome::notInTrash());
-    EXPECT_EQ(Restorer::attempt(files.removal.snapshot.identity, files.trashFiles() + "/nothing.jpg", files.b),
+    EXPECT_EQ(Restorer::attempt(files.removal.snapshot.identity,
+                                files.trashFiles() + "/nothing.jpg", files.b),
               RestoreOutcome::notInTrash());
     EXPECT_EQ(Restorer::attempt(files.removal.snapshot.identity, files.trashed, files.b),
               RestoreOutcome::restored(files.b));

@@ -276,8 +276,11 @@ void CleanupWindowTest::runMovesExactlyTheMarkedCopiesAndReportsThem() {
             QVERIFY2(listed.find(path) != std::string::npos, listed.c_str());
         }
     }
-    // Done (Enter) goes back to the results.
+    // The report stays until the user is done with it; Done (Enter) goes
+    // back to the results.
+    QCOMPARE(rig.model().phase(), Phase::finished);
     QTest::keyClick(rig.window().cleanupScreen()->doneButton(), Qt::Key_Return);
+    QCOMPARE(rig.model().phase(), Phase::reviewing);
     QCOMPARE(rig.window().currentScreen(), static_cast<QWidget*>(rig.window().overview()));
 }
 
@@ -291,6 +294,13 @@ void CleanupWindowTest::stopAfterThisOneLeavesTheRestInPlace() {
     QTRY_VERIFY_WITH_TIMEOUT(gate->entered(), kRunTimeoutMs);
     CleanupScreen* screen = rig.window().cleanupScreen();
     QVERIFY(screen->showsRun());
+    // While pictures move, nothing may scan them or start another run.
+    QCOMPARE(rig.model().phase(), Phase::cleaning);
+    QVERIFY(!rig.model().canScan());
+    QVERIFY(!rig.model().startScan());
+    auto again = rig.cleanups().plan();
+    QVERIFY(again.has_value());
+    QVERIFY(!rig.cleanups().start(*again, CleanupApproval{again->id, Date::now()}));
     QTest::mouseClick(screen->stopButton(), Qt::LeftButton);
     QVERIFY(rig.cleanups().isStopping());
     QCOMPARE(screen->runDetail(),
@@ -298,6 +308,7 @@ void CleanupWindowTest::stopAfterThisOneLeavesTheRestInPlace() {
     QVERIFY(!screen->stopButton()->isEnabled());
     gate->open();
     QTRY_VERIFY_WITH_TIMEOUT(screen->showsReport(), kRunTimeoutMs);
+    QCOMPARE(rig.model().phase(), Phase::finished);
 
     CleanupReportView* report = rig.report();
     QCOMPARE(report->figure(QStringLiteral("Moved")), QStringLiteral("1"));
@@ -361,6 +372,10 @@ void CleanupWindowTest::interruptedCleanupIsReconciledAtStart() {
         CleanupJournal::parse(CleanupJournal::pathFor(plan->id, rig.cleanups().journalDirectory()));
     QVERIFY(parsed.has_value());
     QVERIFY(parsed->finished.has_value());
+    // Shown like a finished cleanup's report, until the user is done.
+    QCOMPARE(rig.model().phase(), Phase::finished);
+    QTest::mouseClick(screen->doneButton(), Qt::LeftButton);
+    QCOMPARE(rig.model().phase(), Phase::reviewing);
 }
 
 void CleanupWindowTest::putsBackOneItemAndTheWholeCleanup() {
@@ -404,6 +419,13 @@ void CleanupWindowTest::putsBackOneItemAndTheWholeCleanup() {
     QCOMPARE(history->reportView()->figure(QStringLiteral("Put back")), QStringLiteral("2"));
     QCOMPARE(history->reportView()->figure(QStringLiteral("In the Trash")), byteText(0));
     QVERIFY(!all->isEnabled());
+
+    // A cleanup found interrupted has its report brought to the front, over
+    // the history, while the finished run's report still waits for Done.
+    QCOMPARE(rig.model().phase(), Phase::finished);
+    Q_EMIT rig.cleanups().interruptedRecovered({shown});
+    QCOMPARE(rig.window().currentScreen(), static_cast<QWidget*>(rig.window().cleanupScreen()));
+    QVERIFY(rig.window().cleanupScreen()->showsReport());
 }
 
 void CleanupWindowTest::occupiedPlaceOffersAnotherNameAndNeverOverwrites() {

@@ -94,7 +94,7 @@ void KeyboardJourneyTest::keyboardAloneTakesAScanToAFinishedCleanup() {
     QCOMPARE(window.currentScreen(), static_cast<QWidget*>(window.review()));
 
     // Each group in turn: mark its suggested copies, then the next group.
-    const ReviewSession* session = fixture.model().session();
+    std::shared_ptr<const ReviewSession> session = fixture.model().session();
     QVERIFY(session != nullptr);
     const auto& groups = session->groups();
     QCOMPARE(groups.size(), std::size_t{2});

@@ -14,6 +14,7 @@
 #include "app/gui/QtText.hpp"
 #include "app/gui/SceneZoom.hpp"
 #include "app/gui/Skins.hpp"
+#include "engine/review/CleanupGroups.hpp"
 #include "engine/review/ReviewSession.hpp"
 
 #include <QComboBox>
@@ -203,7 +204,7 @@ void ReviewScreenTest::opensOnTheFirstGroupWithItsKeeper() {
 
 void ReviewScreenTest::filterShowsTheRightGroups() {
     ReviewFixture f;
-    ReviewSession* session = f.model->session();
+    std::shared_ptr<ReviewSession> session = f.model->session();
     QVERIFY(session->mark(f.path("A/b.jpg")).has_value());
     QVERIFY(session->lock(f.path("C/h.jpg")).has_value());
     // g0 is shown on opening; g1 is shown next.
@@ -284,7 +285,7 @@ void ReviewScreenTest::keyboardMarkingFollowsTheRefusalRules() {
 
 void ReviewScreenTest::markingSuggestedCopiesMarksWhatTheEngineSuggests() {
     ReviewFixture f;
-    ReviewSession* session = f.model->session();
+    std::shared_ptr<ReviewSession> session = f.model->session();
     QVERIFY(session->lock(f.path("C/i.jpg")).has_value());
     std::set<std::string> keepers;
     for (const auto& group : session->groups()) {
@@ -380,8 +381,8 @@ void ReviewScreenTest::presetChangeKeepsAllowedMarksAndThePlace() {
     std::set<std::string> before = model.session()->marks();
     QVERIFY(!before.empty());
     // Stand on a marked copy that the conservative groups still hold.
-    auto conservative = PhotoCleanupModel::groupsFor(Mode::similar, SimilarityPreset::conservative,
-                                                     model.result().groups, model.index().get());
+    auto conservative = CleanupGroups::reviewed(ScanMode::similar(SimilarityPreset::conservative),
+                                                model.result().groups, model.index().get());
     std::set<std::string> stays;
     for (const auto& group : conservative) {
         for (const auto& member : group.members) {
@@ -436,9 +437,11 @@ void ReviewScreenTest::listHandsOutRowsInBatchesInEachOrder() {
         groups.push_back(
             DuplicateGroup::make(std::to_string(i), 1000, {first, second}, MatchKind::identical));
     }
-    ReviewSession session(groups, std::make_shared<LockStore>(std::nullopt), {}, {});
+    auto session =
+        std::make_shared<const ReviewSession>(groups, std::make_shared<LockStore>(std::nullopt),
+                                              std::set<std::string>{}, std::vector<std::string>{});
     GroupListModel list;
-    list.setSession(&session);
+    list.setSession(session);
     QCOMPARE(list.matchingCount(), 450);
     QCOMPARE(list.rowCount(), GroupListModel::kBatch);
     QVERIFY(list.canFetchMore({}));

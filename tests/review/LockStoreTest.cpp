@@ -154,6 +154,7 @@ TEST(LockStore, ADamagedFileStaysAsItIsUntilTheUserSetsItAside) {
         std::function<void(TempTree&)> make;
         std::string reason;
     };
+
     std::vector<Case> cases{
         {"cut short",
          [](TempTree& tree) {
@@ -196,10 +197,11 @@ TEST(LockStore, ADamagedFileStaysAsItIsUntilTheUserSetsItAside) {
         EXPECT_EQ(store.damage(), std::nullopt);
         EXPECT_EQ(LockStore(path).all().size(), 1U);
     }
-    EXPECT_EQ(LockStore::damageMessage("~/.local/share/Brevant/keep-locks.json", "it is not a file"),
-              "The lock file ~/.local/share/Brevant/keep-locks.json cannot be read (it is not a "
-              "file), so Brevant cannot tell which copies you locked, and no cleanup runs until it "
-              "can. Repair the file, or set it aside to start again without locks.");
+    EXPECT_EQ(
+        LockStore::damageMessage("~/.local/share/Brevant/keep-locks.json", "it is not a file"),
+        "The lock file ~/.local/share/Brevant/keep-locks.json cannot be read (it is not a "
+        "file), so Brevant cannot tell which copies you locked, and no cleanup runs until it "
+        "can. Repair the file, or set it aside to start again without locks.");
 }
 
 TEST(LockStore, SettingAsideNeverMovesOverAnotherFile) {

@@ -77,6 +77,17 @@ TEST(ContentReader, ComparesByteByByteAcrossBuffers) {
     std::string middle = tree.file("middle.jpg", bytes);
     EXPECT_EQ(same(a, copy), true);
     EXPECT_EQ(same(a, middle), false);
+    // Hashing the first file on the way gives its digest only when it was
+    // read to the end.
+    CancellationFlag cancel;
+    auto copied =
+        ContentReader::compareHashingFirst(a, snapshotOf(a), copy, snapshotOf(copy), cancel);
+    ASSERT_TRUE(copied.has_value());
+    EXPECT_EQ(copied->same, true);
+    EXPECT_EQ(copied->digestOfA, hash(a).value_or(""));
+    auto differing =
+        ContentReader::compareHashingFirst(a, snapshotOf(a), middle, snapshotOf(middle), cancel);
+    EXPECT_EQ(differing, ContentReader::Comparison{});
 }
 
 TEST(ContentReader, DifferentSizesAreNeverOpened) {

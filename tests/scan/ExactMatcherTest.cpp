@@ -82,6 +82,51 @@ TEST(ExactMatcher, FilesDifferingInTheirLastByteAreNoGroup) {
     EXPECT_THAT(result.skipped, IsEmpty());
 }
 
+// Files of one size and first 64 KiB that differ further on, in every
+// order: the copies are found whichever member comes first, and the group
+// carries their digest.
+TEST(ExactMatcher, CopiesAreFoundAmongLookAlikesWhateverComesFirst) {
+    struct Case {
+        std::string name;
+        std::vector<int> variants;       // by path order; equal numbers, equal bytes
+        std::vector<std::string> copies; // of the first group
+        std::size_t groups = 1;
+    };
+
+    const std::vector<Case> cases = {
+        {"the first differs from both copies", {1, 2, 2}, {"b.jpg", "c.jpg"}},
+        {"the first's copy comes after a stranger", {1, 2, 1}, {"a.jpg", "c.jpg"}},
+        {"three strangers before the copies", {1, 2, 3, 4, 4, 4}, {"d.jpg", "e.jpg", "f.jpg"}},
+        {"two sets of copies", {1, 2, 1, 2}, {"a.jpg", "c.jpg"}, 2},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        TempTree tree;
+        std::string base = testing::photoOfSize(4, 100'000);
+        std::vector<std::string> paths;
+        for (std::size_t i = 0; i < c.variants.size(); ++i) {
+            std::string bytes = base;
+            bytes[80'000] = static_cast<char>(c.variants[i]);
+            paths.push_back(tree.file(std::string(1, static_cast<char>('a' + i)) + ".jpg", bytes));
+        }
+
+        ScanResult result = scanTree(tree);
+
+        ASSERT_EQ(result.groups.size(), c.groups);
+        const DuplicateGroup& group = result.groups[0];
+        std::vector<std::string> expected;
+        for (const auto& name : c.copies) {
+            expected.push_back(tree.root() + "/" + name);
+        }
+        EXPECT_EQ(memberPaths(group), expected);
+        EXPECT_EQ(group.id,
+                  ContentReader::sha256(expected[0],
+                                        FileSnapshot::read(expected[0]).value_or(FileSnapshot{}),
+                                        std::nullopt, nullptr));
+        EXPECT_THAT(result.skipped, IsEmpty());
+    }
+}
+
 TEST(ExactMatcher, AHardLinkIsOnePictureNotACopy) {
     TempTree tree;
     tree.file("a.jpg", testing::photoOfSize(4, 50'000));

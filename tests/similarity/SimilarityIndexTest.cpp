@@ -52,6 +52,15 @@ TEST(SimilarityIndex, PresetsDecideWhichPairsGroup) {
     EXPECT_EQ(index.groups(12.5).size(), 2u);
 }
 
+TEST(SimilarityIndex, DistancesBeyondTheBroadestPresetAreTakenAsIt) {
+    // Pairs further apart than 16 are not kept by the matcher; one that is
+    // here anyway groups under no distance asked for.
+    auto index = indexOf(4, {pair(0, 1, 16), pair(2, 3, 18)});
+    EXPECT_EQ(index.groups(16.0).size(), 1u);
+    EXPECT_EQ(index.groups(20.0), index.groups(16.0));
+    EXPECT_EQ(index.groups(64.0), index.groups(SimilarityPreset::broad));
+}
+
 TEST(SimilarityIndex, ShapesThatDisagreeNeverGroup) {
     auto index = indexOf(2, {pair(0, 1, 0, 0, false)});
     EXPECT_TRUE(index.groups(SimilarityPreset::broad).empty());

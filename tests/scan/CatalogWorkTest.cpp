@@ -1,5 +1,5 @@
-#include "engine/catalogs/CaptureOneRef.hpp"
-#include "engine/catalogs/LightroomRef.hpp"
+#include "engine/scan/CaptureOneRef.hpp"
+#include "engine/scan/LightroomRef.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,0 +1,125 @@
+#include "CatalogScanCommand.hpp"
+
+#include "app/cli/CatalogText.hpp"
+#include "app/cli/ExitStatus.hpp"
+#include "app/cli/ProgressLine.hpp"
+#include "app/cli/Terminal.hpp"
+#include "engine/pipeline/ScanPipeline.hpp"
+#include "engine/platform/DataFolder.hpp"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <fmt/format.h>
+
+namespace brevant::cli {
+
+namespace {
+
+using catalog_text::plural;
+
+// "3 similar groups at Balanced", and the identical groups beside them
+// when there are any.
+std::string found(const ScanOutcome& outcome) {
+    auto count = [&outcome](MatchKind kind) {
+        return static_cast<std::size_t>(
+            std::ranges::count(outcome.groups, kind, &DuplicateGroup::kind));
+    };
+    std::size_t identical = count(MatchKind::identical);
+    std::string identicalText =
+        fmt::format("{} identical {}", identical, plural(identical, "group", "groups"));
+    const ScanMode& mode = outcome.request.mode;
+    if (!outcome.index || !mode.measures()) {
+        return identicalText;
+    }
+    std::string what = mode.kind == ScanMode::Kind::series
+                           ? fmt::format("{} series", count(MatchKind::series))
+                           : fmt::format("{} similar {} at {}", count(MatchKind::similar),
+                                         plural(count(MatchKind::similar), "group", "groups"),
+                                         displayName(mode.preset));
+    return identical > 0 ? what + ", " + identicalText : what;
+}
+
+std::string summaryText(const ScanOutcome& outcome) {
+    const ScanResult& result = *outcome.result;
+    std::size_t photos = outcome.catalog ? outcome.catalog->photos : 0;
+    std::string text =
+        fmt::format("\n{} {} in the catalog, {} examined, {}\n", photos,
+                    plural(photos, "photo", "photos"), result.examined, found(outcome));
+    if (!result.skipped.empty()) {
+        text += fmt::format("Not where the catalog says: {}\n", result.skipped.size());
+    }
+    if (result.lightroomRejected > 0) {
+        text +=
+            fmt::format("Already Rejected in Lightroom Classic: {}\n", result.lightroomRejected);
+    }
+    if (result.captureOneRed > 0) {
+        text += fmt::format("Already tagged Red in Capture One: {}\n", result.captureOneRed);
+    }
+    if (result.cancelled) {
+        text += "cancelled\n";
+    }
+    return text;
+}
+
+// The whole result as JSON: the groups the review holds, and every picture
+// measured when the mode measured them.
+std::string document(const ScanOutcome& outcome) {
+    ScanResult result = *outcome.result;
+    result.groups = outcome.groups;
+    if (outcome.index) {
+        result.pictures = outcome.index->pictures;
+    }
+    return result.encoded(2);
+}
+
+} // namespace
+
+std::string_view CatalogScanCommand::summary() const {
+    return "Find duplicates among the catalog's photos; changes nothing";
+}
+
+std::vector<std::string> CatalogScanCommand::synopsis() const {
+    return {"brevant catalog scan [--similar PRESET | --series] [--json] CATALOG"};
+}
+
+void CatalogScanCommand::define(CLI::App& app) {
+    auto* similar =
+        app.add_option("--similar", similar_, "Other versions of the same photo, at this preset")
+            ->type_name("PRESET")
+            ->check(CLI::IsMember({"conservative", "balanced", "broad"}));
+    app.add_flag("--series", series_, "Bursts of shots taken seconds apart")->excludes(similar);
+    addJson(app, json_, "Print the whole result as JSON");
+    required(
+        app.add_option("CATALOG", catalog_, "The catalog: a .lrcat file or a .cocatalog package"),
+        "no catalog given");
+}
+
+int CatalogScanCommand::run(const Environment& environment) {
+    std::string catalog = catalog_text::absolute(catalog_);
+    ScanRequest request{.source = ScanSource::ofCatalog(catalog),
+                        .featureCache = platform::DataFolder::current().featureCache()};
+    if (auto preset = fromRawValue<SimilarityPreset>(similar_)) {
+        request.mode = ScanMode::similar(*preset);
+    } else if (series_) {
+        request.mode = ScanMode::series();
+    }
+    ProgressLine line(environment.err, environment.showProgress, environment.cancel);
+    auto outcome = ScanPipeline().run(request, environment.cancellation(),
+                                      [&line](const PipelineProgress& now) { line.show(now); });
+    line.clear();
+    if (!outcome) {
+        fmt::print(environment.err, "brevant: {}: {}\n", shownPath(catalog, environment.home),
+                   outcome.error());
+        return ExitStatus::kNothingScanned;
+    }
+    if (json_) {
+        fmt::print(environment.out, "{}\n", document(*outcome));
+    } else {
+        fmt::print(environment.out, "{}{}", catalog_text::groups(outcome->groups, environment.home),
+                   summaryText(*outcome));
+    }
+    std::fflush(environment.out);
+    return outcome->cancelled() ? ExitStatus::kCancelled : ExitStatus::kSuccess;
+}
+
+} // namespace brevant::cli

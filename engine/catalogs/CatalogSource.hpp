@@ -1,0 +1,62 @@
+#pragma once
+
+#include "engine/scan/CancellationFlag.hpp"
+#include "engine/scan/ExactMatcher.hpp"
+#include "engine/scan/ScanResult.hpp"
+
+#include <cstddef>
+#include <expected>
+#include <iosfwd>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace brevant {
+
+// A photo catalog as the source of a scan: which application keeps it, told
+// by its name alone, and its files compared among themselves. The catalog of
+// one more application is one more case here; the scan road above and the
+// programs stay as they are.
+struct CatalogSource {
+    enum class Application {
+        lightroom,
+        captureOne,
+    };
+
+    // What a scan learned of the catalog besides its pictures.
+    struct Facts {
+        Application application = Application::lightroom;
+        // The photos the catalog lists.
+        std::size_t photos = 0;
+        // Why marking would refuse the catalog: its version is one marking
+        // was not tested with. Reading and scanning it are fine.
+        std::optional<std::string> untested;
+
+        friend bool operator==(const Facts&, const Facts&) = default;
+    };
+
+    struct Scanned {
+        Facts facts;
+        ScanResult result;
+    };
+
+    static constexpr std::string_view kNotACatalog =
+        "That is not a Lightroom Classic catalog (.lrcat) or a Capture One catalog (.cocatalog).";
+
+    // By the name's extension, lowercased; trailing slashes do not count (a
+    // Capture One catalog is a folder).
+    [[nodiscard]] static std::optional<Application> applicationOf(const std::string& path);
+
+    // "Lightroom Classic" or "Capture One".
+    [[nodiscard]] static std::string_view name(Application application);
+
+    // Reads the catalog and scans the files it lists; the sentence why when
+    // it is no catalog or cannot be read. Nothing is ever written to it.
+    [[nodiscard]] static std::expected<Scanned, std::string>
+    scan(const std::string& path, bool keepPictures, const CancellationFlag& cancel,
+         const ExactMatcher::Progress& progress);
+};
+
+void PrintTo(CatalogSource::Application application, std::ostream* os);
+
+} // namespace brevant

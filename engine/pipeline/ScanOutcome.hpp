@@ -1,0 +1,47 @@
+#pragma once
+
+#include "engine/catalogs/CatalogSource.hpp"
+#include "engine/pipeline/ScanRequest.hpp"
+#include "engine/review/ReviewSession.hpp"
+#include "engine/scan/DuplicateGroup.hpp"
+#include "engine/scan/ScanResult.hpp"
+#include "engine/similarity/SimilarityIndex.hpp"
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace brevant {
+
+// What one scan produced: its result, the similarity index when the mode
+// measured, the groups its review holds and, when a review was asked for,
+// the session over them. The result and the index never change once made,
+// so a regroup shares them; the session is shared with whoever shows it.
+struct ScanOutcome {
+    // What was asked; a regroup records its preset here.
+    ScanRequest request;
+    // Never null. When an index was built, the pictures live in it and the
+    // result's own list is empty.
+    std::shared_ptr<const ScanResult> result = std::make_shared<const ScanResult>();
+    std::shared_ptr<const SimilarityIndex> index;
+    // As CleanupGroups::reviewed gives them.
+    std::vector<DuplicateGroup> groups;
+    std::shared_ptr<ReviewSession> session;
+    // For a catalog source.
+    std::optional<CatalogSource::Facts> catalog;
+
+    // Stopped before the end: then there is neither index nor session, and
+    // the groups are the identical ones proven until then.
+    [[nodiscard]] bool cancelled() const { return result->cancelled; }
+
+    // The groups of the kind the mode looks for and nothing else
+    // (CleanupGroups::found), as the report lists them; the identical groups
+    // in the identical mode.
+    [[nodiscard]] std::vector<DuplicateGroup> found() const;
+
+    // After a rescan or a regroup: marks again what the older session had
+    // marked, where this session allows it.
+    void carryMarks(const ScanOutcome& older);
+};
+
+} // namespace brevant

@@ -1,0 +1,19 @@
+#include "BufferReuse.hpp"
+
+#include <malloc.h>
+
+namespace brevant::platform {
+
+void BufferReuse::keepFreedBuffers() {
+#ifdef __GLIBC__
+    // 32 MB is the largest threshold glibc accepts; setting it also stops
+    // glibc from moving it on its own.
+    constexpr int kMapped = 32 << 20;
+    // Free memory at the top of the heap is only given back beyond this.
+    constexpr int kKept = 128 << 20;
+    mallopt(M_MMAP_THRESHOLD, kMapped);
+    mallopt(M_TRIM_THRESHOLD, kKept);
+#endif
+}
+
+} // namespace brevant::platform

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <iosfwd>
+#include <span>
+#include <string_view>
+#include <vector>
+
+namespace brevant {
+
+// Pictures' four turned hashes laid out turn by turn (all first turns, then
+// all second turns, ...), so that one instruction reads the same turn of
+// several pictures.
+class TurnedHashes {
+public:
+    using Turns = std::array<std::uint64_t, 4>;
+
+    // Keeps the storage, so a worker reuses it block after block.
+    void assign(std::span<const Turns> turns);
+
+    [[nodiscard]] int size() const { return count_; }
+
+    // Rounded up to a whole number of vector lanes; the rest is padding.
+    [[nodiscard]] int stride() const { return stride_; }
+
+    [[nodiscard]] const std::uint64_t* turn(int t) const {
+        return words_.data() + static_cast<std::ptrdiff_t>(t) * stride_;
+    }
+
+    [[nodiscard]] Turns at(int index) const {
+        return {turn(0)[index], turn(1)[index], turn(2)[index], turn(3)[index]};
+    }
+
+private:
+    std::vector<std::uint64_t> words_;
+    int count_ = 0;
+    int stride_ = 0;
+};
+
+// Finds, for many hashes at once, the entries of a block with a turn within a
+// number of bits: the innermost loop of proposing candidate pairs, run with
+// the widest population count the processor has.
+struct HammingScan {
+    enum class Kernel {
+        portable, // any processor
+        popcount, // the population-count instruction, one word at a time
+        avx2,     // four words at a time, counted by table lookups
+        avx512,   // eight words at a time with the vector population count
+    };
+
+    struct Hit {
+        int probe; // index into the hashes asked about
+        int entry; // index into the block
+    };
+
+    // The fastest kernel this processor runs.
+    [[nodiscard]] static Kernel best();
+    // Every kernel this processor runs, the portable one first.
+    [[nodiscard]] static std::vector<Kernel> available();
+    [[nodiscard]] static std::string_view name(Kernel kernel);
+
+    // Appends a hit for every probe and block entry where the smallest
+    // distance from the probe to any of the entry's four turns is at most
+    // `limit` bits. Hits come in no particular order.
+    static void within(std::span<const std::uint64_t> probes, const TurnedHashes& block, int limit,
+                       std::vector<Hit>& hits, Kernel kernel);
+};
+
+} // namespace brevant
