@@ -78,8 +78,9 @@ std::optional<std::string> sameSound(const platform::VideoFacts& copy,
                                   : texts::otherSound(copy.sound.size(), original.sound.size());
     }
     for (std::size_t i = 0; i < copy.sound.size(); ++i) {
-        if (copy.sound[i].channels != original.sound[i].channels) {
-            return texts::otherSoundKind(i + 1);
+        if (copy.sound[i].channels != original.sound[i].channels ||
+            copy.sound[i].sampleRate != original.sound[i].sampleRate) {
+            return texts::otherSoundKind(i);
         }
     }
     return std::nullopt;

@@ -14,7 +14,8 @@ namespace brevant {
 // Photos: the copy decodes completely and shows the same pixel size, the
 // same way up, with the same capture date, EXIF, XMP and colour profile.
 // Videos: every frame decodes without an error, the duration is the same
-// within one frame, the sound streams are as many and of the same channels,
+// within one frame, the sound streams are as many, with the same channels
+// and rates,
 // the capture date and place are kept, the rotation is kept and the stored
 // size is the original's shrunk to fit 1080p with its aspect kept. Every
 // copy is smaller than its original and shows the same picture: the
