@@ -3,6 +3,7 @@
 #include "engine/cleanup/CleanupPlan.hpp"
 #include "engine/cleanup/CleanupReport.hpp"
 #include "engine/cleanup/Journal.hpp"
+#include "engine/cleanup/JournalTexts.hpp"
 
 #include <map>
 #include <string>
@@ -23,6 +24,8 @@ struct CleanupJournalKind {
     static constexpr std::string_view kFilePrefix = "cleanup-";
     // The word for the record in sentences.
     static constexpr std::string_view kRecord = "cleanup";
+    // The damage said of a journal cut short while its plan was written.
+    static constexpr std::string_view kCutBeforePlan = journal_texts::kCutBeforePlan;
 
     [[nodiscard]] static Uuid& planID(Plan& plan) { return plan.id; }
 

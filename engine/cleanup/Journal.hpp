@@ -170,9 +170,11 @@ public:
         if (!parsed) {
             return std::unexpected(JournalFile::unreadable(journalPath, Kind::kRecord));
         }
-        if (parsed->planDamaged) {
-            Kind::planID(parsed->plan) =
-                Uuid::parse(JournalFile::idText(journalPath, Kind::kFilePrefix)).value_or(Uuid{});
+        if (parsed->planDamaged || parsed->cutBeforePlan) {
+            Kind::planID(parsed->plan) = idFromName(journalPath);
+        }
+        if (parsed->cutBeforePlan) {
+            parsed->started = modifiedDate(journalPath);
         }
         return std::move(*parsed);
     }
@@ -206,7 +208,12 @@ public:
             }
         }
         if (!folding.hasEntry) {
-            return std::nullopt;
+            if (parsed.damagedLines > 0) {
+                return std::nullopt;
+            }
+            // Not one whole line: cut short while the plan was written.
+            parsed.cutBeforePlan = true;
+            return parsed;
         }
         if (!folding.hasPlan) {
             parsed.planDamaged = true;
@@ -232,7 +239,9 @@ public:
         report.finished = parsed.finished;
         report.journalPath = std::move(journalPath);
         report.damage =
-            journal_texts::damage(Kind::kRecord, parsed.planDamaged, parsed.damagedLines);
+            parsed.cutBeforePlan
+                ? std::optional(std::string(Kind::kCutBeforePlan))
+                : journal_texts::damage(Kind::kRecord, parsed.planDamaged, parsed.damagedLines);
         return report;
     }
 
@@ -384,6 +393,18 @@ public:
     }
 
 private:
+    // The id a journal's name gives, for one whose plan cannot be read.
+    static Uuid idFromName(const std::string& path) {
+        return Uuid::parse(JournalFile::idText(path, Kind::kFilePrefix)).value_or(Uuid{});
+    }
+
+    // When the file was last written, for a journal that holds no date.
+    static Date modifiedDate(const std::string& path) {
+        auto status = platform::statusOfPath(path);
+        return status ? Date::fromUnixSeconds(static_cast<double>(status->modifiedSeconds))
+                      : Date{};
+    }
+
     explicit Journal(JournalFile file)
         : file_(std::move(file)) {}
 
@@ -432,10 +453,8 @@ private:
     // moved are never hidden: its id from its name, dated by the file.
     static Report unreadableReport(const std::string& path, const JournalError& error) {
         Report report;
-        report.planID = Uuid::parse(JournalFile::idText(path, Kind::kFilePrefix)).value_or(Uuid{});
-        if (auto status = platform::statusOfPath(path)) {
-            report.started = Date::fromUnixSeconds(static_cast<double>(status->modifiedSeconds));
-        }
+        report.planID = idFromName(path);
+        report.started = modifiedDate(path);
         report.journalPath = path;
         report.damage = error.description;
         return report;

@@ -45,6 +45,9 @@ std::vector<std::string> trashPathsOf(const JournalState& state, const std::stri
 } // namespace
 
 bool JournalState::needsReconciling() const {
+    if (cutBeforePlan) {
+        return false;
+    }
     if (!finished || !putBacks.empty()) {
         return true;
     }

@@ -51,6 +51,9 @@ struct JournalState {
     // When the plan line cannot be read, the plan holds only the items the
     // other lines name, by path, and the id from the file's name.
     bool planDamaged = false;
+    // Not one whole line: the run was cut short while writing its plan,
+    // before anything could move. Never reconciled.
+    bool cutBeforePlan = false;
     // The date of the plan entry (of the first readable one when the plan
     // is damaged).
     Date started;

@@ -68,6 +68,11 @@ inline constexpr std::string_view kFinishedTitle = "Cleanup finished";
 [[nodiscard]] std::string putBackLost(std::string_view destination);
 
 // What of a record could not be read, for its report; nothing when it all
+// A cleanup cut short while its plan line was written: not one whole line.
+inline constexpr std::string_view kCutBeforePlan =
+    "This cleanup stopped while its plan was being written, before any picture could move: "
+    "it moved nothing.";
+
 // could. `record` as above.
 [[nodiscard]] std::optional<std::string> damage(std::string_view record, bool planDamaged,
                                                 int damagedLines);

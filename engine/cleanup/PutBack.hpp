@@ -173,6 +173,11 @@ template <class Kind> struct PutBack {
     [[nodiscard]] static std::expected<std::vector<Result>, std::string>
     restore(const PutBackRequest& batch, const CancellationFlag& cancel,
             const PutBackRequest::Progress& progress = {}) {
+        // Nothing asked for: the journal is left exactly as it is (one cut
+        // while its plan was written is never touched).
+        if (batch.requests.empty()) {
+            return std::vector<Result>{};
+        }
         std::optional<ChangeLock> taken;
         if (batch.held == nullptr) {
             platform::DataFolder data{put_back::dataFolderOf(batch.journalPath)};

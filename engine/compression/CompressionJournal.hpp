@@ -25,6 +25,9 @@ struct CompressionJournalKind {
 
     static constexpr std::string_view kFilePrefix = "compression-";
     static constexpr std::string_view kRecord = "compression";
+    static constexpr std::string_view kCutBeforePlan =
+        "This compression stopped while its plan was being written, before any file could "
+        "change: it changed nothing.";
 
     [[nodiscard]] static Uuid& planID(Plan& plan) { return plan.id; }
 

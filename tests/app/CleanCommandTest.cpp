@@ -415,6 +415,20 @@ TEST(CleanCommand, HistoryListsAJournalThatIsALinkAndRestoreShowsOddNamesEscaped
     EXPECT_THAT(history.out, HasSubstr("This cleanup record is a symbolic link, which Brevant "
                                        "does not follow: " +
                                        journal));
+
+    // A run killed while writing its plan moved nothing, and says so;
+    // putting it all back is nothing to do and leaves the record as it is.
+    std::string cutID = "14FBF130-6A82-4D49-97C6-596C85818F54";
+    std::string cut = library.tree().file("data/Cleanups/cleanup-" + cutID + ".jsonl",
+                                          "{\"kind\": \"plan\", \"pl");
+    history = library.brevant("history");
+    EXPECT_THAT(history.out, HasSubstr(cutID + "  0 pictures"));
+    EXPECT_THAT(history.out, HasSubstr("This cleanup stopped while its plan was being written, "
+                                       "before any picture could move: it moved nothing."));
+    Outcome none = library.brevant("restore 14FBF --all");
+    EXPECT_EQ(none.status, ExitStatus::kSuccess) << none.err;
+    EXPECT_EQ(none.err, "");
+    EXPECT_EQ(testing::readFile(cut), "{\"kind\": \"plan\", \"pl");
 }
 
 } // namespace

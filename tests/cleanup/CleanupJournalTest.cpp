@@ -258,9 +258,12 @@ TEST(CleanupJournal, AFailedWriteOrSyncReachesTheCaller) {
     EXPECT_EQ(refused.error().description,
               "The cleanup record \u201ccleanup-0F1E2D3C-4B5A-4978-8695-A4B3C2D1E0F9.jsonl\u201d "
               "couldn\u2019t be written (No space left on device).");
-    // The file was made; without a plan line it gives no report.
-    EXPECT_FALSE(
-        CleanupJournal::report(CleanupJournal::pathFor(testing::fixedPlanID(), tree.root())));
+    // The file was made; without a plan line it says it moved nothing.
+    auto empty =
+        CleanupJournal::report(CleanupJournal::pathFor(testing::fixedPlanID(), tree.root()));
+    ASSERT_TRUE(empty);
+    EXPECT_TRUE(empty->items.empty());
+    EXPECT_EQ(empty->damage, std::string(journal_texts::kCutBeforePlan));
 
     calls.writeError.reset();
     CleanupPlan plan = paperPlan();
@@ -359,7 +362,9 @@ TEST(CleanupJournal, ALineCutAnywhereCostsOnlyItselfAndTheNextEntryStartsCleanly
         Entry::ofOutcome(c, ItemOutcome::failed("No."), fixedDate(5)),
         Entry::ofFinished(fixedDate(6))};
     // What the journal holds after each whole line, worked out by hand.
-    std::vector<std::optional<CleanupJournal::Parsed>> expected{std::nullopt};
+    CleanupJournal::Parsed cutBeforePlan;
+    cutBeforePlan.cutBeforePlan = true;
+    std::vector<std::optional<CleanupJournal::Parsed>> expected{cutBeforePlan};
     CleanupJournal::Parsed state;
     state.plan = plan;
     state.started = fixedDate();
@@ -409,7 +414,15 @@ TEST(CleanupJournal, ALineCutAnywhereCostsOnlyItselfAndTheNextEntryStartsCleanly
             tree.file("cleanup-cut.jsonl", kept);
         }
         EXPECT_EQ(CleanupJournal::parseContents(kept), expected[linesRead]) << "cut at " << cut;
-        EXPECT_EQ(CleanupJournal::parse(path), expected[linesRead]) << "cut at " << cut;
+        // From a file, a journal cut in its plan is dated by the file.
+        auto fromFile = CleanupJournal::parse(path);
+        ASSERT_TRUE(fromFile) << "cut at " << cut;
+        if (linesRead == 0) {
+            EXPECT_TRUE(fromFile->cutBeforePlan) << "cut at " << cut;
+            EXPECT_FALSE(fromFile->needsReconciling()) << "cut at " << cut;
+        } else {
+            EXPECT_EQ(fromFile, expected[linesRead]) << "cut at " << cut;
+        }
 
         auto journal = CleanupJournal::appendingTo(path);
         ASSERT_TRUE(journal) << journal.error().description;
@@ -462,6 +475,8 @@ TEST(CleanupJournal, HistoryListsReadableJournalsNewestFirst) {
                   Entry::ofFinished(fixedDate(51)).encoded() + "\n");
     tree.file("Cleanups/cleanup-" + lost.id.text() + ".jsonl",
               planLine.substr(0, planLine.size() - 2));
+    Uuid garbledID = Uuid::make();
+    tree.file("Cleanups/cleanup-" + garbledID.text() + ".jsonl", "{\"kind\": \"pl\n");
     tree.file("Cleanups/" + lost.id.text() + ".jsonl", planLine + "\n");
     tree.file("Cleanups/cleanup-" + lost.id.text() + ".json", planLine + "\n");
     tree.file("Cleanups/cleanup-" + lost.id.text() + ".jsonl.bak", planLine + "\n");
@@ -482,10 +497,14 @@ TEST(CleanupJournal, HistoryListsReadableJournalsNewestFirst) {
         }
     }
     auto recordName = [](const std::string& name) { return "The cleanup record \u201c" + name; };
-    ASSERT_EQ(damaged.size(), 5U);
+    ASSERT_EQ(damaged.size(), 6U);
+    // Cut while its plan was written: nothing can have moved.
     std::string torn = "cleanup-" + lost.id.text() + ".jsonl";
-    EXPECT_EQ(damaged[torn], recordName(torn) + "\u201d couldn\u2019t be read: none of its lines "
-                                                "could be read.");
+    EXPECT_EQ(damaged[torn], "This cleanup stopped while its plan was being written, before any "
+                             "picture could move: it moved nothing.");
+    std::string garbled = "cleanup-" + garbledID.text() + ".jsonl";
+    EXPECT_EQ(damaged[garbled], recordName(garbled) + "\u201d couldn\u2019t be read: none of "
+                                                      "its lines could be read.");
     EXPECT_EQ(damaged["cleanup-folder.jsonl"],
               recordName("cleanup-folder.jsonl") + "\u201d is not a file, so it cannot be read.");
     EXPECT_EQ(damaged["cleanup-fifo.jsonl"],
