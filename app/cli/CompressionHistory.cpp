@@ -29,7 +29,8 @@ std::expected<CompressionReport, std::string> CompressionHistory::find(std::stri
     }
     if (found == nullptr) {
         return std::unexpected(fmt::format(
-            "no cleanup or compression has the id {} ('brevant history' lists them)", id));
+            "no cleanup has the id {}, nor does any compression ('brevant history' lists them)",
+            id));
     }
     return *found;
 }
