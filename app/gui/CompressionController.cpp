@@ -35,6 +35,7 @@ bool CompressionController::find(std::int64_t minBytes) {
     if (running_ || (!open && !model_.beginCompressing())) {
         return false;
     }
+    minBytes_ = minBytes;
     candidates_.reset();
     report_.reset();
     refusal_.clear();

@@ -52,6 +52,9 @@ public:
 
     [[nodiscard]] bool isRunning() const { return running_; }
 
+    // The smallest size the last search considered.
+    [[nodiscard]] std::int64_t minBytes() const { return minBytes_; }
+
     [[nodiscard]] const std::optional<CompressionCandidates>& candidates() const {
         return candidates_;
     }
@@ -86,6 +89,7 @@ private:
     std::optional<CompressionReport> report_;
     QString refusal_;
     std::vector<CompressionReport> history_;
+    std::int64_t minBytes_ = CompressionRequest::kDefaultMinBytes;
     bool running_ = false;
 };
 

@@ -14,6 +14,7 @@
 #include <QPlainTextEdit>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QSignalBlocker>
 #include <QSpinBox>
 #include <QStackedWidget>
 #include <QTreeWidget>
@@ -186,6 +187,11 @@ void CompressionScreen::showSearching() {
     pages_->setCurrentWidget(listPage_);
     list_->clear();
     compress_->setEnabled(false);
+    {
+        // Shows the size this search uses without starting another.
+        QSignalBlocker quiet(smallest_);
+        smallest_->setValue(static_cast<int>(controller_.minBytes() / 1'000'000));
+    }
     summary_->setText(tr("Looking for big photos and videos…"));
 }
 

@@ -98,6 +98,7 @@ HomeScreen::HomeScreen(PhotoCleanupModel& model, QWidget* parent)
     bottom->addWidget(summary_);
     bottom->addSpacing(12);
     bottom->addWidget(compress_);
+    bottom->addSpacing(8);
     bottom->addWidget(scan_);
 
     auto* layout = new QVBoxLayout(this);
