@@ -269,7 +269,7 @@ private:
                                                       std::vector<Attempt>& round, Date now) {
         std::vector<Entry> intents;
         for (const auto& attempt : round) {
-            if (!attempt.outcome) {
+            if (!attempt.outcome && attempt.trashPath) {
                 intents.push_back(Entry::ofPutBack(attempt.request->itemID, *attempt.trashPath,
                                                    attempt.request->destination, now));
             }
@@ -279,13 +279,15 @@ private:
         }
         std::vector<std::pair<std::string, std::string>> moved;
         for (auto& attempt : round) {
-            if (attempt.outcome) {
+            if (attempt.outcome || !attempt.trashPath) {
                 continue;
             }
-            attempt.outcome = put_back::renamed(*attempt.trashPath, attempt.request->destination);
-            if (attempt.outcome->kind == RestoreOutcome::Kind::restored) {
-                moved.emplace_back(*attempt.trashPath, attempt.request->destination);
+            const std::string& trashPath = *attempt.trashPath;
+            RestoreOutcome outcome = put_back::renamed(trashPath, attempt.request->destination);
+            if (outcome.kind == RestoreOutcome::Kind::restored) {
+                moved.emplace_back(trashPath, attempt.request->destination);
             }
+            attempt.outcome = std::move(outcome);
         }
         put_back::settleMoved(moved);
         return {};
@@ -298,11 +300,12 @@ private:
         std::vector<Entry> entries;
         for (const auto& attempt : round) {
             const std::string& item = attempt.request->itemID;
-            if (attempt.outcome->kind == RestoreOutcome::Kind::restored) {
-                entries.push_back(
-                    Entry::ofOutcome(item, ItemOutcome::restored(attempt.outcome->path), now));
+            // Every attempt has its outcome once its round moved.
+            RestoreOutcome outcome = attempt.outcome.value_or(RestoreOutcome::notInTrash());
+            if (outcome.kind == RestoreOutcome::Kind::restored) {
+                entries.push_back(Entry::ofOutcome(item, ItemOutcome::restored(outcome.path), now));
             } else if (attempt.recorded) {
-                if (auto note = put_back::noteFor(*attempt.outcome, now)) {
+                if (auto note = put_back::noteFor(outcome, now)) {
                     entries.push_back(Entry::ofNote(item, *note, now));
                 }
             }
@@ -328,10 +331,11 @@ private:
         std::vector<Result> results;
         std::vector<std::string> restored;
         for (const auto& attempt : round) {
-            results.push_back({attempt.request->itemID, *attempt.outcome});
-            if (attempt.outcome->kind == RestoreOutcome::Kind::restored) {
+            RestoreOutcome outcome = attempt.outcome.value_or(RestoreOutcome::notInTrash());
+            if (outcome.kind == RestoreOutcome::Kind::restored) {
                 restored.push_back(attempt.request->itemID);
             }
+            results.push_back({attempt.request->itemID, std::move(outcome)});
         }
         if (!restored.empty()) {
             auto companions = Kind::afterPutBack(open.journal(), open.parsed(), restored, batch);

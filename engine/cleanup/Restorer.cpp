@@ -35,6 +35,9 @@ RestoreOutcome Restorer::attempt(const FileIdentity& trashed,
     if (auto refused = put_back::precheck(trashed, trashPath, destination)) {
         return *refused;
     }
+    if (!trashPath) {
+        return RestoreOutcome::notInTrash();
+    }
     auto moved = platform::FreedesktopTrash::putBack(*trashPath, destination);
     if (!moved) {
         if (moved.error() == EEXIST) {
