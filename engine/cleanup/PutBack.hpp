@@ -299,9 +299,11 @@ private:
     static void recordRound(OpenJournal& open, const std::vector<Attempt>& round, Date now) {
         std::vector<Entry> entries;
         for (const auto& attempt : round) {
+            if (!attempt.outcome) {
+                continue;
+            }
             const std::string& item = attempt.request->itemID;
-            // Every attempt has its outcome once its round moved.
-            RestoreOutcome outcome = attempt.outcome.value_or(RestoreOutcome::notInTrash());
+            const RestoreOutcome& outcome = *attempt.outcome;
             if (outcome.kind == RestoreOutcome::Kind::restored) {
                 entries.push_back(Entry::ofOutcome(item, ItemOutcome::restored(outcome.path), now));
             } else if (attempt.recorded) {
@@ -330,12 +332,15 @@ private:
         recordRound(open, round, batch.now);
         std::vector<Result> results;
         std::vector<std::string> restored;
+        // Every attempt of a round comes back settled.
         for (const auto& attempt : round) {
-            RestoreOutcome outcome = attempt.outcome.value_or(RestoreOutcome::notInTrash());
-            if (outcome.kind == RestoreOutcome::Kind::restored) {
+            if (!attempt.outcome) {
+                continue;
+            }
+            if (attempt.outcome->kind == RestoreOutcome::Kind::restored) {
                 restored.push_back(attempt.request->itemID);
             }
-            results.push_back({attempt.request->itemID, std::move(outcome)});
+            results.push_back({attempt.request->itemID, *attempt.outcome});
         }
         if (!restored.empty()) {
             auto companions = Kind::afterPutBack(open.journal(), open.parsed(), restored, batch);
