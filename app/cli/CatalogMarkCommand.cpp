@@ -1,6 +1,7 @@
 #include "CatalogMarkCommand.hpp"
 
 #include "app/cli/CatalogText.hpp"
+#include "app/cli/ChangeLockWaiting.hpp"
 #include "app/cli/ExitStatus.hpp"
 #include "app/cli/ProgressLine.hpp"
 #include "app/cli/Terminal.hpp"
@@ -211,6 +212,10 @@ int CatalogMarkCommand::run(const Environment& environment) {
             fmt::print(environment.out, "Nothing was marked.\n");
             return ExitStatus::kCancelled;
         }
+    }
+    auto held = takeChangeLock(environment, "catalog mark");
+    if (!held) {
+        return ExitStatus::kFailed;
     }
     auto marked = markCatalog(facts->application, plan, catalog);
     if (!marked) {

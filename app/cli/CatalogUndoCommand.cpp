@@ -2,6 +2,7 @@
 
 #include "app/cli/CatalogMarking.hpp"
 #include "app/cli/CatalogText.hpp"
+#include "app/cli/ChangeLockWaiting.hpp"
 #include "app/cli/ExitStatus.hpp"
 #include "app/cli/Terminal.hpp"
 
@@ -25,6 +26,12 @@ void CatalogUndoCommand::define(CLI::App& app) {
 }
 
 int CatalogUndoCommand::run(const Environment& environment) {
+    // Held from before the records are read, so that no other run undoes
+    // the same marking meanwhile.
+    auto held = takeChangeLock(environment, "catalog undo");
+    if (!held) {
+        return ExitStatus::kFailed;
+    }
     auto id = Uuid::parse(record_);
     auto markings = CatalogMarking::all();
     auto found = std::ranges::find_if(

@@ -210,6 +210,11 @@ void CatalogMarkingCard::confirm() {
                  markings = markings_](const CancellationFlag&) {
         CleanupApproval approval{plan.id, Date::now()};
         Outcome outcome;
+        auto held = markings.changeLock();
+        if (!held) {
+            outcome.refusal = held.error();
+            return outcome;
+        }
         auto take = [&outcome](const auto& report) {
             if (!report) {
                 outcome.refusal = report.error().text();

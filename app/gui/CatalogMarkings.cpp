@@ -55,7 +55,8 @@ std::string CatalogMarking::backupPath() const {
 }
 
 CatalogMarkings::CatalogMarkings(const std::string& dataFolder)
-    : rejecter_{recordFolder(dataFolder, LightroomRejecter::defaultRecordDirectory())}
+    : dataFolder_(dataFolder)
+    , rejecter_{recordFolder(dataFolder, LightroomRejecter::defaultRecordDirectory())}
     , marker_{recordFolder(dataFolder, CaptureOneMarker::defaultRecordDirectory())} {}
 
 std::vector<CatalogMarking> CatalogMarkings::history() const {
@@ -72,7 +73,19 @@ std::vector<CatalogMarking> CatalogMarkings::history() const {
     return markings;
 }
 
+std::expected<ChangeLock, std::string> CatalogMarkings::changeLock() const {
+    auto held = ChangeLock::tryTake(platform::DataFolder{dataFolder_});
+    if (!held) {
+        return std::unexpected(held.error().message());
+    }
+    return std::move(*held);
+}
+
 std::optional<std::string> CatalogMarkings::undo(const CatalogMarking& marking) const {
+    auto held = changeLock();
+    if (!held) {
+        return held.error();
+    }
     if (const auto* lightroom = std::get_if<LightroomMarkRecord>(&marking.record)) {
         auto restored = rejecter_.restore(*lightroom);
         return restored ? std::nullopt : std::optional(restored.error().text());

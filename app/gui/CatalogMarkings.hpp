@@ -3,10 +3,12 @@
 #include "app/gui/CleanupSettings.hpp"
 #include "engine/catalogs/CaptureOneMarker.hpp"
 #include "engine/catalogs/LightroomRejecter.hpp"
+#include "engine/cleanup/ChangeLock.hpp"
 
 #include <QString>
 
 #include <cstddef>
+#include <expected>
 #include <optional>
 #include <string>
 #include <variant>
@@ -43,7 +45,12 @@ public:
     // Undoes a marking; the refusal's sentence when it was refused.
     [[nodiscard]] std::optional<std::string> undo(const CatalogMarking& marking) const;
 
+    // The data folder's change lock, held while a marking or an undo runs;
+    // the sentence why not when another run holds it.
+    [[nodiscard]] std::expected<ChangeLock, std::string> changeLock() const;
+
 private:
+    std::string dataFolder_;
     LightroomRejecter rejecter_;
     CaptureOneMarker marker_;
 };

@@ -12,6 +12,8 @@
 #include "app/gui/Skins.hpp"
 #include "engine/catalogs/CaptureOneMarker.hpp"
 #include "engine/catalogs/LightroomRejecter.hpp"
+#include "engine/cleanup/ChangeLock.hpp"
+#include "engine/platform/DataFolder.hpp"
 
 #include <QAction>
 #include <QDesktopServices>
@@ -196,7 +198,7 @@ void CatalogMarkingTest::lightroomMarkingAndUndoFromTheWindow() {
     const QStringList result = card->resultText().split(QLatin1Char('\n'));
     QCOMPARE(result.front(), QStringLiteral("Marked 3 photos Rejected in Lightroom Classic."));
     QCOMPARE(result.back(), qtText(LightroomRejecter::kFreedNothing));
-    const QString backupLine = result.at(result.size() - 2);
+    const QString& backupLine = result.at(result.size() - 2);
     QVERIFY(backupLine.startsWith(QStringLiteral("Backup: ")));
     const std::string backup = pathBytes(backupLine.mid(8));
     QVERIFY(std::filesystem::is_regular_file(backup));
@@ -272,11 +274,27 @@ void CatalogMarkingTest::refusedMarkingLeavesTheCatalogAlone() {
     QCOMPARE(w.window.markingsWindow()->count(), 0);
     QVERIFY(!w.window.markingsWindow()->emptyText().isEmpty());
 
-    // Once Lightroom is closed the same card can mark.
+    // Lightroom closed, but another Brevant run is changing things: the
+    // marking waits for none and changes nothing.
     std::filesystem::remove(lock);
+    {
+        auto other = ChangeLock::tryTake(platform::DataFolder{w.fixture.dataFolder()});
+        QVERIFY(other.has_value());
+        QVERIFY(card->confirmButton()->isEnabled());
+        QTest::mouseClick(card->confirmButton(), Qt::LeftButton);
+        QTRY_COMPARE_WITH_TIMEOUT(finished.count(), 2, kScanTimeoutMs);
+        QCOMPARE(card->state(), State::refused);
+        QVERIFY2(card->noticeText().startsWith(
+                     QStringLiteral("Another Brevant run is changing pictures or Brevant\u2019s "
+                                    "records")),
+                 qPrintable(card->noticeText()));
+        QCOMPARE(fileDigest(catalog), digest);
+    }
+
+    // Once it has finished the same card can mark.
     QVERIFY(card->confirmButton()->isEnabled());
     QTest::mouseClick(card->confirmButton(), Qt::LeftButton);
-    QTRY_COMPARE_WITH_TIMEOUT(finished.count(), 2, kScanTimeoutMs);
+    QTRY_COMPARE_WITH_TIMEOUT(finished.count(), 3, kScanTimeoutMs);
     QCOMPARE(card->state(), State::marked);
     QCOMPARE(card->noticeText(), QString());
     QCOMPARE(w.window.markingsWindow()->count(), 1);
