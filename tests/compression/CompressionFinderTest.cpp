@@ -15,6 +15,7 @@ namespace texts = compression_texts;
 
 std::vector<std::string> pathsOf(const CompressionPlan& plan) {
     std::vector<std::string> paths;
+    paths.reserve(plan.items.size());
     for (const auto& item : plan.items) {
         paths.push_back(item.path);
     }

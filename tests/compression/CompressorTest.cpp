@@ -31,6 +31,7 @@ namespace texts = compression_texts;
 
 std::vector<std::string> names(const std::vector<std::string>& paths) {
     std::vector<std::string> found;
+    found.reserve(paths.size());
     for (const auto& path : paths) {
         found.push_back(std::filesystem::path(path).filename().string());
     }
@@ -77,7 +78,7 @@ TEST(Compressor, PhotoCopyIsSmallerUprightDatedWithItsExifAndTheOriginalGoesToTh
 
 TEST(Compressor, VideoCopyIsHevcAt1080pOrLessWithSoundDateRotationAndPlace) {
     CompressionWorkspace w;
-    std::string original = w.video("clip.mov", {.width = 640, .height = 360});
+    (void)w.video("clip.mov", {.width = 640, .height = 360});
     CompressionPlan plan = w.planOfAll();
     ASSERT_EQ(plan.items.size(), 1U);
     EXPECT_EQ(plan.items[0].kind, MediaKind::video);
@@ -177,7 +178,7 @@ TEST(Compressor, RefusesASabotagedCopyRemovesItAndLeavesTheOriginal) {
 
 TEST(Compressor, CopyTakesAFreeNameAndNeverReplacesAFile) {
     CompressionWorkspace w;
-    std::string original = w.turnedPhoto("IMG_0001.JPG");
+    (void)w.turnedPhoto("IMG_0001.JPG");
     std::string taken = w.tree.file("photos/IMG_0001.HEIC", "someone else's");
     CompressionPlan plan = w.planOfAll();
 
