@@ -19,6 +19,7 @@
 #include "app/gui/CleanupReportView.hpp"
 #include "app/gui/CleanupScreen.hpp"
 #include "app/gui/CompareView.hpp"
+#include "app/gui/CompressionController.hpp"
 #include "app/gui/HistoryScreen.hpp"
 #include "app/gui/HomeScreen.hpp"
 #include "app/gui/LeftOutList.hpp"
@@ -417,6 +418,16 @@ bool shootSkin(const QString& skin, const QString& label, const QString& photos,
     model.returnHome();
     model.setMode(Mode::similar);
     shooter.take(window, label, QStringLiteral("home"));
+
+    // The files compression would give smaller copies, over the same folder;
+    // nothing is written.
+    if (window.compressions()->find(0)) {
+        if (!waitUntil([&] { return window.compressions()->candidates().has_value(); })) {
+            return false;
+        }
+        shooter.take(window, label, QStringLiteral("compress-list"));
+        window.compressions()->close();
+    }
 
     // The Lightroom Classic page, over a folder without a catalog.
     model.setScope(Scope::lightroom);

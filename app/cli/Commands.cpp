@@ -2,6 +2,7 @@
 
 #include "app/cli/CatalogCommand.hpp"
 #include "app/cli/CleanCommand.hpp"
+#include "app/cli/CompressCommand.hpp"
 #include "app/cli/HistoryCommand.hpp"
 #include "app/cli/LockCommands.hpp"
 #include "app/cli/RestoreCommand.hpp"
@@ -15,6 +16,7 @@ std::vector<std::unique_ptr<Command>> makeCommands() {
     std::vector<std::unique_ptr<Command>> commands;
     commands.push_back(std::make_unique<ScanCommand>());
     commands.push_back(std::make_unique<CleanCommand>());
+    commands.push_back(std::make_unique<CompressCommand>());
     commands.push_back(std::make_unique<HistoryCommand>());
     commands.push_back(std::make_unique<RestoreCommand>());
     commands.push_back(std::make_unique<LockCommand>());

@@ -2,10 +2,12 @@
 
 #include "app/cli/ChangeLockWaiting.hpp"
 #include "app/cli/CleanupHistory.hpp"
+#include "app/cli/CompressionHistory.hpp"
 #include "app/cli/ExitStatus.hpp"
 #include "app/cli/ProgressLine.hpp"
 #include "app/cli/Terminal.hpp"
 #include "engine/cleanup/Restorer.hpp"
+#include "engine/compression/CompressionJournal.hpp"
 #include "engine/platform/DataFolder.hpp"
 #include "engine/scan/PathRules.hpp"
 #include "engine/support/PathText.hpp"
@@ -101,10 +103,83 @@ void print(const Answer& answer, const Environment& environment) {
                answer.message);
 }
 
+// Why a file named by the user is not put back from this compression;
+// nothing when its original is in the Trash.
+std::optional<Answer> notPossible(const std::string& path, const CompressionItemReport* item,
+                                  const Environment& environment) {
+    if (item == nullptr) {
+        return Answer{.path = path,
+                      .outcome = "notInCleanup",
+                      .message = "This file is not part of this compression."};
+    }
+    switch (item->outcome.kind) {
+    case ItemOutcome::Kind::movedToTrash:
+        return std::nullopt;
+    case ItemOutcome::Kind::restored:
+        return Answer{.path = path,
+                      .outcome = "alreadyBack",
+                      .message = "It was put back already, at " +
+                                 shownPath(item->outcome.text, environment.home) + ".",
+                      .restoredAt = item->outcome.text};
+    case ItemOutcome::Kind::unknown:
+        return Answer{.path = path, .outcome = "unknown", .message = item->outcome.text};
+    case ItemOutcome::Kind::skipped:
+    case ItemOutcome::Kind::failed:
+        return Answer{.path = path,
+                      .outcome = "notMoved",
+                      .message =
+                          "This compression did not move it to the Trash: " + item->outcome.text};
+    }
+    return std::nullopt;
+}
+
+const CompressionItemReport* itemAt(const CompressionReport& report, const std::string& path) {
+    for (const auto& item : report.items) {
+        if (item.item.path == path) {
+            return &item;
+        }
+    }
+    return nullptr;
+}
+
+// The answers and the requests for the files of a run, from --all or the
+// paths given.
+template <class Report>
+void choose(const Report& report, bool all, const std::vector<std::string>& paths,
+            const Environment& environment, std::vector<Answer>& answers,
+            std::vector<PutBackRequest::Item>& requests) {
+    if (all) {
+        for (const auto& item : report.items) {
+            const auto kind = item.outcome.kind;
+            const std::string& path = [&]() -> const std::string& {
+                if constexpr (std::is_same_v<Report, CleanupReport>) {
+                    return item.removal.path;
+                } else {
+                    return item.item.path;
+                }
+            }();
+            if (kind == ItemOutcome::Kind::movedToTrash) {
+                requests.push_back({path, path});
+            } else if (kind == ItemOutcome::Kind::unknown) {
+                // Never passed over in silence: its place is not known.
+                answers.push_back(*notPossible(path, &item, environment));
+            }
+        }
+    }
+    for (const auto& given : paths) {
+        std::string path = PathRules::standardized(given);
+        if (auto answer = notPossible(path, itemAt(report, path), environment)) {
+            answers.push_back(std::move(*answer));
+        } else {
+            requests.push_back({path, path});
+        }
+    }
+}
+
 } // namespace
 
 std::string_view RestoreCommand::summary() const {
-    return "Put pictures a cleanup moved to the Trash back where they were";
+    return "Put back what a cleanup or a compression moved to the Trash";
 }
 
 std::vector<std::string> RestoreCommand::synopsis() const {
@@ -113,8 +188,9 @@ std::vector<std::string> RestoreCommand::synopsis() const {
 }
 
 void RestoreCommand::define(CLI::App& app) {
-    required(app.add_option("ID", id_, "The cleanup's id, or its first characters"),
-             "no cleanup id given ('brevant history' lists them)");
+    required(
+        app.add_option("ID", id_, "The cleanup's or compression's id, or its first characters"),
+        "no cleanup id given ('brevant history' lists them)");
     auto* paths = app.add_option("PATH", paths_, "The pictures to put back, by their old paths");
     app.add_flag("--all", all_, "Put back every picture the cleanup moved")->excludes(paths);
     app.add_flag("--beside", beside_,
@@ -133,44 +209,41 @@ int RestoreCommand::run(const Environment& environment) {
     if (!held) {
         return ExitStatus::kFailed;
     }
-    auto history = CleanupHistory::read(platform::DataFolder::current().cleanups());
+    auto data = platform::DataFolder::current();
+    auto history = CleanupHistory::read(data.cleanups());
     auto report = history.find(id_);
+    std::optional<CompressionReport> compression;
     if (!report) {
-        fmt::print(environment.err, "brevant restore: {}\n", report.error());
-        return ExitStatus::kUsage;
+        auto compressions = CompressionHistory::read(data.compressions());
+        auto found = compressions.find(id_);
+        if (!found) {
+            bool none = report.error().starts_with("no cleanup");
+            fmt::print(environment.err, "brevant restore: {}\n",
+                       none ? found.error() : report.error());
+            return ExitStatus::kUsage;
+        }
+        compression = std::move(*found);
     }
 
     std::vector<Answer> answers;
-    std::vector<Restorer::Request> requests;
-    if (all_) {
-        for (const auto& item : report->items) {
-            const auto kind = item.outcome.kind;
-            if (kind == ItemOutcome::Kind::movedToTrash) {
-                requests.push_back({item.removal.path, item.removal.path});
-            } else if (kind == ItemOutcome::Kind::unknown) {
-                // Never passed over in silence: its place is not known.
-                answers.push_back(*notPossible(item.removal.path, &item, environment));
-            }
-        }
-    }
-    for (const auto& given : paths_) {
-        std::string path = PathRules::standardized(given);
-        const ItemReport* item = itemAt(*report, path);
-        if (auto answer = notPossible(path, item, environment)) {
-            answers.push_back(std::move(*answer));
-        } else {
-            requests.push_back({path, path});
-        }
+    std::vector<PutBackRequest::Item> requests;
+    if (compression) {
+        choose(*compression, all_, paths_, environment, answers, requests);
+    } else {
+        choose(*report, all_, paths_, environment, answers, requests);
     }
 
     ProgressLine line(environment.err, environment.showProgress, environment.cancel);
-    auto results = Restorer::restore(Restorer::Batch{.journalPath = report->journalPath,
-                                                     .requests = requests,
-                                                     .besideWhenOccupied = beside_,
-                                                     .held = &*held},
-                                     environment.cancellation(), [&line](int done, int total) {
-                                         line.show("Putting back", done, total);
-                                     });
+    PutBackRequest batch{.journalPath =
+                             compression ? compression->journalPath : report->journalPath,
+                         .requests = requests,
+                         .besideWhenOccupied = beside_,
+                         .held = &*held};
+    auto progress = [&line](int done, int total) { line.show("Putting back", done, total); };
+    auto results =
+        compression
+            ? PutBack<CompressionJournalKind>::restore(batch, environment.cancellation(), progress)
+            : Restorer::restore(batch, environment.cancellation(), progress);
     line.clear();
     if (!results) {
         fmt::print(environment.err, "brevant restore: {}\n", results.error());
@@ -180,6 +253,9 @@ int RestoreCommand::run(const Environment& environment) {
     for (const auto& result : *results) {
         attempted.insert(result.itemID);
         answers.push_back(answerOf(result.itemID, result.outcome, environment));
+        if (result.companion) {
+            answers.back().message += " " + *result.companion;
+        }
     }
     for (const auto& request : requests) {
         if (!attempted.contains(request.itemID)) {
@@ -188,6 +264,7 @@ int RestoreCommand::run(const Environment& environment) {
                                .message = "Not put back: stopped before reaching it."});
         }
     }
+    Uuid planID = compression ? compression->planID : report->planID;
 
     bool allBack = std::ranges::all_of(answers, &Answer::isBack);
     if (json_) {
@@ -201,13 +278,15 @@ int RestoreCommand::run(const Environment& environment) {
             }
             items.push_back(std::move(item));
         }
-        Json document{{"id", report->planID.text()}, {"items", std::move(items)}};
+        Json document{{"id", planID.text()}, {"items", std::move(items)}};
         fmt::print(environment.out, "{}\n", document.dump(2));
         return allBack ? ExitStatus::kSuccess : ExitStatus::kFailed;
     }
     if (answers.empty()) {
-        fmt::print(environment.out, "Nothing to put back: this cleanup has no picture in the "
-                                    "Trash.\n");
+        fmt::print(environment.out, "{}\n",
+                   compression ? "Nothing to put back: this compression has no original in the "
+                                 "Trash."
+                               : "Nothing to put back: this cleanup has no picture in the Trash.");
     }
     for (const auto& answer : answers) {
         print(answer, environment);

@@ -3,6 +3,7 @@
 #include "app/gui/CleanupController.hpp"
 #include "app/gui/CleanupReportView.hpp"
 #include "app/gui/CleanupTexts.hpp"
+#include "app/gui/CompressionController.hpp"
 #include "app/gui/QtText.hpp"
 #include "app/gui/ScreenParts.hpp"
 #include "engine/cleanup/JournalTexts.hpp"
@@ -12,6 +13,7 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QLocale>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QStackedWidget>
 #include <QTreeWidget>
@@ -70,12 +72,85 @@ HistoryScreen::HistoryScreen(CleanupController& cleanups, QWidget* parent)
     connect(close_, &QPushButton::clicked, this, &HistoryScreen::back);
 }
 
+void HistoryScreen::showCompressions(CompressionController& compressions) {
+    compressions_ = &compressions;
+    compressionTitle_ = parts::label(tr("Compressions"), "section", listPage_);
+    compressionList_ = new QTreeWidget(listPage_);
+    compressionList_->setHeaderLabels({tr("Date"), tr("Files"), tr("Compressed"),
+                                       tr("Refused or passed over"), tr("Put back"), tr("Freed")});
+    compressionList_->setRootIsDecorated(false);
+    compressionList_->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    compressionReport_ = new QPlainTextEdit(pages_);
+    compressionReport_->setReadOnly(true);
+    pages_->addWidget(compressionReport_);
+    auto* layout = static_cast<QVBoxLayout*>(listPage_->layout());
+    layout->insertWidget(layout->count() - 1, compressionTitle_);
+    layout->insertWidget(layout->count() - 1, compressionList_, 1);
+    connect(compressions_, &CompressionController::historyLoaded, this,
+            &HistoryScreen::fillCompressions);
+    connect(compressionList_, &QTreeWidget::itemActivated, this, [this](QTreeWidgetItem* item) {
+        openCompression(compressionList_->indexOfTopLevelItem(item));
+    });
+}
+
 void HistoryScreen::reload() {
     pages_->setCurrentWidget(listPage_);
     close_->setText(tr("Done"));
     empty_->setText(tr(cleanup_texts::kReading));
     empty_->show();
     cleanups_.loadHistory();
+    if (compressions_ != nullptr) {
+        compressions_->loadHistory();
+    }
+}
+
+void HistoryScreen::fillCompressions() {
+    compressionList_->clear();
+    QLocale locale;
+    for (const auto& report : compressions_->history()) {
+        auto started =
+            QDateTime::fromSecsSinceEpoch(static_cast<qint64>(report.started.unixSeconds()));
+        auto* row = new QTreeWidgetItem(
+            compressionList_,
+            {locale.toString(started, QLocale::ShortFormat),
+             locale.toString(static_cast<qlonglong>(report.items.size())),
+             locale.toString(report.compressed()), locale.toString(report.refused()),
+             locale.toString(report.restored()), byteText(report.freedBytes())});
+        for (int column = 1; column < row->columnCount(); ++column) {
+            row->setTextAlignment(column, Qt::AlignRight | Qt::AlignVCenter);
+        }
+    }
+    bool any = !compressions_->history().empty();
+    compressionTitle_->setVisible(any);
+    compressionList_->setVisible(any);
+}
+
+void HistoryScreen::openCompression(int row) {
+    const auto& history = compressions_->history();
+    if (row < 0 || row >= static_cast<int>(history.size())) {
+        return;
+    }
+    const auto& report = history[static_cast<std::size_t>(row)];
+    QStringList lines;
+    for (const auto& item : report.items) {
+        lines << qtText(item.item.path) + QStringLiteral(": ") +
+                     (item.outcome.kind == ItemOutcome::Kind::movedToTrash
+                          ? tr("compressed into %1").arg(qtText(item.copyPath.value_or("")))
+                          : qtText(item.outcome.text));
+        for (const auto& note : item.notes) {
+            lines << QStringLiteral("    ") + qtText(note);
+        }
+    }
+    lines << QString()
+          << tr("To put the originals back: brevant restore %1 --all")
+                 .arg(qtText(report.planID.text()));
+    compressionReport_->setPlainText(lines.join(QLatin1Char('\n')));
+    pages_->setCurrentWidget(compressionReport_);
+    close_->setText(tr("Back to History"));
+}
+
+QString HistoryScreen::compressionReportText() const {
+    return compressionReport_ != nullptr ? compressionReport_->toPlainText() : QString();
 }
 
 void HistoryScreen::fill() {
@@ -117,7 +192,8 @@ void HistoryScreen::open(int row) {
 }
 
 void HistoryScreen::back() {
-    if (pages_->currentWidget() == report_) {
+    if (pages_->currentWidget() == report_ ||
+        (compressionReport_ != nullptr && pages_->currentWidget() == compressionReport_)) {
         // Put Back may have changed what the list counts.
         reload();
         return;

@@ -3,6 +3,7 @@
 #include <QWidget>
 
 class QLabel;
+class QPlainTextEdit;
 class QPushButton;
 class QStackedWidget;
 class QTreeWidget;
@@ -11,19 +12,29 @@ class QTreeWidgetItem;
 namespace brevant::gui {
 
 class CleanupController;
+class CompressionController;
 class CleanupReportView;
 
 // Every cleanup run on this computer, newest first, with its date, counts
 // and the bytes still in the Trash; opening one shows its pictures with
-// their outcomes and notes, and puts them back.
+// their outcomes and notes, and puts them back. Below, once it is given
+// them, the compressions the same way.
 class HistoryScreen : public QWidget {
     Q_OBJECT
 
 public:
     explicit HistoryScreen(CleanupController& cleanups, QWidget* parent = nullptr);
 
+    // Lists the compressions too, under the cleanups.
+    void showCompressions(CompressionController& compressions);
     // Reads the journals again and shows the list.
     void reload();
+    // Opens the compression in this row of its list.
+    void openCompression(int row);
+
+    [[nodiscard]] QTreeWidget* compressionList() const { return compressionList_; }
+
+    [[nodiscard]] QString compressionReportText() const;
     // Opens the cleanup in this row of the list.
     void open(int row);
 
@@ -45,6 +56,7 @@ Q_SIGNALS:
 
 private:
     void fill();
+    void fillCompressions();
     void back();
 
     CleanupController& cleanups_;
@@ -56,6 +68,10 @@ private:
     QPushButton* openButton_;
     CleanupReportView* report_;
     QPushButton* close_;
+    CompressionController* compressions_ = nullptr;
+    QLabel* compressionTitle_ = nullptr;
+    QTreeWidget* compressionList_ = nullptr;
+    QPlainTextEdit* compressionReport_ = nullptr;
 };
 
 } // namespace brevant::gui

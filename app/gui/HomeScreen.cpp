@@ -87,12 +87,18 @@ HomeScreen::HomeScreen(PhotoCleanupModel& model, QWidget* parent)
     summary_->setWordWrap(false);
     scan_ = parts::accentButton(tr("Scan"), this);
     scan_->setObjectName(QStringLiteral("scanButton"));
+    compress_ = new QPushButton(tr("Compress…"), this);
+    compress_->setObjectName(QStringLiteral("compressButton"));
+    compress_->setToolTip(tr("Write checked smaller copies of the big photos and videos in these "
+                             "folders; the originals go to the Trash"));
     auto* bottom = new QHBoxLayout;
     bottom->setContentsMargins(32, 8, 32, 20);
     bottom->addWidget(notice_, 1);
     bottom->addStretch();
     bottom->addWidget(summary_);
     bottom->addSpacing(12);
+    bottom->addWidget(compress_);
+    bottom->addSpacing(8);
     bottom->addWidget(scan_);
 
     auto* layout = new QVBoxLayout(this);
@@ -106,6 +112,14 @@ HomeScreen::HomeScreen(PhotoCleanupModel& model, QWidget* parent)
         if (!model_.startScan() && model_.settings().sources.empty()) {
             showNotice(QLatin1String(texts::kNoSources));
         }
+    });
+    connect(compress_, &QPushButton::clicked, this, [this] {
+        showNotice({});
+        if (model_.settings().sources.empty()) {
+            showNotice(QLatin1String(texts::kNoSources));
+            return;
+        }
+        Q_EMIT compressRequested();
     });
     connect(&model_, &PhotoCleanupModel::settingsChanged, this, &HomeScreen::showSettings);
     connect(&model_, &PhotoCleanupModel::scanCancelled, this,
@@ -300,6 +314,7 @@ void HomeScreen::showSettings() {
     showCatalog(Scope::lightroom);
     showCatalog(Scope::captureOne);
     scan_->setEnabled(model_.canScan());
+    compress_->setEnabled(model_.canScan() && settings.scope == Scope::folders);
     summary_->setText(summaryText());
 }
 

@@ -38,6 +38,10 @@ public:
 
     [[nodiscard]] QPushButton* scanButton() const { return scan_; }
 
+    // Beside Scan: smaller copies of the big photos and videos in the
+    // folders instead of duplicates.
+    [[nodiscard]] QPushButton* compressButton() const { return compress_; }
+
     // The sentence under the Scan button ("" when none).
     [[nodiscard]] QString noticeText() const;
     // What the Scan button will do, in words.
@@ -49,6 +53,9 @@ public:
     [[nodiscard]] QString catalogText(CleanupSettings::Scope scope) const;
     [[nodiscard]] QString catalogNoticeText(CleanupSettings::Scope scope) const;
     [[nodiscard]] QPushButton* chooseCatalogButton(CleanupSettings::Scope scope) const;
+
+Q_SIGNALS:
+    void compressRequested();
 
 private:
     QWidget* whereCard();
@@ -76,6 +83,7 @@ private:
 
     std::map<CleanupSettings::Scope, CatalogPage> catalogPages_;
     QPushButton* scan_ = nullptr;
+    QPushButton* compress_ = nullptr;
     QLabel* summary_ = nullptr;
     QFrame* notice_ = nullptr;
 };

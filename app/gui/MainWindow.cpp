@@ -6,6 +6,8 @@
 #include "app/gui/CleanupController.hpp"
 #include "app/gui/CleanupScreen.hpp"
 #include "app/gui/CleanupSettings.hpp"
+#include "app/gui/CompressionController.hpp"
+#include "app/gui/CompressionScreen.hpp"
 #include "app/gui/FolderList.hpp"
 #include "app/gui/HistoryScreen.hpp"
 #include "app/gui/HomeScreen.hpp"
@@ -61,6 +63,7 @@ MainWindow::MainWindow(PhotoCleanupModel& model, Skins& skins, QSettings& store,
     screens_->addWidget(overview_);
     setCentralWidget(screens_);
     buildCleanup();
+    buildCompression();
     review_ = new ReviewScreen(model, screens_);
     screens_->addWidget(review_);
     overview_->setReviewAvailable(true);
@@ -170,6 +173,9 @@ void MainWindow::followPhase() {
         // The run's screen stays in front until the user is done with its
         // report.
         screens_->setCurrentWidget(cleanupScreen_);
+        break;
+    case Phase::compressing:
+        screens_->setCurrentWidget(compressionScreen_);
         break;
     }
     updateActions();
@@ -283,6 +289,7 @@ void MainWindow::closeEvent(QCloseEvent* event) {
     store_.setValue(geometryKey(), saveGeometry());
     model_.cancelScan();
     cleanups_->stopAfterThisOne();
+    compressions_->stopAfterThisOne();
     event->accept();
 }
 
@@ -304,6 +311,15 @@ void MainWindow::buildCleanup() {
                 recovered_.insert(recovered_.end(), reports.begin(), reports.end());
                 showRecoveredReports();
             });
+}
+
+void MainWindow::buildCompression() {
+    compressions_ = new CompressionController(model_, this);
+    compressionScreen_ = new CompressionScreen(*compressions_, screens_);
+    screens_->addWidget(compressionScreen_);
+    connect(home_, &HomeScreen::compressRequested, compressions_,
+            [this] { (void)compressions_->find(); });
+    history_->showCompressions(*compressions_);
 }
 
 void MainWindow::showRecoveredReports() {
@@ -341,7 +357,8 @@ void MainWindow::updateCleanupActions() {
     }
     // A scan now would take the screen from the run, and read files that
     // are moving; canScan says no while a cleanup runs.
-    bool busy = model_.phase() == Phase::scanning || model_.phase() == Phase::cleaning;
+    bool busy = model_.phase() == Phase::scanning || model_.phase() == Phase::cleaning ||
+                model_.phase() == Phase::compressing;
     reviewCleanup_->setEnabled(!busy && model_.hasResult());
     historyAction_->setEnabled(!busy);
     if (model_.phase() == Phase::cleaning) {
@@ -349,7 +366,8 @@ void MainWindow::updateCleanupActions() {
         showSkipped_->setEnabled(false);
     }
     if (QAction* newScan = action(tr("New Scan"))) {
-        newScan->setEnabled(model_.phase() != Phase::cleaning);
+        newScan->setEnabled(model_.phase() != Phase::cleaning &&
+                            model_.phase() != Phase::compressing);
     }
 }
 
@@ -376,7 +394,7 @@ void MainWindow::showCleanupCard() {
 }
 
 void MainWindow::showHistory() {
-    if (model_.phase() == Phase::cleaning) {
+    if (model_.phase() == Phase::cleaning || model_.phase() == Phase::compressing) {
         return;
     }
     screens_->setCurrentWidget(history_);

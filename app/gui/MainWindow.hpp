@@ -18,6 +18,8 @@ namespace brevant::gui {
 class CleanupCard;
 class CleanupController;
 class CleanupScreen;
+class CompressionController;
+class CompressionScreen;
 class HistoryScreen;
 class CatalogMarkingCard;
 class HomeScreen;
@@ -32,8 +34,8 @@ class Skins;
 // The one window: menus, and a stack of screens that follows the model's
 // phase (home while idle, progress while scanning, the overview or the
 // review once a result is there, the cleanup's run and report while
-// cleaning and until the user is done with it); the history screen is
-// shown on request.
+// cleaning and until the user is done with it, the compression's screen
+// while compressing); the history screen is shown on request.
 class MainWindow : public QMainWindow {
     Q_OBJECT
 
@@ -70,6 +72,11 @@ public:
 
     [[nodiscard]] HistoryScreen* historyScreen() const { return history_; }
 
+    // Compression: the files found, the card, the run and its report.
+    [[nodiscard]] CompressionController* compressions() const { return compressions_; }
+
+    [[nodiscard]] CompressionScreen* compressionScreen() const { return compressionScreen_; }
+
     // The open review card, or null.
     [[nodiscard]] CleanupCard* cleanupCard() const;
 
@@ -100,6 +107,7 @@ private:
     void showOverview();
     void updateActions();
     void buildCleanup();
+    void buildCompression();
     void addCleanupActions(QMenu* file);
     void addHistoryAction(QMenu* view);
     void updateCleanupActions();
@@ -123,6 +131,8 @@ private:
     CleanupController* cleanups_ = nullptr;
     CleanupScreen* cleanupScreen_ = nullptr;
     HistoryScreen* history_ = nullptr;
+    CompressionController* compressions_ = nullptr;
+    CompressionScreen* compressionScreen_ = nullptr;
     QPointer<CleanupCard> card_;
     QAction* reviewCleanup_ = nullptr;
     QAction* historyAction_ = nullptr;

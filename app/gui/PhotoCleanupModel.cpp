@@ -188,7 +188,7 @@ void PhotoCleanupModel::findCatalog(Scope scope, const std::optional<std::string
 }
 
 bool PhotoCleanupModel::canScan() const {
-    if (phase_ == Phase::scanning || phase_ == Phase::cleaning) {
+    if (phase_ == Phase::scanning || phase_ == Phase::cleaning || phase_ == Phase::compressing) {
         return false;
     }
     if (settings_.scope == Scope::folders) {
@@ -256,7 +256,7 @@ bool PhotoCleanupModel::isCancelling() const {
 }
 
 void PhotoCleanupModel::returnHome() {
-    if (phase_ != Phase::scanning && phase_ != Phase::cleaning) {
+    if (phase_ != Phase::scanning && phase_ != Phase::cleaning && phase_ != Phase::compressing) {
         setPhase(Phase::idle);
     }
 }
@@ -275,8 +275,22 @@ void PhotoCleanupModel::endCleaning() {
     }
 }
 
+bool PhotoCleanupModel::beginCompressing() {
+    if (phase_ == Phase::scanning || phase_ == Phase::cleaning || phase_ == Phase::compressing) {
+        return false;
+    }
+    setPhase(Phase::compressing);
+    return true;
+}
+
+void PhotoCleanupModel::endCompressing() {
+    if (phase_ == Phase::compressing) {
+        setPhase(hasResult_ ? Phase::reviewing : Phase::idle);
+    }
+}
+
 bool PhotoCleanupModel::showReports() {
-    if (phase_ == Phase::scanning || phase_ == Phase::cleaning) {
+    if (phase_ == Phase::scanning || phase_ == Phase::cleaning || phase_ == Phase::compressing) {
         return false;
     }
     setPhase(Phase::finished);
@@ -425,6 +439,8 @@ std::string_view rawValue(PhotoCleanupModel::Phase phase) {
         return "cleaning";
     case Phase::finished:
         return "finished";
+    case Phase::compressing:
+        return "compressing";
     }
     return "idle";
 }

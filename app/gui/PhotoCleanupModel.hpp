@@ -64,6 +64,9 @@ public:
         // A cleanup's report (or its refusal) is shown until the user is
         // done with it.
         finished,
+        // Files get smaller copies, or the compression's report is shown
+        // until the user is done with it.
+        compressing,
     };
 
     // The engine operations a scan calls. Tests wrap them, for example to
@@ -137,6 +140,12 @@ public:
     bool beginCleaning();
     // From cleaning to finished: the cleanup's report or refusal is shown.
     void endCleaning();
+    // To compressing, as the compression screen opens; false while a scan,
+    // a cleanup or another compression has the window.
+    bool beginCompressing();
+    // The user is done with the compression: back to reviewing, or to idle
+    // without a result.
+    void endCompressing();
     // To finished for reports of cleanups a crash left unfinished, from
     // idle or reviewing; false in any other phase.
     bool showReports();

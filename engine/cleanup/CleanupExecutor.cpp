@@ -3,6 +3,7 @@
 #include "engine/cleanup/CleanupJournal.hpp"
 #include "engine/cleanup/CleanupPlanner.hpp"
 #include "engine/cleanup/ExecutorTexts.hpp"
+#include "engine/cleanup/TrashMove.hpp"
 #include "engine/platform/FileStatus.hpp"
 #include "engine/review/LockStore.hpp"
 #include "engine/scan/ContentReader.hpp"
@@ -49,13 +50,6 @@ bool linkOnTheWay(const std::string& path) {
     }
     auto real = platform::realPath(folder);
     return !real || *real != folder;
-}
-
-// The file of the snapshot, unchanged; link count and flags aside.
-bool sameFile(const FileSnapshot& now, const FileSnapshot& planned) {
-    return planned.isRegularFile && !planned.isSymbolicLink && now.identity == planned.identity &&
-           now.size == planned.size && now.modifiedSeconds == planned.modifiedSeconds &&
-           now.modifiedNanoseconds == planned.modifiedNanoseconds;
 }
 
 bool isIdenticalRemoval(const PlannedRemoval& removal) {
@@ -109,7 +103,7 @@ KeeperVerdict keeperVerdict(const PlannedRemoval& removal, const KeeperEvidence&
         return failsWith(trashed.contains(keeper.snapshot.identity) ? sentences::kKeeperMoved
                                                                     : sentences::kKeeperMissing);
     }
-    if (now->isSymbolicLink || !now->isRegularFile || !sameFile(*now, keeper.snapshot)) {
+    if (now->isSymbolicLink || !now->isRegularFile || !TrashMove::sameFile(*now, keeper.snapshot)) {
         return failsWith(sentences::kKeeperChanged);
     }
     bool identical = isIdenticalRemoval(removal);
@@ -140,6 +134,15 @@ std::optional<std::string> keeperLeft(const PlannedRemoval& removal,
         words.push_back(std::move(verdict.word));
     }
     return sentences::noKeeperLeft(removal.matchKind, std::move(words));
+}
+
+// Moves the item to the Trash, its intent written first.
+TrashMove::Result moveToTrash(const Trasher& trasher, CleanupJournal& journal,
+                              const PlannedRemoval& removal) {
+    return TrashMove::run(
+        trasher, removal.path, removal.snapshot, [&](const std::optional<std::string>& trashPath) {
+            return journal.write(Entry::ofIntent(removal.path, Date::now(), trashPath)).has_value();
+        });
 }
 
 // Outcome entries that cannot be written are left to reconciliation.
@@ -189,18 +192,6 @@ private:
     std::unique_ptr<LockStore> store_;
 };
 
-// What one move came to: its outcome (none when its intent could not be
-// written, so nothing moved), a note, and the file now in the Trash.
-struct Move {
-    std::optional<ItemOutcome> outcome;
-    std::optional<std::string> note;
-    std::optional<FileIdentity> trashed;
-};
-
-Move failedMove(const TrashError& error) {
-    return {.outcome = ItemOutcome::failed(CleanupExecutor::explain(error))};
-}
-
 } // namespace
 
 CleanupExecutor::CleanupExecutor(platform::DataFolder data, std::shared_ptr<const Trasher> trasher)
@@ -236,60 +227,6 @@ std::optional<ExecutionRefusal> CleanupExecutor::refusal(const CleanupPlan& plan
     return std::nullopt;
 }
 
-namespace {
-
-// The moved file checked against the scan once more: a file that changed in
-// the instant between the check and the move (an editor saving by rename) is
-// put back at once; if its place was taken meanwhile it stays in the Trash,
-// recorded as the file it is, so that Put Back finds it.
-Move verified(const Trasher& trasher, const PlannedRemoval& removal, const std::string& trashPath) {
-    auto moved = FileSnapshot::read(trashPath);
-    if (!moved) {
-        return {.outcome = ItemOutcome::unknown(std::string(sentences::kGoneFromTrash))};
-    }
-    if (moved->isRegularFile && !moved->isSymbolicLink && sameFile(*moved, removal.snapshot)) {
-        return {.outcome = ItemOutcome::movedToTrash(trashPath, moved->identity),
-                .trashed = moved->identity};
-    }
-    if (trasher.putBack(trashPath, removal.path)) {
-        return {.outcome = ItemOutcome::skipped(std::string(sentences::kChangedWhileMoving))};
-    }
-    return {.outcome = ItemOutcome::movedToTrash(trashPath, moved->identity),
-            .note = std::string(sentences::kChangedKeptInTrash),
-            .trashed = moved->identity};
-}
-
-// Reserves the item's place in the Trash, writes it down in the intent, then
-// moves it there; a place taken meanwhile is reserved and written down anew.
-Move moveToTrash(const Trasher& trasher, CleanupJournal& journal, const PlannedRemoval& removal) {
-    constexpr int kAttempts = 16;
-    auto reserved = trasher.reserve(removal.path);
-    if (!reserved) {
-        if (!journal.write(Entry::ofIntent(removal.path, Date::now()))) {
-            return {};
-        }
-        return failedMove(reserved.error());
-    }
-    for (int attempt = 1;; ++attempt) {
-        if (!journal.write(Entry::ofIntent(removal.path, Date::now(), *reserved))) {
-            return {};
-        }
-        auto moved = trasher.moveInto(removal.path, *reserved);
-        if (moved) {
-            return verified(trasher, removal, *reserved);
-        }
-        if (moved.error().code != EEXIST || attempt == kAttempts) {
-            return failedMove(moved.error());
-        }
-        reserved = trasher.reserve(removal.path);
-        if (!reserved) {
-            return failedMove(reserved.error());
-        }
-    }
-}
-
-} // namespace
-
 std::expected<CleanupReport, ExecutionRefusal>
 CleanupExecutor::execute(const CleanupPlan& plan, const CleanupApproval& approval,
                          const CancellationFlag& cancel, const Progress& progress) const {
@@ -323,7 +260,8 @@ CleanupExecutor::execute(const CleanupPlan& plan, const CleanupApproval& approva
         }
         if (reason) {
             record(*journal, removal, ItemOutcome::skipped(std::move(*reason)));
-        } else if (Move move = moveToTrash(*trasher_, *journal, removal); move.outcome) {
+        } else if (TrashMove::Result move = moveToTrash(*trasher_, *journal, removal);
+                   move.outcome) {
             if (move.trashed) {
                 trashed.insert(*move.trashed);
             }
@@ -364,7 +302,7 @@ std::optional<std::string> CleanupExecutor::check(const PlannedRemoval& removal,
     if (now->isDataless()) {
         return std::string(sentences::kInCloud);
     }
-    if (!now->isRegularFile || !sameFile(*now, removal.snapshot)) {
+    if (!now->isRegularFile || !TrashMove::sameFile(*now, removal.snapshot)) {
         return std::string(sentences::kChanged);
     }
     if (now->linkCount >= 2) {

@@ -29,48 +29,49 @@ std::string alreadyExists(std::string_view name, std::string_view folder) {
         name, folder);
 }
 
-std::string cannotOpen(std::string_view name, std::string_view reason) {
-    return fmt::format("The cleanup record \u201c{}\u201d couldn\u2019t be opened ({}).", name,
+std::string cannotOpen(std::string_view record, std::string_view name, std::string_view reason) {
+    return fmt::format("The {} record \u201c{}\u201d couldn\u2019t be opened ({}).", record, name,
                        reason);
 }
 
-std::string cannotWrite(std::string_view name, std::string_view reason) {
-    return fmt::format("The cleanup record \u201c{}\u201d couldn\u2019t be written ({}).", name,
+std::string cannotWrite(std::string_view record, std::string_view name, std::string_view reason) {
+    return fmt::format("The {} record \u201c{}\u201d couldn\u2019t be written ({}).", record, name,
                        reason);
 }
 
-std::string unreadable(std::string_view name) {
-    return fmt::format("The cleanup record \u201c{}\u201d couldn\u2019t be read: none of its "
+std::string unreadable(std::string_view record, std::string_view name) {
+    return fmt::format("The {} record \u201c{}\u201d couldn\u2019t be read: none of its "
                        "lines could be read.",
-                       name);
+                       record, name);
 }
 
-std::string cannotCreate(std::string_view name, std::string_view folder, std::string_view reason) {
-    return fmt::format("The cleanup record \u201c{}\u201d couldn\u2019t be created in the folder "
+std::string cannotCreate(std::string_view record, std::string_view name, std::string_view folder,
+                         std::string_view reason) {
+    return fmt::format("The {} record \u201c{}\u201d couldn\u2019t be created in the folder "
                        "\u201c{}\u201d ({}).",
-                       name, folder, reason);
+                       record, name, folder, reason);
 }
 
-std::string cannotRead(std::string_view name, std::string_view reason) {
-    return fmt::format("The cleanup record \u201c{}\u201d couldn\u2019t be read ({}).", name,
+std::string cannotRead(std::string_view record, std::string_view name, std::string_view reason) {
+    return fmt::format("The {} record \u201c{}\u201d couldn\u2019t be read ({}).", record, name,
                        reason);
 }
 
-std::string notAFile(std::string_view name) {
-    return fmt::format("The cleanup record \u201c{}\u201d is not a file, so it cannot be read.",
+std::string notAFile(std::string_view record, std::string_view name) {
+    return fmt::format("The {} record \u201c{}\u201d is not a file, so it cannot be read.", record,
                        name);
 }
 
-std::string inUse(std::string_view name) {
-    return fmt::format("The cleanup record \u201c{}\u201d is in use by a cleanup or Put Back "
-                       "that is still running.",
-                       name);
+std::string inUse(std::string_view record, std::string_view name) {
+    return fmt::format("The {} record \u201c{}\u201d is in use by a {} or Put Back that is still "
+                       "running.",
+                       record, name, record);
 }
 
-std::string isLink(std::string_view path) {
-    return fmt::format("This cleanup record is a symbolic link, which {} does not follow: {}. "
+std::string isLink(std::string_view record, std::string_view path) {
+    return fmt::format("This {} record is a symbolic link, which {} does not follow: {}. "
                        "Put the record itself there to see its pictures.",
-                       texts::kApplication, path);
+                       record, texts::kApplication, path);
 }
 
 std::string putBackLost(std::string_view destination) {
@@ -79,19 +80,21 @@ std::string putBackLost(std::string_view destination) {
                        destination);
 }
 
-std::optional<std::string> damage(bool planDamaged, int damagedLines) {
+std::optional<std::string> damage(std::string_view record, bool planDamaged, int damagedLines) {
     if (planDamaged) {
-        return std::string("Part of this cleanup\u2019s record is damaged: its plan could not be "
-                           "read, so only the pictures its other lines name are listed.");
+        return fmt::format("Part of this {}\u2019s record is damaged: its plan could not be "
+                           "read, so only the pictures its other lines name are listed.",
+                           record);
     }
     if (damagedLines == 1) {
-        return std::string("One line of this cleanup\u2019s record could not be read; its "
-                           "pictures are listed from the rest.");
+        return fmt::format("One line of this {}\u2019s record could not be read; its "
+                           "pictures are listed from the rest.",
+                           record);
     }
     if (damagedLines > 1) {
-        return fmt::format("{} lines of this cleanup\u2019s record could not be read; its "
+        return fmt::format("{} lines of this {}\u2019s record could not be read; its "
                            "pictures are listed from the rest.",
-                           damagedLines);
+                           damagedLines, record);
     }
     return std::nullopt;
 }

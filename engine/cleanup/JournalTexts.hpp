@@ -46,30 +46,36 @@ inline constexpr std::string_view kFinishedTitle = "Cleanup finished";
 // The caption of the list of earlier cleanups.
 [[nodiscard]] std::string historyCaption();
 
-// Failures of the journal file itself; `name` is the file's name, `reason`
-// the system's error text.
+// Failures of the journal file itself; `record` is the kind of record
+// ("cleanup", "compression"), `name` the file's name, `reason` the system's
+// error text.
 [[nodiscard]] std::string alreadyExists(std::string_view name, std::string_view folder);
-[[nodiscard]] std::string cannotOpen(std::string_view name, std::string_view reason);
-[[nodiscard]] std::string cannotWrite(std::string_view name, std::string_view reason);
-[[nodiscard]] std::string unreadable(std::string_view name);
-[[nodiscard]] std::string cannotCreate(std::string_view name, std::string_view folder,
-                                       std::string_view reason);
-[[nodiscard]] std::string cannotRead(std::string_view name, std::string_view reason);
-[[nodiscard]] std::string inUse(std::string_view name);
-[[nodiscard]] std::string notAFile(std::string_view name);
+[[nodiscard]] std::string cannotOpen(std::string_view record, std::string_view name,
+                                     std::string_view reason);
+[[nodiscard]] std::string cannotWrite(std::string_view record, std::string_view name,
+                                      std::string_view reason);
+[[nodiscard]] std::string unreadable(std::string_view record, std::string_view name);
+[[nodiscard]] std::string cannotCreate(std::string_view record, std::string_view name,
+                                       std::string_view folder, std::string_view reason);
+[[nodiscard]] std::string cannotRead(std::string_view record, std::string_view name,
+                                     std::string_view reason);
+[[nodiscard]] std::string inUse(std::string_view record, std::string_view name);
+[[nodiscard]] std::string notAFile(std::string_view record, std::string_view name);
 // A record that is a symbolic link is not followed; `path` is the link's.
-[[nodiscard]] std::string isLink(std::string_view path);
+[[nodiscard]] std::string isLink(std::string_view record, std::string_view path);
 
 // A Put Back cut short whose picture is neither back nor in the Trash.
 [[nodiscard]] std::string putBackLost(std::string_view destination);
 
 // What of a record could not be read, for its report; nothing when it all
-// could.
+// A cleanup cut short while its plan line was written: not one whole line.
 inline constexpr std::string_view kCutBeforePlan =
     "This cleanup stopped while its plan was being written, before any picture could move: "
     "it moved nothing.";
 
-[[nodiscard]] std::optional<std::string> damage(bool planDamaged, int damagedLines);
+// could. `record` as above.
+[[nodiscard]] std::optional<std::string> damage(std::string_view record, bool planDamaged,
+                                                int damagedLines);
 
 // Prefixes of the records' decoding errors, followed by the parser's words.
 inline constexpr std::string_view kPlanUnreadable = "The cleanup plan could not be read: ";

@@ -2,6 +2,7 @@
 
 #include "engine/cleanup/ChangeLock.hpp"
 #include "engine/cleanup/CleanupPlan.hpp"
+#include "engine/cleanup/PutBack.hpp"
 #include "engine/cleanup/RestoreOutcome.hpp"
 #include "engine/scan/CancellationFlag.hpp"
 #include "engine/support/Date.hpp"
@@ -26,36 +27,13 @@ namespace brevant {
 // once, however many pictures it puts back.
 struct Restorer {
     // One picture of the cleanup, by its planned path, and where it goes.
-    struct Request {
-        std::string itemID;
-        std::string destination;
-    };
-
+    using Request = PutBackRequest::Item;
     // What became of one picture asked for.
-    struct Result {
-        std::string itemID;
-        RestoreOutcome outcome;
-
-        friend bool operator==(const Result&, const Result&) = default;
-    };
-
-    struct Batch {
-        std::string journalPath;
-        std::vector<Request> requests;
-        // A picture whose place is taken goes back under alternativePath of
-        // its destination instead, after the refusal is noted.
-        bool besideWhenOccupied = false;
-        // How to wait while another run holds the change lock; without it
-        // the Put Back is refused at once.
-        ChangeLock::Waiting waiting;
-        // The change lock, when the caller took it already (to read the
-        // journal it chose the pictures from under it).
-        const ChangeLock* held = nullptr;
-        Date now = Date::now();
-    };
-
+    using Result = PutBackRequest::Result;
+    // The pictures, and how: see PutBackRequest.
+    using Batch = PutBackRequest;
     // Called after each picture, with the number done and the total.
-    using Progress = std::function<void(int done, int total)>;
+    using Progress = PutBackRequest::Progress;
 
     // Puts the pictures back in request order. Each one's file in the Trash
     // must be the one the cleanup moved (same device and inode; a different

@@ -83,6 +83,10 @@ std::string DataFolder::cleanups() const {
     return joined(path, kCleanupsName);
 }
 
+std::string DataFolder::compressions() const {
+    return joined(path, kCompressionsName);
+}
+
 std::string DataFolder::markings() const {
     return joined(path, kMarkingsName);
 }

@@ -15,6 +15,7 @@ struct DataFolder {
     static constexpr std::string_view kFeatureCacheName = "features.plist";
     static constexpr std::string_view kLockStoreName = "keep-locks.json";
     static constexpr std::string_view kCleanupsName = "Cleanups";
+    static constexpr std::string_view kCompressionsName = "Compressions";
     static constexpr std::string_view kMarkingsName = "Markings";
     static constexpr std::string_view kChangeLockName = "changes.lock";
     static constexpr std::string_view kFolderName = "Brevant";
@@ -56,6 +57,7 @@ struct DataFolder {
     [[nodiscard]] std::string featureCache() const;
     [[nodiscard]] std::string lockStore() const;
     [[nodiscard]] std::string cleanups() const;
+    [[nodiscard]] std::string compressions() const;
     [[nodiscard]] std::string markings() const;
     // The lock file that every run changing pictures or these records holds.
     [[nodiscard]] std::string changeLock() const;

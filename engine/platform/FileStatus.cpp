@@ -35,6 +35,14 @@ std::optional<FileStatus> statusOfPath(const std::string& path) {
     return statusFrom(status);
 }
 
+std::optional<unsigned> permissionBitsOf(const std::string& path) {
+    struct stat status{};
+    if (::lstat(path.c_str(), &status) != 0) {
+        return std::nullopt;
+    }
+    return static_cast<unsigned>(status.st_mode & 0777);
+}
+
 int statusErrorOf(const std::string& path) {
     struct stat status{};
     return ::lstat(path.c_str(), &status) == 0 ? 0 : errno;

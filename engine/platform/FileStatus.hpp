@@ -23,6 +23,10 @@ struct FileStatus {
 // lstat: the path itself, a final symbolic link is not followed.
 [[nodiscard]] std::optional<FileStatus> statusOfPath(const std::string& path);
 
+// lstat's permission bits (rwx for user, group, others), for a copy made
+// to be read by the same people.
+[[nodiscard]] std::optional<unsigned> permissionBitsOf(const std::string& path);
+
 // The errno with which lstat of the path fails; 0 when it succeeds.
 [[nodiscard]] int statusErrorOf(const std::string& path);
 

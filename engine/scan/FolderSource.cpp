@@ -86,10 +86,11 @@ std::optional<ExcludedItem> refusal(const std::string& chosen, std::string& reso
 class Walker {
 public:
     Walker(const FolderSource::OnlyPaths& only, const CancellationFlag& cancel,
-           const FolderSource::WalkProgress& progress)
+           const FolderSource::WalkProgress& progress, bool keepVideos)
         : only_(only)
         , cancel_(cancel)
-        , progress_(progress) {}
+        , progress_(progress)
+        , keepVideos_(keepVideos) {}
 
     // False when the walk was cancelled.
     bool walkRoot(const std::string& root);
@@ -103,10 +104,15 @@ private:
     void keep(const std::string& root, const std::string& path, PhotoFormat format,
               const FileSnapshot& snapshot);
     bool isImageType(const std::string& extension);
+    bool isVideoType(const std::string& extension);
+    // A plain, readable, non-empty file; else the reason is recorded.
+    std::optional<FileSnapshot> plainFile(const std::string& path);
 
     const FolderSource::OnlyPaths& only_;
     const CancellationFlag& cancel_;
     const FolderSource::WalkProgress& progress_;
+    bool keepVideos_ = false;
+    std::unordered_map<std::string, bool> videoTypeByExtension_;
     FolderSource::Walk walk_;
     std::unordered_map<FileIdentity, std::size_t> foundByIdentity_;
     std::unordered_map<std::string, bool> imageTypeByExtension_;
@@ -196,30 +202,40 @@ void Walker::visitFile(const std::string& root, const platform::DirectoryWalker:
         if (isImageType(extension)) {
             walk_.skipped.push_back(
                 {path, SkipReason::unsupportedFormat, PathRules::asciiUppercased(extension)});
+        } else if (keepVideos_ && isVideoType(extension)) {
+            if (auto snapshot = plainFile(path)) {
+                walk_.videos.push_back({path, root, *snapshot, PhotoFormat::other});
+            }
         } else if (entry.kind == platform::DirectoryWalker::Kind::regularFile) {
             walk_.otherFiles += 1;
         }
         return;
     }
+    if (auto snapshot = plainFile(path)) {
+        keep(root, path, *format, *snapshot);
+    }
+}
+
+std::optional<FileSnapshot> Walker::plainFile(const std::string& path) {
     auto snapshot = FileSnapshot::read(path);
     if (!snapshot || !snapshot->isRegularFile) {
         walk_.skipped.push_back(
             {path, SkipReason::unreadable, FolderSource::notPlainFileSentence()});
-        return;
+        return std::nullopt;
     }
     if (snapshot->isDataless()) {
         walk_.skipped.push_back({path, SkipReason::cloudPlaceholder, std::nullopt});
-        return;
+        return std::nullopt;
     }
     if (snapshot->size == 0) {
         walk_.skipped.push_back({path, SkipReason::empty, std::nullopt});
-        return;
+        return std::nullopt;
     }
     if (auto error = platform::readAccessError(path)) {
         walk_.skipped.push_back({path, SkipReason::unreadable, std::move(error)});
-        return;
+        return std::nullopt;
     }
-    keep(root, path, *format, *snapshot);
+    return snapshot;
 }
 
 void Walker::keep(const std::string& root, const std::string& path, PhotoFormat format,
@@ -231,6 +247,14 @@ void Walker::keep(const std::string& root, const std::string& path, PhotoFormat 
         return;
     }
     walk_.found.push_back({path, root, snapshot, format});
+}
+
+bool Walker::isVideoType(const std::string& extension) {
+    auto [it, inserted] = videoTypeByExtension_.try_emplace(extension, false);
+    if (inserted) {
+        it->second = platform::isVideoExtension(extension);
+    }
+    return it->second;
 }
 
 bool Walker::isImageType(const std::string& extension) {
@@ -288,9 +312,9 @@ PreparedRoots FolderSource::prepare(const std::vector<std::string>& paths) {
 }
 
 FolderSource::Walk FolderSource::walk(const std::vector<std::string>& roots, const OnlyPaths& only,
-                                      const CancellationFlag& cancel,
-                                      const WalkProgress& progress) {
-    Walker walker(only, cancel, progress);
+                                      const CancellationFlag& cancel, const WalkProgress& progress,
+                                      bool keepVideos) {
+    Walker walker(only, cancel, progress, keepVideos);
     for (const auto& root : roots) {
         if (!walker.walkRoot(root)) {
             break;

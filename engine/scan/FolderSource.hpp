@@ -38,6 +38,9 @@ struct FolderSource {
 
     struct Walk {
         std::vector<Found> found;
+        // Video files, when asked for (the format is `other`); hard links are
+        // not folded among them.
+        std::vector<Found> videos;
         std::vector<SkippedFile> skipped;
         std::vector<ExcludedItem> excluded;
         int discovered = 0;
@@ -82,8 +85,11 @@ struct FolderSource {
 
     [[nodiscard]] static PreparedRoots prepare(const std::vector<std::string>& paths);
 
+    // With `keepVideos` the files the system types as video are kept too,
+    // in `videos`.
     [[nodiscard]] static Walk walk(const std::vector<std::string>& roots, const OnlyPaths& only,
-                                   const CancellationFlag& cancel, const WalkProgress& progress);
+                                   const CancellationFlag& cancel, const WalkProgress& progress,
+                                   bool keepVideos = false);
 
     // `names` are the lowercased names in the file's folder, `stems` the same
     // without extensions.

@@ -362,8 +362,9 @@ TEST(CleanupJournal, ALineCutAnywhereCostsOnlyItselfAndTheNextEntryStartsCleanly
         Entry::ofOutcome(c, ItemOutcome::failed("No."), fixedDate(5)),
         Entry::ofFinished(fixedDate(6))};
     // What the journal holds after each whole line, worked out by hand.
-    std::vector<std::optional<CleanupJournal::Parsed>> expected{
-        CleanupJournal::Parsed{.cutBeforePlan = true}};
+    CleanupJournal::Parsed cutBeforePlan;
+    cutBeforePlan.cutBeforePlan = true;
+    std::vector<std::optional<CleanupJournal::Parsed>> expected{cutBeforePlan};
     CleanupJournal::Parsed state;
     state.plan = plan;
     state.started = fixedDate();
