@@ -2,10 +2,64 @@
 
 #include "app/gui/PhotoCleanupModel.hpp"
 #include "app/gui/QtText.hpp"
+#include "engine/cleanup/PutBack.hpp"
 #include "engine/compression/CompressionJournal.hpp"
 #include "engine/platform/DataFolder.hpp"
+#include "engine/support/PathNames.hpp"
 
 namespace brevant::gui {
+
+namespace {
+
+// One line for what became of an original and of its copy.
+QString putBackLine(const PutBackRequest::Result& result) {
+    std::string name = PathNames::lastComponent(result.itemID);
+    QString line = qtText(result.outcome.message(name));
+    if (result.outcome.kind == RestoreOutcome::Kind::occupied ||
+        result.outcome.kind == RestoreOutcome::Kind::failed) {
+        line = qtText(name) + QStringLiteral(": ") + line;
+    }
+    if (result.companion) {
+        line += QLatin1Char(' ') + qtText(*result.companion);
+    }
+    return line;
+}
+
+struct PutBackDone {
+    QStringList lines;
+    std::optional<CompressionReport> after;
+};
+
+PutBackDone putBackAllOf(const std::string& journalPath,
+                         const std::shared_ptr<const Trasher>& trasher) {
+    PutBackDone done;
+    auto report = CompressionJournal::report(journalPath);
+    if (!report) {
+        done.lines << CompressionController::tr("This compression's journal cannot be read.");
+        return done;
+    }
+    PutBackRequest batch{.journalPath = journalPath, .trasher = trasher};
+    for (const auto& item : report->items) {
+        if (item.outcome.kind == ItemOutcome::Kind::movedToTrash) {
+            batch.requests.push_back({item.item.path, item.item.path});
+        }
+    }
+    CancellationFlag never;
+    auto results = PutBack<CompressionJournalKind>::restore(batch, never, {});
+    if (!results) {
+        done.lines << qtText(results.error());
+    } else {
+        for (const auto& result : *results) {
+            done.lines << putBackLine(result);
+        }
+    }
+    if (auto after = CompressionJournal::report(journalPath)) {
+        done.after = std::move(*after);
+    }
+    return done;
+}
+
+} // namespace
 
 CompressionController::CompressionController(PhotoCleanupModel& model, QObject* parent)
     : QObject(parent)
@@ -103,6 +157,14 @@ void CompressionController::loadHistory() {
             history_ = std::move(reports);
             Q_EMIT historyLoaded();
         });
+}
+
+void CompressionController::putBackAll(const std::string& journalPath) {
+    worker_.run(
+        [journalPath, trasher = trasher_](const CancellationFlag&) {
+            return putBackAllOf(journalPath, trasher);
+        },
+        [this](const PutBackDone& done) { Q_EMIT putBackFinished(done.lines, done.after); });
 }
 
 } // namespace brevant::gui

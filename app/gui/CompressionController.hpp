@@ -7,6 +7,7 @@
 #include "engine/compression/Compressor.hpp"
 
 #include <QObject>
+#include <QStringList>
 
 #include <memory>
 #include <optional>
@@ -49,6 +50,10 @@ public:
     // The user is done: back to where the window was.
     void close();
     void loadHistory();
+    // Puts back every original of the compression journalled at
+    // `journalPath` that is still in the Trash, moving its copy to the
+    // Trash; refused at once while another run changes pictures.
+    void putBackAll(const std::string& journalPath);
 
     [[nodiscard]] bool isRunning() const { return running_; }
 
@@ -76,6 +81,10 @@ Q_SIGNALS:
     void runProgress(const brevant::CompressionProgress& progress);
     void runFinished();
     void historyLoaded();
+    // What became of each original, one line each, and the compression as
+    // its journal tells it afterwards.
+    void putBackFinished(const QStringList& lines,
+                         const std::optional<brevant::CompressionReport>& after);
 
 private:
     [[nodiscard]] Compressor compressor() const;

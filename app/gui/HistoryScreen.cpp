@@ -7,6 +7,7 @@
 #include "app/gui/QtText.hpp"
 #include "app/gui/ScreenParts.hpp"
 #include "engine/cleanup/JournalTexts.hpp"
+#include "engine/compression/CompressionReport.hpp"
 
 #include <QDateTime>
 #include <QHBoxLayout>
@@ -80,9 +81,21 @@ void HistoryScreen::showCompressions(CompressionController& compressions) {
                                        tr("Refused or passed over"), tr("Put back"), tr("Freed")});
     compressionList_->setRootIsDecorated(false);
     compressionList_->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
-    compressionReport_ = new QPlainTextEdit(pages_);
+    compressionPage_ = new QWidget(pages_);
+    compressionReport_ = new QPlainTextEdit(compressionPage_);
     compressionReport_->setReadOnly(true);
-    pages_->addWidget(compressionReport_);
+    compressionPutBack_ = new QPushButton(tr("Put Back All Originals"), compressionPage_);
+    compressionPutBack_->setToolTip(
+        tr("Returns every original still in the Trash to its place and moves its smaller copy "
+           "to the Trash."));
+    auto* pageLayout = new QVBoxLayout(compressionPage_);
+    pageLayout->setContentsMargins(0, 0, 0, 0);
+    pageLayout->addWidget(compressionReport_, 1);
+    auto* putBackRow = new QHBoxLayout;
+    putBackRow->addWidget(compressionPutBack_);
+    putBackRow->addStretch();
+    pageLayout->addLayout(putBackRow);
+    pages_->addWidget(compressionPage_);
     auto* layout = static_cast<QVBoxLayout*>(listPage_->layout());
     layout->insertWidget(layout->count() - 1, compressionTitle_);
     layout->insertWidget(layout->count() - 1, compressionList_, 1);
@@ -91,6 +104,18 @@ void HistoryScreen::showCompressions(CompressionController& compressions) {
     connect(compressionList_, &QTreeWidget::itemActivated, this, [this](QTreeWidgetItem* item) {
         openCompression(compressionList_->indexOfTopLevelItem(item));
     });
+    connect(compressionPutBack_, &QPushButton::clicked, this, [this] {
+        compressionPutBack_->setEnabled(false);
+        compressions_->putBackAll(compressionJournal_);
+    });
+    connect(compressions_, &CompressionController::putBackFinished, this,
+            [this](const QStringList& lines, const std::optional<CompressionReport>& after) {
+                if (after) {
+                    showCompression(*after, lines);
+                    return;
+                }
+                compressionReport_->setPlainText(lines.join(QLatin1Char('\n')));
+            });
 }
 
 void HistoryScreen::reload() {
@@ -130,23 +155,44 @@ void HistoryScreen::openCompression(int row) {
     if (row < 0 || row >= static_cast<int>(history.size())) {
         return;
     }
-    const auto& report = history[static_cast<std::size_t>(row)];
-    QStringList lines;
+    showCompression(history[static_cast<std::size_t>(row)], {});
+    pages_->setCurrentWidget(compressionPage_);
+    close_->setText(tr("Back to History"));
+}
+
+// The compression's files and outcomes, under what the last Put Back said.
+void HistoryScreen::showCompression(const CompressionReport& report,
+                                    const QStringList& putBackLines) {
+    compressionJournal_ = report.journalPath;
+    QStringList lines = putBackLines;
+    if (!lines.isEmpty()) {
+        lines << QString();
+    }
     for (const auto& item : report.items) {
-        lines << qtText(item.item.path) + QStringLiteral(": ") +
-                     (item.outcome.kind == ItemOutcome::Kind::movedToTrash
-                          ? tr("compressed into %1").arg(qtText(item.copyPath.value_or("")))
-                          : qtText(item.outcome.text));
+        QString outcome;
+        switch (item.outcome.kind) {
+        case ItemOutcome::Kind::movedToTrash:
+            outcome = tr("compressed into %1").arg(qtText(item.copyPath.value_or("")));
+            break;
+        case ItemOutcome::Kind::restored:
+            // Back at its own place, or beside it when that was taken.
+            outcome = item.outcome.text == item.item.path
+                          ? tr("put back")
+                          : tr("put back, at %1").arg(qtText(item.outcome.text));
+            break;
+        case ItemOutcome::Kind::skipped:
+        case ItemOutcome::Kind::failed:
+        case ItemOutcome::Kind::unknown:
+            outcome = qtText(item.outcome.text);
+            break;
+        }
+        lines << qtText(item.item.path) + QStringLiteral(": ") + outcome;
         for (const auto& note : item.notes) {
             lines << QStringLiteral("    ") + qtText(note);
         }
     }
-    lines << QString()
-          << tr("To put the originals back: brevant restore %1 --all")
-                 .arg(qtText(report.planID.text()));
     compressionReport_->setPlainText(lines.join(QLatin1Char('\n')));
-    pages_->setCurrentWidget(compressionReport_);
-    close_->setText(tr("Back to History"));
+    compressionPutBack_->setEnabled(report.compressed() > 0 && !report.running);
 }
 
 QString HistoryScreen::compressionReportText() const {
@@ -193,7 +239,7 @@ void HistoryScreen::open(int row) {
 
 void HistoryScreen::back() {
     if (pages_->currentWidget() == report_ ||
-        (compressionReport_ != nullptr && pages_->currentWidget() == compressionReport_)) {
+        (compressionPage_ != nullptr && pages_->currentWidget() == compressionPage_)) {
         // Put Back may have changed what the list counts.
         reload();
         return;

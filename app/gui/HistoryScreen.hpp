@@ -1,6 +1,9 @@
 #pragma once
 
+#include <QStringList>
 #include <QWidget>
+
+#include <string>
 
 class QLabel;
 class QPlainTextEdit;
@@ -8,6 +11,10 @@ class QPushButton;
 class QStackedWidget;
 class QTreeWidget;
 class QTreeWidgetItem;
+
+namespace brevant {
+struct CompressionReport;
+} // namespace brevant
 
 namespace brevant::gui {
 
@@ -35,6 +42,9 @@ public:
     [[nodiscard]] QTreeWidget* compressionList() const { return compressionList_; }
 
     [[nodiscard]] QString compressionReportText() const;
+
+    [[nodiscard]] QPushButton* compressionPutBackButton() const { return compressionPutBack_; }
+
     // Opens the cleanup in this row of the list.
     void open(int row);
 
@@ -58,6 +68,7 @@ private:
     void fill();
     void fillCompressions();
     void back();
+    void showCompression(const CompressionReport& report, const QStringList& putBackLines);
 
     CleanupController& cleanups_;
     QStackedWidget* pages_;
@@ -71,7 +82,10 @@ private:
     CompressionController* compressions_ = nullptr;
     QLabel* compressionTitle_ = nullptr;
     QTreeWidget* compressionList_ = nullptr;
+    QWidget* compressionPage_ = nullptr;
     QPlainTextEdit* compressionReport_ = nullptr;
+    QPushButton* compressionPutBack_ = nullptr;
+    std::string compressionJournal_;
 };
 
 } // namespace brevant::gui

@@ -91,6 +91,10 @@ public:
         return std::filesystem::exists(tree_.path("photos/" + name));
     }
 
+    [[nodiscard]] std::string bytes(const std::string& name) const {
+        return brevant::testing::readFile(tree_.path("photos/" + name));
+    }
+
     // Opens the compression from the home screen, sets the smallest size
     // to 0 (the photos are smaller than the 1 MB first offered) and waits
     // for the list.
@@ -149,6 +153,7 @@ private Q_SLOTS:
 
 void CompressionWindowTest::homeOffersCompressionListsTheFilesAndRunsThroughTheCard() {
     Rig rig(1);
+    const std::string original = rig.bytes("IMG_0001.JPG");
     QVERIFY(rig.window().home()->compressButton()->isEnabled());
     QVERIFY(rig.openList());
     QCOMPARE(rig.model().phase(), Phase::compressing);
@@ -174,6 +179,19 @@ void CompressionWindowTest::homeOffersCompressionListsTheFilesAndRunsThroughTheC
     QTRY_COMPARE_WITH_TIMEOUT(history->compressionList()->topLevelItemCount(), 1, kRunTimeoutMs);
     history->openCompression(0);
     QVERIFY(history->compressionReportText().contains(QStringLiteral("compressed into")));
+
+    // Put Back from the window: the original returns byte for byte and its
+    // copy goes to the Trash.
+    QVERIFY(history->compressionPutBackButton()->isEnabled());
+    history->compressionPutBackButton()->click();
+    QTRY_VERIFY_WITH_TIMEOUT(
+        history->compressionReportText().startsWith(QStringLiteral("IMG_0001.JPG is back, at ")),
+        kRunTimeoutMs);
+    QVERIFY2(history->compressionReportText().contains(QStringLiteral("IMG_0001.JPG: put back\n")),
+             qPrintable(history->compressionReportText()));
+    QCOMPARE(rig.bytes("IMG_0001.JPG"), original);
+    QVERIFY(!rig.exists("IMG_0001.HEIC"));
+    QVERIFY(!history->compressionPutBackButton()->isEnabled());
 }
 
 void CompressionWindowTest::stopAfterThisOneFinishesTheFileInHand() {
