@@ -107,14 +107,13 @@ std::string_view CatalogScanCommand::summary() const {
 }
 
 std::vector<std::string> CatalogScanCommand::synopsis() const {
-    return {"brevant catalog scan [--similar PRESET | --series] [--json] CATALOG"};
+    return {"brevant catalog scan [--similar [PRESET] | --series] [--json] CATALOG"};
 }
 
 void CatalogScanCommand::define(CLI::App& app) {
-    auto* similar =
-        app.add_option("--similar", similar_, "Other versions of the same photo, at this preset")
-            ->type_name("PRESET")
-            ->check(CLI::IsMember({"conservative", "balanced", "broad"}));
+    auto* similar = addSimilar(app, similar_,
+                               "Other versions of the same photo, at this preset (default: "
+                               "balanced)");
     app.add_flag("--series", series_, "Bursts of shots taken seconds apart")->excludes(similar);
     addJson(app, json_, "Print the whole result as JSON");
     required(
