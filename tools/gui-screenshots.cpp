@@ -9,7 +9,8 @@
 // The cleanup screens (card, run, reports, Put Back, history) are shot in
 // light classic and in nightfall; every picture they move is put back.
 // The catalog screens mark a Lightroom Classic catalog made here of the
-// folder's photos, and undo the marking again.
+// folder's photos, and undo the marking again; before that the catalog is
+// shown as one of a version marking was not tested with.
 #include "tests/fixtures/CatalogFixtures.hpp"
 
 #include "app/gui/AboutPanel.hpp"
@@ -53,6 +54,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
+#include <fmt/format.h>
 #include <functional>
 
 namespace {
@@ -305,11 +307,42 @@ bool undoAll(brevant::gui::MarkingsWindow* markings) {
     return true;
 }
 
+// The overview and the marking card of a catalog whose version marking was
+// not tested with, one of its photos already Rejected; the catalog is as it
+// was afterwards.
+bool shootUntestedCatalog(const QString& label, const Catalogs& catalogs, PhotoCleanupModel& model,
+                          MainWindow& window, Shooter& shooter) {
+    brevant::testing::SQLiteFile db(catalogs.lightroom);
+    auto setState = [&db](const char* version, const char* pick) {
+        db.exec(fmt::format(
+            "UPDATE Adobe_variablesTable SET value = '{}' WHERE name = 'Adobe_DBVersion';"
+            "UPDATE Adobe_images SET pick = {} WHERE id_local = (SELECT max(id_local) FROM "
+            "Adobe_images)",
+            version, pick));
+    };
+    setState("1504002", "-1.0");
+    brevant::gui::CatalogMarkingCard* card =
+        openCard(Scope::lightroom, catalogs.lightroom, model, window);
+    bool ok = card != nullptr;
+    if (ok) {
+        card->hide();
+        shooter.take(window, label, QStringLiteral("overview-catalog-untested"));
+        card->show();
+        shooter.take(*card, label, QStringLiteral("catalog-card-untested"));
+        card->close();
+    }
+    setState("1504001", "0.0");
+    return ok;
+}
+
 // The marking card before, refused and after marking (Lightroom Classic),
 // the tagging card (Capture One), and the list of markings before and
 // after undo, which leaves both catalogs as they were for the next skin.
 bool shootCatalogMarking(const QString& label, const Catalogs& catalogs, PhotoCleanupModel& model,
                          MainWindow& window, Shooter& shooter) {
+    if (!shootUntestedCatalog(label, catalogs, model, window, shooter)) {
+        return false;
+    }
     brevant::gui::CatalogMarkingCard* card =
         openCard(Scope::lightroom, catalogs.lightroom, model, window);
     if (card == nullptr) {

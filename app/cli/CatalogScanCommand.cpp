@@ -10,6 +10,8 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <fmt/format.h>
+#include <map>
+#include <set>
 
 namespace brevant::cli {
 
@@ -39,22 +41,48 @@ std::string found(const ScanOutcome& outcome) {
     return identical > 0 ? what + ", " + identicalText : what;
 }
 
-std::string summaryText(const ScanOutcome& outcome) {
+// A count with the photos it counts, each on its own line as a group lists
+// its members; nothing when there are none.
+std::string listed(std::string_view heading, const std::vector<std::string>& paths,
+                   std::string_view home) {
+    if (paths.empty()) {
+        return {};
+    }
+    std::string text = fmt::format("{}: {}\n", heading, paths.size());
+    for (const auto& path : paths) {
+        text += fmt::format("  {}\n", shownPath(path, home));
+    }
+    return text;
+}
+
+// Files the catalog lists and that are there, but could not be compared,
+// by reason.
+std::string otherSkipped(const ScanResult& result, const std::vector<std::string>& missing,
+                         std::string_view home) {
+    std::set<std::string_view> gone(missing.begin(), missing.end());
+    std::map<SkipReason, std::vector<std::string>> byReason;
+    for (const auto& file : result.skipped) {
+        if (!gone.contains(file.path)) {
+            byReason[file.reason].push_back(file.path);
+        }
+    }
+    std::string text;
+    for (const auto& [reason, paths] : byReason) {
+        text += listed(title(reason), paths, home);
+    }
+    return text;
+}
+
+std::string summaryText(const ScanOutcome& outcome, std::string_view home) {
     const ScanResult& result = *outcome.result;
-    std::size_t photos = outcome.catalog ? outcome.catalog->photos : 0;
+    CatalogSource::Facts facts = outcome.catalog.value_or(CatalogSource::Facts{});
     std::string text =
-        fmt::format("\n{} {} in the catalog, {} examined, {}\n", photos,
-                    plural(photos, "photo", "photos"), result.examined, found(outcome));
-    if (!result.skipped.empty()) {
-        text += fmt::format("Not where the catalog says: {}\n", result.skipped.size());
-    }
-    if (result.lightroomRejected > 0) {
-        text +=
-            fmt::format("Already Rejected in Lightroom Classic: {}\n", result.lightroomRejected);
-    }
-    if (result.captureOneRed > 0) {
-        text += fmt::format("Already tagged Red in Capture One: {}\n", result.captureOneRed);
-    }
+        fmt::format("\n{} {} in the catalog, {} examined, {}\n", facts.photos,
+                    plural(facts.photos, "photo", "photos"), result.examined, found(outcome));
+    text += listed("Not where the catalog says", facts.missing, home);
+    text += otherSkipped(result, facts.missing, home);
+    text +=
+        listed(CatalogSource::alreadyMarkedHeading(facts.application), facts.alreadyMarked, home);
     if (result.cancelled) {
         text += "cancelled\n";
     }
@@ -79,14 +107,13 @@ std::string_view CatalogScanCommand::summary() const {
 }
 
 std::vector<std::string> CatalogScanCommand::synopsis() const {
-    return {"brevant catalog scan [--similar PRESET | --series] [--json] CATALOG"};
+    return {"brevant catalog scan [--similar [PRESET] | --series] [--json] CATALOG"};
 }
 
 void CatalogScanCommand::define(CLI::App& app) {
-    auto* similar =
-        app.add_option("--similar", similar_, "Other versions of the same photo, at this preset")
-            ->type_name("PRESET")
-            ->check(CLI::IsMember({"conservative", "balanced", "broad"}));
+    auto* similar = addSimilar(app, similar_,
+                               "Other versions of the same photo, at this preset (default: "
+                               "balanced)");
     app.add_flag("--series", series_, "Bursts of shots taken seconds apart")->excludes(similar);
     addJson(app, json_, "Print the whole result as JSON");
     required(
@@ -116,7 +143,7 @@ int CatalogScanCommand::run(const Environment& environment) {
         fmt::print(environment.out, "{}\n", document(*outcome));
     } else {
         fmt::print(environment.out, "{}{}", catalog_text::groups(outcome->groups, environment.home),
-                   summaryText(*outcome));
+                   summaryText(*outcome, environment.home));
     }
     std::fflush(environment.out);
     return outcome->cancelled() ? ExitStatus::kCancelled : ExitStatus::kSuccess;

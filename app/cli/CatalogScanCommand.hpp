@@ -8,7 +8,7 @@
 
 namespace brevant::cli {
 
-// `brevant catalog scan [--similar PRESET | --series] [--json] CATALOG`:
+// `brevant catalog scan [--similar [PRESET] | --series] [--json] CATALOG`:
 // the duplicates among a Lightroom Classic or Capture One catalog's photos,
 // the groups a review of it holds, with what the user did to each copy in
 // the catalog. Only reads the catalog.

@@ -109,15 +109,14 @@ std::string_view CleanCommand::summary() const {
 }
 
 std::vector<std::string> CleanCommand::synopsis() const {
-    return {"brevant clean [--similar PRESET | --series] [--protect DIR]... [--inbox DIR]... "
+    return {"brevant clean [--similar [PRESET] | --series] [--protect DIR]... [--inbox DIR]... "
             "[--priorities NAME,...] [--dry-run] [--yes] [--json] FOLDER..."};
 }
 
 void CleanCommand::define(CLI::App& app) {
-    auto* similar = app.add_option("--similar", similar_,
-                                   "Also clean up other versions of a photo matched by appearance")
-                        ->check(CLI::IsMember({"conservative", "balanced", "broad"}))
-                        ->type_name("PRESET");
+    auto* similar = addSimilar(app, similar_,
+                               "Also clean up other versions of a photo matched by appearance "
+                               "(default preset: balanced)");
     app.add_flag("--series", series_, "Also clean up bursts shot seconds apart")->excludes(similar);
     app.add_option("--protect", protect_, "Never move copies in this folder (repeatable)")
         ->check(existingFolder())

@@ -12,7 +12,7 @@
 
 namespace brevant::cli {
 
-// `brevant clean [--similar PRESET | --series] [--protect DIR]...
+// `brevant clean [--similar [PRESET] | --series] [--protect DIR]...
 // [--inbox DIR]... [--priorities a,b,...] [--dry-run] [--yes] [--json]
 // FOLDER...`: scans, marks the suggested copies of every group, shows the
 // plan, asks, then moves the marked copies to the Trash under a journal and

@@ -47,6 +47,13 @@ CLI::Option* Command::addFolders(CLI::App& app, std::vector<std::string>& folder
     return required(app.add_option("FOLDER", folders, description), "no folder given");
 }
 
+CLI::Option* Command::addSimilar(CLI::App& app, std::string& preset,
+                                 const std::string& description) {
+    return app.add_flag("--similar{balanced}", preset, description)
+        ->check(CLI::IsMember({"conservative", "balanced", "broad"}))
+        ->type_name("[PRESET]");
+}
+
 CLI::Option* Command::addJson(CLI::App& app, bool& json, const std::string& description) {
     return app.add_flag("--json", json, description);
 }

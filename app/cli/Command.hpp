@@ -84,6 +84,10 @@ protected:
     // FOLDER... (one or more), "no folder given" when there is none.
     CLI::Option* addFolders(CLI::App& app, std::vector<std::string>& folders,
                             const std::string& description);
+    // --similar [PRESET]: the preset, "balanced" when the option stands
+    // alone; the command line joins a preset written after it to it, by
+    // the report's rule, so any other word stays an argument.
+    CLI::Option* addSimilar(CLI::App& app, std::string& preset, const std::string& description);
     // --json: the result as JSON on standard output instead of text.
     CLI::Option* addJson(CLI::App& app, bool& json, const std::string& description);
 

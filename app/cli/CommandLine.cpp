@@ -1,5 +1,6 @@
 #include "CommandLine.hpp"
 
+#include "app/cli/CommandLineReport.hpp"
 #include "app/cli/ExitStatus.hpp"
 #include "engine/support/PathText.hpp"
 
@@ -72,6 +73,50 @@ std::string unexpected(const std::string& argument, bool commandExpected) {
     return fmt::format("unexpected argument '{}'", shown);
 }
 
+// The command the arguments name, by the words that name commands.
+const CLI::App& namedCommand(const CLI::App& app, const std::vector<std::string>& arguments) {
+    const CLI::App* current = &app;
+    for (const auto& argument : arguments) {
+        if (argument == "--") {
+            break;
+        }
+        auto named = current->get_subcommands(
+            [&argument](const CLI::App* sub) { return sub->get_name() == argument; });
+        if (!named.empty()) {
+            current = named.front();
+        }
+    }
+    return *current;
+}
+
+// The preset after --similar is optional in every command that has the
+// option, as in the report: a word the report takes for a preset is joined
+// to the option ("--similar=broad"), and any other word stays a folder or a
+// catalog. After a lone "--" nothing is an option any more.
+std::vector<std::string> presetsJoined(const CLI::App& app,
+                                       const std::vector<std::string>& arguments) {
+    if (namedCommand(app, arguments).get_option_no_throw("--similar") == nullptr) {
+        return arguments;
+    }
+    std::vector<std::string> joined;
+    joined.reserve(arguments.size());
+    for (auto it = arguments.begin(); it != arguments.end(); ++it) {
+        if (*it == "--") {
+            joined.insert(joined.end(), it, arguments.end());
+            break;
+        }
+        auto next = std::next(it);
+        if (*it == "--similar" && next != arguments.end() &&
+            CommandLineReport::presetNamed(*next)) {
+            joined.push_back(*it + "=" + *next);
+            it = next;
+            continue;
+        }
+        joined.push_back(*it);
+    }
+    return joined;
+}
+
 } // namespace
 
 // Help laid out as `brevant` writes it: the usage lines each command gives,
@@ -116,17 +161,24 @@ public:
 
     std::string make_option_name(const CLI::Option* option, bool positional) const override {
         if (!positional) {
-            return CLI::Formatter::make_option_name(option, positional);
+            // Without the value a flag takes when given alone
+            // ("--similar{balanced}").
+            std::string name = CLI::Formatter::make_option_name(option, positional);
+            for (auto open = name.find('{'); open != std::string::npos; open = name.find('{')) {
+                name.erase(open, name.find('}', open) - open + 1);
+            }
+            return name;
         }
         bool many = option->get_expected_max() > 1;
         return option->get_name(true, false) + (many ? "..." : "");
     }
 
     // Only what a value is ("PRESET"); the usage lines already say what is
-    // required and what repeats.
+    // required and what repeats. A flag shows one only when it may take a
+    // value ("[PRESET]").
     std::string make_option_opts(const CLI::Option* option) const override {
-        if (option->get_positional() || option->get_type_size() == 0 ||
-            option->get_type_name().empty()) {
+        bool valued = option->get_type_size() != 0 || option->get_type_name().starts_with('[');
+        if (option->get_positional() || !valued || option->get_type_name().empty()) {
             return {};
         }
         return " " + option->get_type_name();
@@ -187,7 +239,8 @@ int CommandLine::run(const std::vector<std::string>& arguments, const Environmen
 
 int CommandLine::parse(const std::vector<std::string>& arguments, const Environment& environment) {
     // CLI11 takes the arguments last first, without the program's path.
-    std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
+    std::vector<std::string> joined = presetsJoined(*app_, arguments);
+    std::vector<std::string> reversed(joined.rbegin(), joined.rend());
     if (!reversed.empty()) {
         reversed.pop_back();
     }

@@ -12,6 +12,10 @@
 
 namespace brevant::cli {
 
+std::optional<SimilarityPreset> CommandLineReport::presetNamed(std::string_view word) {
+    return fromRawValue<SimilarityPreset>(word);
+}
+
 std::optional<CommandLineReport::Request>
 CommandLineReport::parse(const std::vector<std::string>& arguments) {
     Request request;
@@ -29,7 +33,7 @@ CommandLineReport::parse(const std::vector<std::string>& arguments) {
                             [](const std::string& argument) { return argument.starts_with('-'); });
     request.folders.assign(flag + 1, end);
     if (!request.folders.empty()) {
-        if (auto preset = fromRawValue<SimilarityPreset>(request.folders.front())) {
+        if (auto preset = presetNamed(request.folders.front())) {
             request.preset = *preset;
             request.folders.erase(request.folders.begin());
         }

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -28,6 +29,12 @@ struct CommandLineReport {
 
         friend bool operator==(const Request&, const Request&) = default;
     };
+
+    // How every command tells a preset from a folder: the word right after
+    // --similar names the preset only when it is one of the preset names,
+    // exactly as written ("broad"; "Broad" and "./broad" are folders).
+    // Otherwise the preset is Balanced and the word stays what it was.
+    [[nodiscard]] static std::optional<SimilarityPreset> presetNamed(std::string_view word);
 
     // What the whole argument list (the program's path first) asks for;
     // nothing when it asks for no report.

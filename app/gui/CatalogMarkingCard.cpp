@@ -161,6 +161,10 @@ void CatalogMarkingCard::showPlan() {
     }
     plan_ = std::move(*plan);
     summary_->setText(plannedText(scope_, plan_->removals.size()));
+    // Marking would be refused; the user is told before confirming.
+    if (auto facts = model_.catalogFacts()) {
+        showNotice(catalog_texts::untestedNotice(*facts));
+    }
     for (const auto& removal : plan_->removals) {
         auto* item = new QTreeWidgetItem(photos_, {shortName(removal.path), keptNames(removal)});
         item->setToolTip(0, qtText(removal.path));

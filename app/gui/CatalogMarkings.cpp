@@ -126,6 +126,29 @@ QString finishNote(Scope scope) {
                                              : LightroomRejecter::kFreedNothing);
 }
 
+QString untestedNotice(const CatalogSource::Facts& facts) {
+    if (!facts.untested) {
+        return {};
+    }
+    // The reason is the one marking would give, so the user meets it once,
+    // before any photo is marked.
+    QString lead = facts.application == CatalogSource::Application::captureOne
+                       ? QStringLiteral("This Capture One version is new to Brevant, so you can "
+                                        "review its copies here but not tag them Red.")
+                       : QStringLiteral("This Lightroom version is new to Brevant, so you can "
+                                        "review its copies here but not mark them Rejected.");
+    return lead + QLatin1Char(' ') + qtText(*facts.untested);
+}
+
+QString alreadyMarkedLine(const CatalogSource::Facts& facts) {
+    if (facts.alreadyMarked.empty()) {
+        return {};
+    }
+    return QStringLiteral("%1: %2")
+        .arg(qtText(CatalogSource::alreadyMarkedHeading(facts.application)))
+        .arg(facts.alreadyMarked.size());
+}
+
 QString dateText(Date date) {
     auto milliseconds = static_cast<qint64>(std::llround(date.unixSeconds() * 1000.0));
     return QLocale().toString(QDateTime::fromMSecsSinceEpoch(milliseconds).toLocalTime(),

@@ -2,6 +2,7 @@
 
 #include "app/gui/CleanupSettings.hpp"
 #include "engine/catalogs/CaptureOneMarker.hpp"
+#include "engine/catalogs/CatalogSource.hpp"
 #include "engine/catalogs/LightroomRejecter.hpp"
 #include "engine/cleanup/ChangeLock.hpp"
 
@@ -69,6 +70,12 @@ namespace catalog_texts {
 [[nodiscard]] QString undoNote(CleanupSettings::Scope scope);
 // How the user finishes in the catalog's own application.
 [[nodiscard]] QString finishNote(CleanupSettings::Scope scope);
+// Before a marking is prepared: that the catalog's version is one marking
+// was not tested with, and why marking will refuse it; "" when it was.
+[[nodiscard]] QString untestedNotice(const CatalogSource::Facts& facts);
+// "Already Rejected in Lightroom Classic: 2", as the command line counts
+// them; "" when there are none.
+[[nodiscard]] QString alreadyMarkedLine(const CatalogSource::Facts& facts);
 // A date as the user's locale writes it, in local time.
 [[nodiscard]] QString dateText(Date date);
 

@@ -1,5 +1,6 @@
 #include "OverviewScreen.hpp"
 
+#include "app/gui/CatalogMarkings.hpp"
 #include "app/gui/LeftOutList.hpp"
 #include "app/gui/PhotoCleanupModel.hpp"
 #include "app/gui/QtText.hpp"
@@ -91,6 +92,8 @@ OverviewScreen::OverviewScreen(PhotoCleanupModel& model, QWidget* parent)
     , pictures_(parts::label({}, "figure", this))
     , bytes_(parts::label({}, "figure", this))
     , incomplete_(parts::notice(QLatin1String(texts::kIncompleteNotice), this))
+    , untested_(parts::notice({}, this))
+    , alreadyMarked_(parts::label({}, "muted", this))
     , kindsCard_(parts::card(this))
     , kindRows_(new QVBoxLayout)
     , presetRow_(new QWidget(this))
@@ -107,6 +110,8 @@ OverviewScreen::OverviewScreen(PhotoCleanupModel& model, QWidget* parent)
     column->addWidget(headline_);
     column->addWidget(subtitle_);
     column->addWidget(parts::titleRule(content));
+    // Said first: it decides what can be done with what follows.
+    column->addWidget(untested_);
 
     auto* figures = new QHBoxLayout;
     figures->setSpacing(40);
@@ -124,6 +129,7 @@ OverviewScreen::OverviewScreen(PhotoCleanupModel& model, QWidget* parent)
     }
     figures->addStretch();
     column->addLayout(figures);
+    column->addWidget(alreadyMarked_);
     column->addWidget(incomplete_);
 
     auto* kindsLayout = static_cast<QVBoxLayout*>(kindsCard_->layout());
@@ -208,8 +214,24 @@ void OverviewScreen::showResult() {
     preset_->setCurrentIndex(static_cast<int>(model_.groupedPreset()));
     presetExplanation_->setText(qtText(explanation(model_.groupedPreset())));
     review_->setEnabled(reviewAvailable_ && !none);
+    showCatalogFacts();
     fillKinds();
     fillLeftOut();
+}
+
+void OverviewScreen::showCatalogFacts() {
+    CatalogSource::Facts facts = model_.catalogFacts().value_or(CatalogSource::Facts{});
+    QString notice = catalog_texts::untestedNotice(facts);
+    parts::noticeLabel(untested_)->setText(notice);
+    untested_->setVisible(!notice.isEmpty());
+    QString marked = catalog_texts::alreadyMarkedLine(facts);
+    QStringList paths;
+    for (const auto& path : facts.alreadyMarked) {
+        paths.push_back(qtText(path));
+    }
+    alreadyMarked_->setText(marked);
+    alreadyMarked_->setToolTip(paths.join(QLatin1Char('\n')));
+    alreadyMarked_->setVisible(!marked.isEmpty());
 }
 
 void OverviewScreen::fillKinds() {
@@ -316,6 +338,14 @@ QString OverviewScreen::kindLine(MatchKind kind) const {
 
 bool OverviewScreen::showsIncompleteNotice() const {
     return !incomplete_->isHidden();
+}
+
+QString OverviewScreen::catalogNotice() const {
+    return untested_->isHidden() ? QString() : parts::noticeLabel(untested_)->text();
+}
+
+QString OverviewScreen::alreadyMarkedLine() const {
+    return alreadyMarked_->isHidden() ? QString() : alreadyMarked_->text();
 }
 
 QString OverviewScreen::kindTitle(MatchKind kind) {

@@ -21,7 +21,8 @@ class PhotoCleanupModel;
 // What a scan found: the groups by kind with the bytes that cleaning would
 // free, the similarity preset (changing it regroups at once), the skipped
 // files and excluded folders by reason, the notice of an incomplete scan,
-// and the way into review.
+// for a catalog the notice of a version marking was not tested with and the
+// photos already marked in it, and the way into review.
 class OverviewScreen : public QWidget {
     Q_OBJECT
 
@@ -43,6 +44,11 @@ public:
     // "2 groups · 4 pictures · 6.1 MB", or "" when the kind is absent.
     [[nodiscard]] QString kindLine(MatchKind kind) const;
     [[nodiscard]] bool showsIncompleteNotice() const;
+    // For a catalog: that its version is new to Brevant ("" when it is
+    // not), and how many photos its application already has on their way
+    // out ("" when none).
+    [[nodiscard]] QString catalogNotice() const;
+    [[nodiscard]] QString alreadyMarkedLine() const;
 
     [[nodiscard]] LeftOutList* leftOut() const { return leftOut_; }
 
@@ -60,6 +66,7 @@ Q_SIGNALS:
 
 private:
     void showResult();
+    void showCatalogFacts();
     void fillKinds();
     void fillLeftOut();
 
@@ -72,6 +79,8 @@ private:
     QLabel* pictures_;
     QLabel* bytes_;
     QFrame* incomplete_;
+    QFrame* untested_;
+    QLabel* alreadyMarked_;
     QFrame* kindsCard_;
     QVBoxLayout* kindRows_;
     std::map<MatchKind, QLabel*> kindLines_;

@@ -323,6 +323,10 @@ std::shared_ptr<const SimilarityIndex> PhotoCleanupModel::index() const {
     return hasResult_ ? outcome_->index : nullptr;
 }
 
+std::optional<CatalogSource::Facts> PhotoCleanupModel::catalogFacts() const {
+    return hasResult_ ? outcome_->catalog : std::nullopt;
+}
+
 const std::vector<DuplicateGroup>& PhotoCleanupModel::groups() const {
     return hasResult_ ? outcome_->groups : kNoGroups;
 }

@@ -168,6 +168,10 @@ public:
     // Absent for scans of identical copies.
     [[nodiscard]] std::shared_ptr<const SimilarityIndex> index() const;
 
+    // What the scan learned of the catalog it read, as the command line
+    // has it; absent for folders and without a result.
+    [[nodiscard]] std::optional<CatalogSource::Facts> catalogFacts() const;
+
     // The groups of the result (CleanupGroups::reviewed), largest savings
     // first.
     [[nodiscard]] const std::vector<DuplicateGroup>& groups() const;

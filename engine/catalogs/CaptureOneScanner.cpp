@@ -38,11 +38,18 @@ ScanResult CaptureOneScanner::scan(const CaptureOneCatalog& catalog, bool keepPi
     for (const auto& photo : catalog.missing()) {
         CatalogScan::addMissing(result, photo.path, missingSentence());
     }
-    result.captureOneRed =
-        static_cast<int>(std::ranges::count_if(catalog.photos, [](const CaptureOnePhoto& photo) {
-            return !photo.isTrashed && isTaggedRed(photo);
-        }));
+    result.captureOneRed = static_cast<int>(alreadyMarked(catalog).size());
     return result;
+}
+
+std::vector<std::string> CaptureOneScanner::alreadyMarked(const CaptureOneCatalog& catalog) {
+    std::vector<std::string> paths;
+    for (const auto& photo : catalog.photos) {
+        if (!photo.isTrashed && isTaggedRed(photo)) {
+            paths.push_back(photo.path);
+        }
+    }
+    return paths;
 }
 
 const std::string& CaptureOneScanner::missingSentence() {

@@ -6,6 +6,7 @@
 #include "engine/scan/ScanResult.hpp"
 
 #include <string>
+#include <vector>
 
 namespace brevant {
 
@@ -23,6 +24,9 @@ struct CaptureOneScanner {
 
     [[nodiscard]] static bool isUsable(const CaptureOnePhoto& photo);
     [[nodiscard]] static bool isTaggedRed(const CaptureOnePhoto& photo);
+    // The paths of the images outside the Trash already tagged Red, which
+    // `captureOneRed` counts.
+    [[nodiscard]] static std::vector<std::string> alreadyMarked(const CaptureOneCatalog& catalog);
 
     [[nodiscard]] static const std::string& missingSentence();
 };

@@ -31,6 +31,10 @@ scanned(CatalogSource::Application application, const std::string& path, bool ke
     if (!catalog->isTestedVersion()) {
         result.facts.untested = Refusal::untestedVersion(catalog->schemaVersion).text();
     }
+    for (const auto& photo : catalog->missing()) {
+        result.facts.missing.push_back(photo.path);
+    }
+    result.facts.alreadyMarked = Scanner::alreadyMarked(*catalog);
     result.result = Scanner::scan(*catalog, keepPictures, cancel, progress);
     return result;
 }
@@ -61,6 +65,16 @@ std::string_view CatalogSource::name(Application application) {
         return "Capture One";
     }
     return "Lightroom Classic";
+}
+
+std::string_view CatalogSource::alreadyMarkedHeading(Application application) {
+    switch (application) {
+    case Application::lightroom:
+        return "Already Rejected in Lightroom Classic";
+    case Application::captureOne:
+        return "Already tagged Red in Capture One";
+    }
+    return "Already Rejected in Lightroom Classic";
 }
 
 std::expected<CatalogSource::Scanned, std::string>

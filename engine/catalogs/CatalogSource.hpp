@@ -10,6 +10,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace brevant {
 
@@ -31,6 +32,11 @@ struct CatalogSource {
         // Why marking would refuse the catalog: its version is one marking
         // was not tested with. Reading and scanning it are fine.
         std::optional<std::string> untested;
+        // The photos listed whose files are not where the catalog says, and
+        // those its application already has on their way out (Rejected in
+        // Lightroom Classic, tagged Red in Capture One), in catalog order.
+        std::vector<std::string> missing;
+        std::vector<std::string> alreadyMarked;
 
         friend bool operator==(const Facts&, const Facts&) = default;
     };
@@ -49,6 +55,9 @@ struct CatalogSource {
 
     // "Lightroom Classic" or "Capture One".
     [[nodiscard]] static std::string_view name(Application application);
+    // What the photos of `alreadyMarked` are, as a heading: "Already Rejected
+    // in Lightroom Classic", "Already tagged Red in Capture One".
+    [[nodiscard]] static std::string_view alreadyMarkedHeading(Application application);
 
     // Reads the catalog and scans the files it lists; the sentence why when
     // it is no catalog or cannot be read. Nothing is ever written to it.

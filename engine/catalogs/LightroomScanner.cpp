@@ -2,7 +2,6 @@
 
 #include "engine/catalogs/CatalogScan.hpp"
 
-#include <algorithm>
 #include <unordered_map>
 
 namespace brevant {
@@ -33,9 +32,18 @@ ScanResult LightroomScanner::scan(const LightroomCatalog& catalog, bool keepPict
     for (const auto& photo : catalog.missing()) {
         CatalogScan::addMissing(result, photo.path, missingSentence());
     }
-    result.lightroomRejected = static_cast<int>(std::ranges::count_if(
-        catalog.photos, [](const LightroomPhoto& photo) { return photo.ref.pick < 0; }));
+    result.lightroomRejected = static_cast<int>(alreadyMarked(catalog).size());
     return result;
+}
+
+std::vector<std::string> LightroomScanner::alreadyMarked(const LightroomCatalog& catalog) {
+    std::vector<std::string> paths;
+    for (const auto& photo : catalog.photos) {
+        if (photo.ref.pick < 0) {
+            paths.push_back(photo.path);
+        }
+    }
+    return paths;
 }
 
 const std::string& LightroomScanner::missingSentence() {

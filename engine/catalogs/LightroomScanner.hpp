@@ -6,6 +6,7 @@
 #include "engine/scan/ScanResult.hpp"
 
 #include <string>
+#include <vector>
 
 namespace brevant {
 
@@ -22,6 +23,8 @@ struct LightroomScanner {
                                          const ExactMatcher::Progress& progress);
 
     [[nodiscard]] static bool isUsable(const LightroomPhoto& photo);
+    // The paths of the Rejected photos, which `lightroomRejected` counts.
+    [[nodiscard]] static std::vector<std::string> alreadyMarked(const LightroomCatalog& catalog);
 
     [[nodiscard]] static const std::string& missingSentence();
 };

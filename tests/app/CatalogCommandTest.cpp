@@ -3,10 +3,12 @@
 #include "tests/app/ProgramRun.hpp"
 #include "tests/catalogs/MarkFixtures.hpp"
 #include "tests/fixtures/CatalogFixtures.hpp"
+#include "tests/fixtures/ScopedEnvironment.hpp"
 #include "tests/fixtures/TempTree.hpp"
 #include "tests/scan/ScanFixtures.hpp"
 
 #include "app/cli/ExitStatus.hpp"
+#include "app/cli/Program.hpp"
 #include "engine/catalogs/CaptureOneMarker.hpp"
 #include "engine/catalogs/LightroomRejecter.hpp"
 
@@ -157,6 +159,37 @@ TEST(CatalogCommand, TagsACaptureOneCatalogRedAndUndoesIt) {
 
     EXPECT_EQ(undo.status, 0) << undo.err;
     EXPECT_EQ(state(), before);
+}
+
+// The photos behind the counts are named, each under its count as a group
+// lists its members, with the home folder written as "~".
+TEST(CatalogCommand, ScanNamesThePhotosItCounts) {
+    LightroomFamily family;
+    std::string gone = family.tree.path("Photos/Old/gone.jpg");
+    family.fixture.addPhotoAt(gone);
+    std::string rejected = family.tree.file("Photos/r.jpg", testing::photoOfSize(23, 20'000));
+    family.fixture.addPhotoAt(rejected, {.pick = -1});
+    family.fixture.close();
+    testing::ScopedEnvironment data("BREVANT_DATA_DIR", family.tree.path("data"));
+    MemoryStream out;
+    MemoryStream err;
+    CancellationFlag cancel;
+    Environment environment{
+        .out = out.get(), .err = err.get(), .cancel = &cancel, .home = family.tree.root()};
+
+    int status = runCommand({"brevant", "catalog", "scan", family.catalog}, environment);
+
+    EXPECT_EQ(status, 0) << err.text();
+    EXPECT_EQ(out.text(), "identical: 3 photos\n"
+                          "  ~/Photos/a.jpg   [flagged as a pick]\n"
+                          "  ~/Photos/b.jpg   [3 stars]\n"
+                          "  ~/Photos/c.jpg\n"
+                          "\n"
+                          "5 photos in the catalog, 3 examined, 1 identical group\n"
+                          "Not where the catalog says: 1\n"
+                          "  ~/Photos/Old/gone.jpg\n"
+                          "Already Rejected in Lightroom Classic: 1\n"
+                          "  ~/Photos/r.jpg\n");
 }
 
 // A catalog scan lists what the window's review of the catalog holds: the

@@ -235,7 +235,7 @@ TEST(CleanCommand, RefusesBadArgumentsAndMissingFoldersWithoutChangingAnything) 
 
     std::vector<Case> cases{
         {"clean", ExitStatus::kUsage, "brevant clean: no folder given\n"},
-        {"clean --similar wide " + photos, ExitStatus::kUsage, "wide not in"},
+        {"clean --similar=wide " + photos, ExitStatus::kUsage, "wide not in"},
         {"clean --series --similar broad " + photos, ExitStatus::kUsage, "excludes"},
         {"clean --protect " + shellWord(library.photo("missing")) + " --yes " + photos,
          ExitStatus::kUsage, "no such folder: " + library.photo("missing")},

@@ -1,7 +1,9 @@
 #include "app/cli/Program.hpp"
 
 #include "tests/app/ProgramRun.hpp"
+#include "tests/fixtures/CatalogFixtures.hpp"
 #include "tests/fixtures/TempTree.hpp"
+#include "tests/scan/ScanFixtures.hpp"
 
 #include "app/cli/Commands.hpp"
 #include "app/cli/DesktopStart.hpp"
@@ -124,6 +126,52 @@ TEST(Program, TheReportIsAskedForBeforeAnythingButACommand) {
     EXPECT_EQ(scan.status, 2);
     EXPECT_EQ(scan.out, "");
     EXPECT_THAT(scan.err, StartsWith("brevant scan: unknown option '--series'\n"));
+}
+
+// Wherever --similar stands its preset may be left out (Balanced), and the
+// word after it is a preset by the report's one rule: only an exact preset
+// name is one, so a folder called "broad" is written "./broad" or follows
+// the preset.
+TEST(Program, EveryCommandTakesTheSimilarPresetAsOptional) {
+    TempTree tree;
+    std::string photo = testing::photoOfSize(31, 20'000);
+    std::string a = tree.file("broad/a.jpg", photo);
+    std::string b = tree.file("broad/b.jpg", photo);
+    {
+        testing::LightroomCatalogFixture catalog(tree.path("Family.lrcat"));
+        catalog.addPhotoAt(a);
+        catalog.addPhotoAt(b);
+        catalog.close();
+    }
+
+    struct Case {
+        std::string arguments;
+        std::string shows;
+    };
+
+    const std::vector<Case> cases{
+        {"--similar ./broad", "1 similar groups at Balanced\n"},
+        {"--similar broad broad", "1 similar groups at Broad\n"},
+        {"catalog scan --similar Family.lrcat", "1 similar group at Balanced\n"},
+        {"catalog scan --similar broad Family.lrcat", "1 similar group at Broad\n"},
+        {"catalog scan Family.lrcat --similar", "1 similar group at Balanced\n"},
+        {"clean --similar ./broad --dry-run --json", "\"similar\""},
+        {"clean --similar --dry-run --json broad", "\"similar\""},
+        {"clean --similar broad broad --dry-run --json", "\"similar\""},
+    };
+    for (const auto& [arguments, shows] : cases) {
+        SCOPED_TRACE(arguments);
+        Outcome run =
+            runCaptured(tree, fmt::format("cd '{}' && BREVANT_DATA_DIR='{}' '{}' {}", tree.root(),
+                                          tree.path("data"), BREVANT_BINARY, arguments));
+        EXPECT_EQ(run.status, ExitStatus::kSuccess) << run.err;
+        EXPECT_THAT(run.out, HasSubstr(shows));
+    }
+
+    // A preset is named exactly or not at all.
+    Outcome wrong = runProgram(tree, "clean --similar=wide '" + tree.path("broad") + "'");
+    EXPECT_EQ(wrong.status, ExitStatus::kUsage);
+    EXPECT_THAT(wrong.err, HasSubstr("--similar: wide not in {conservative,balanced,broad}"));
 }
 
 TEST(Program, WithoutArgumentsOrDisplayPrintsTheUsage) {

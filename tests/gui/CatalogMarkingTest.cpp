@@ -7,6 +7,7 @@
 #include "app/gui/CatalogMarkingCard.hpp"
 #include "app/gui/MainWindow.hpp"
 #include "app/gui/MarkingsWindow.hpp"
+#include "app/gui/OverviewScreen.hpp"
 #include "app/gui/PhotoCleanupModel.hpp"
 #include "app/gui/QtText.hpp"
 #include "app/gui/Skins.hpp"
@@ -137,6 +138,8 @@ private Q_SLOTS:
     void lightroomMarkingAndUndoFromTheWindow();
     void refusedMarkingLeavesTheCatalogAlone();
     void captureOneTaggingAndUndo();
+    void untestedVersionIsToldBeforeMarking();
+    void photosAlreadyMarkedAreCounted();
 };
 
 void CatalogMarkingTest::lightroomMarkingAndUndoFromTheWindow() {
@@ -356,6 +359,89 @@ void CatalogMarkingTest::captureOneTaggingAndUndo() {
     QTRY_COMPARE_WITH_TIMEOUT(undone.count(), 1, kScanTimeoutMs);
     QCOMPARE(markings->statusText(0), QStringLiteral("The Red tags were taken off again."));
     QCOMPARE(tags(), before);
+}
+
+void CatalogMarkingTest::untestedVersionIsToldBeforeMarking() {
+    Photos photos;
+    std::string catalog = photos.tree.path("Lightroom/Family.lrcat");
+    {
+        LightroomCatalogFixture fixture(catalog);
+        fixture.setVersion("1504002");
+        for (const auto& path : {photos.a, photos.b}) {
+            fixture.addPhotoAt(path);
+        }
+        fixture.close();
+    }
+    const std::string digest = fileDigest(catalog);
+    WindowFixture w;
+    PhotoCleanupModel& model = w.fixture.model();
+    model.setScope(Scope::lightroom);
+    model.setLightroomCatalog(catalog, photos.tree.path("Lightroom"));
+    QCOMPARE(w.scanAndMarkSuggested().size(), std::size_t{1});
+
+    // The overview says it first; the card says it again before confirming.
+    const QString notice = QStringLiteral(
+        "This Lightroom version is new to Brevant, so you can review its copies here but not "
+        "mark them Rejected. This catalog is from a Lightroom Classic version Brevant has not "
+        "been tested with (1504002), so it was not changed.");
+    QCOMPARE(w.window.overview()->catalogNotice(), notice);
+    CatalogMarkingCard* card = w.openCard();
+    QVERIFY(card != nullptr);
+    QCOMPARE(card->state(), State::ready);
+    QCOMPARE(card->noticeText(), notice);
+    QSignalSpy finished(card, &CatalogMarkingCard::markingFinished);
+    QTest::mouseClick(card->confirmButton(), Qt::LeftButton);
+    QTRY_COMPARE_WITH_TIMEOUT(finished.count(), 1, kScanTimeoutMs);
+    QCOMPARE(card->state(), State::refused);
+    QCOMPARE(fileDigest(catalog), digest);
+
+    // A tested version has no such notice.
+    SQLiteFile(catalog).exec(
+        "UPDATE Adobe_variablesTable SET value = '1504001' WHERE name = 'Adobe_DBVersion'");
+    QVERIFY(model.startScan());
+    QTRY_COMPARE_WITH_TIMEOUT(model.phase(), Phase::reviewing, kScanTimeoutMs);
+    QCOMPARE(w.window.overview()->catalogNotice(), QString());
+}
+
+// Two photos of four are already on their way out in the catalog's own
+// application, as the command line counts them.
+void CatalogMarkingTest::photosAlreadyMarkedAreCounted() {
+    const std::pair<Scope, QString> cases[] = {
+        {Scope::lightroom, QStringLiteral("Already Rejected in Lightroom Classic: 2")},
+        {Scope::captureOne, QStringLiteral("Already tagged Red in Capture One: 2")},
+    };
+    for (const auto& [scope, line] : cases) {
+        Photos photos;
+        WindowFixture w;
+        PhotoCleanupModel& model = w.fixture.model();
+        model.setScope(scope);
+        if (scope == Scope::lightroom) {
+            std::string catalog = photos.tree.path("Lightroom/Family.lrcat");
+            LightroomCatalogFixture fixture(catalog);
+            fixture.addPhotoAt(photos.a);
+            fixture.addPhotoAt(photos.b, {.pick = -1});
+            fixture.addPhotoAt(photos.c, {.pick = -1});
+            fixture.addPhotoAt(photos.f);
+            fixture.close();
+            model.setLightroomCatalog(catalog, photos.tree.path("Lightroom"));
+        } else {
+            std::string package = photos.tree.path("Capture One/Family.cocatalog");
+            CaptureOneCatalogFixture fixture(package);
+            fixture.addImageAt(photos.a);
+            fixture.addImageAt(photos.b, {.colorTag = 1});
+            fixture.addImageAt(photos.c, {.colorTag = 1});
+            fixture.addImageAt(photos.f);
+            fixture.close();
+            model.setCaptureOneCatalog(package, photos.tree.path("Capture One"));
+        }
+
+        QVERIFY(model.startScan());
+        QTRY_COMPARE_WITH_TIMEOUT(model.phase(), Phase::reviewing, kScanTimeoutMs);
+
+        OverviewScreen* overview = w.window.overview();
+        QCOMPARE(overview->alreadyMarkedLine(), line);
+        QCOMPARE(overview->catalogNotice(), QString());
+    }
 }
 
 BREVANT_GUI_TEST(CatalogMarkingTest);
