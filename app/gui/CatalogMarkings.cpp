@@ -130,14 +130,19 @@ QString untestedNotice(const CatalogSource::Facts& facts) {
     if (!facts.untested) {
         return {};
     }
-    // The reason is the one marking would give, so the user meets it once,
-    // before any photo is marked.
-    QString lead = facts.application == CatalogSource::Application::captureOne
-                       ? QStringLiteral("This Capture One version is new to Brevant, so you can "
-                                        "review its copies here but not tag them Red.")
-                       : QStringLiteral("This Lightroom version is new to Brevant, so you can "
-                                        "review its copies here but not mark them Rejected.");
-    return lead + QLatin1Char(' ') + qtText(*facts.untested);
+    // Said before any photo is marked, so that marking's refusal is no
+    // surprise.
+    QString version = qtText(facts.untestedVersion.value_or(""));
+    if (facts.application == CatalogSource::Application::captureOne) {
+        return QStringLiteral("This Capture One version is new to Brevant (its catalog is version "
+                              "%1): you can review its copies here, but Brevant tags nothing Red "
+                              "in a catalog version it has not been tested with.")
+            .arg(version);
+    }
+    return QStringLiteral("This Lightroom version is new to Brevant (its catalog is version %1): "
+                          "you can review its copies here, but Brevant marks nothing Rejected in "
+                          "a catalog version it has not been tested with.")
+        .arg(version);
 }
 
 QString alreadyMarkedLine(const CatalogSource::Facts& facts) {

@@ -30,6 +30,7 @@ scanned(CatalogSource::Application application, const std::string& path, bool ke
         .facts = {.application = application, .photos = catalog->photos.size()}};
     if (!catalog->isTestedVersion()) {
         result.facts.untested = Refusal::untestedVersion(catalog->schemaVersion).text();
+        result.facts.untestedVersion = catalog->schemaVersion;
     }
     for (const auto& photo : catalog->missing()) {
         result.facts.missing.push_back(photo.path);

@@ -32,6 +32,8 @@ struct CatalogSource {
         // Why marking would refuse the catalog: its version is one marking
         // was not tested with. Reading and scanning it are fine.
         std::optional<std::string> untested;
+        // That version, as the catalog gives it.
+        std::optional<std::string> untestedVersion;
         // The photos listed whose files are not where the catalog says, and
         // those its application already has on their way out (Rejected in
         // Lightroom Classic, tagged Red in Capture One), in catalog order.

@@ -381,9 +381,9 @@ void CatalogMarkingTest::untestedVersionIsToldBeforeMarking() {
 
     // The overview says it first; the card says it again before confirming.
     const QString notice = QStringLiteral(
-        "This Lightroom version is new to Brevant, so you can review its copies here but not "
-        "mark them Rejected. This catalog is from a Lightroom Classic version Brevant has not "
-        "been tested with (1504002), so it was not changed.");
+        "This Lightroom version is new to Brevant (its catalog is version 1504002): you can "
+        "review its copies here, but Brevant marks nothing Rejected in a catalog version it has "
+        "not been tested with.");
     QCOMPARE(w.window.overview()->catalogNotice(), notice);
     CatalogMarkingCard* card = w.openCard();
     QVERIFY(card != nullptr);

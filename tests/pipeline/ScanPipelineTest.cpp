@@ -297,11 +297,11 @@ TEST(ScanPipeline, ScansACatalogAsOneMoreSource) {
     auto outcome = ScanPipeline().run(request, CancellationFlag(), {});
 
     ASSERT_TRUE(outcome.has_value()) << outcome.error();
-    EXPECT_EQ(
-        outcome->catalog,
-        (CatalogSource::Facts{.application = CatalogSource::Application::lightroom,
-                              .photos = 2,
-                              .untested = LightroomRefusal::untestedVersion("1504002").text()}));
+    EXPECT_EQ(outcome->catalog,
+              (CatalogSource::Facts{.application = CatalogSource::Application::lightroom,
+                                    .photos = 2,
+                                    .untested = LightroomRefusal::untestedVersion("1504002").text(),
+                                    .untestedVersion = "1504002"}));
     ASSERT_EQ(outcome->groups.size(), 1U);
     auto suggestion = outcome->session->suggestion(outcome->groups.front());
     ASSERT_TRUE(suggestion.has_value());
