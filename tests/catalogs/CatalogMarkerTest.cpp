@@ -550,6 +550,8 @@ struct RefusalCase {
     bool folderPhoto = false;
     std::variant<LightroomRefusal, CaptureOneRefusal> expected;
     std::string text;
+
+    friend void PrintTo(const RefusalCase& row, std::ostream* out) { *out << row.name; }
 };
 
 class CatalogMarkRefusal : public ::testing::TestWithParam<RefusalCase> {};

@@ -284,6 +284,8 @@ struct ChangeCase {
     // Where b lies, and where its bytes are found after the run.
     const char* at = "photos/b.jpg";
     const char* stays = "photos/b.jpg";
+
+    friend void PrintTo(const ChangeCase& row, std::ostream* out) { *out << row.name; }
 };
 
 class CleanupExecutorChange : public ::testing::TestWithParam<ChangeCase> {};
