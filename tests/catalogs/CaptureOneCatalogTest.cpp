@@ -13,7 +13,6 @@ namespace {
 
 using testing::CaptureOneCatalogFixture;
 using ::testing::ElementsAre;
-using testing::Journal;
 using testing::TempTree;
 using Fixture = CaptureOneCatalogFixture;
 
@@ -182,40 +181,6 @@ TEST(CaptureOneCatalog, OnlyAPackageWithADatabaseIsACatalog) {
     EXPECT_EQ(CaptureOneCatalog::notACatalog().text(),
               "That is not a Capture One catalog (.cocatalog).");
     EXPECT_EQ(CaptureOneCatalog::database(holder.package()), holder.databasePath());
-}
-
-TEST(CaptureOneCatalog, AnUnknownLayoutNamesWhatIsMissing) {
-    TempTree tree;
-    Fixture noAlbums(tree.path("NoAlbums.cocatalog"));
-    noAlbums.database().exec("DROP TABLE ZVARIANTINCOLLECTION");
-    noAlbums.close();
-    Fixture noDate(tree.path("NoDate.cocatalog"));
-    noDate.database().exec("ALTER TABLE ZVARIANT DROP COLUMN ZLASTMETADATAMODIFICATIONDATE");
-    noDate.close();
-
-    auto albums = CaptureOneCatalog::read(noAlbums.package());
-    auto date = CaptureOneCatalog::read(noDate.package());
-
-    ASSERT_FALSE(albums.has_value());
-    EXPECT_EQ(albums.error(), CatalogReadError::unknownLayout("no ZVARIANTINCOLLECTION"));
-    ASSERT_FALSE(date.has_value());
-    EXPECT_EQ(date.error(),
-              CatalogReadError::unknownLayout("ZVARIANT.ZLASTMETADATAMODIFICATIONDATE"));
-}
-
-TEST(CaptureOneCatalog, ACatalogLockedLongerThanTheTimeoutIsBusy) {
-    TempTree tree;
-    Fixture fixture(tree.path("Family.cocatalog"), Journal::writeAheadLog);
-    fixture.addImageAt(tree.file("Photos/a.jpg", "a"));
-    fixture.database().exec("PRAGMA locking_mode=EXCLUSIVE");
-    fixture.database().exec("BEGIN EXCLUSIVE");
-    fixture.addImageAt(tree.file("Photos/b.jpg", "b"));
-
-    auto catalog = CaptureOneCatalog::read(fixture.package());
-
-    ASSERT_FALSE(catalog.has_value());
-    EXPECT_EQ(catalog.error().text(), "The catalog could not be read: Capture One is busy with it. "
-                                      "Try again in a moment.");
 }
 
 TEST(CaptureOneCatalog, ColourNamesFollowCaptureOnesNumbering) {

@@ -128,29 +128,6 @@ TEST(LightroomCatalog, ACatalogWithoutAVersionReadsAsUnknown) {
     EXPECT_THAT(LightroomCatalog::testedSchemaVersions(), ElementsAre("1504001"));
 }
 
-TEST(LightroomCatalog, AnUnknownLayoutIsLeftAlone) {
-    TempTree tree;
-    LightroomCatalogFixture noKeywords(tree.path("NoKeywords.lrcat"));
-    noKeywords.database().exec("DROP TABLE AgLibraryKeywordImage");
-    noKeywords.close();
-    LightroomCatalogFixture noPick(tree.path("NoPick.lrcat"));
-    noPick.database().exec("ALTER TABLE Adobe_images DROP COLUMN pick");
-    noPick.close();
-    std::string digest = testing::fileDigest(noKeywords.path());
-
-    auto keywords = LightroomCatalog::read(noKeywords.path());
-    auto pick = LightroomCatalog::read(noPick.path());
-
-    ASSERT_FALSE(keywords.has_value());
-    EXPECT_EQ(keywords.error(), CatalogReadError::unknownLayout("no AgLibraryKeywordImage"));
-    EXPECT_EQ(keywords.error().text(),
-              "This catalog is laid out in a way this version does not know (no "
-              "AgLibraryKeywordImage), so it was left alone.");
-    ASSERT_FALSE(pick.has_value());
-    EXPECT_EQ(pick.error(), CatalogReadError::unknownLayout("Adobe_images.pick"));
-    EXPECT_EQ(testing::fileDigest(noKeywords.path()), digest);
-}
-
 TEST(LightroomCatalog, OnlyAnLrcatFileIsACatalog) {
     TempTree tree;
     LightroomCatalogFixture fixture(tree.path("Family.db"));
@@ -186,21 +163,6 @@ TEST(LightroomCatalog, PhotosStillInTheLogAreRead) {
     EXPECT_EQ(catalog->photos[0].path, a);
     EXPECT_EQ(catalog->photos[0].ref.rating, 2);
     EXPECT_EQ(testing::fileDigest(fixture.path()), digest);
-}
-
-TEST(LightroomCatalog, ACatalogLockedLongerThanTheTimeoutIsBusy) {
-    TempTree tree;
-    LightroomCatalogFixture fixture(tree.path("Family.lrcat"), Journal::writeAheadLog);
-    fixture.addPhotoAt(tree.file("Photos/a.jpg", "a"));
-    fixture.database().exec("PRAGMA locking_mode=EXCLUSIVE");
-    fixture.database().exec("BEGIN EXCLUSIVE");
-    fixture.addPhotoAt(tree.file("Photos/b.jpg", "b"));
-
-    auto catalog = LightroomCatalog::read(fixture.path());
-
-    ASSERT_FALSE(catalog.has_value());
-    EXPECT_EQ(catalog.error().text(), "The catalog could not be read: Lightroom Classic is busy "
-                                      "with it. Try again in a moment.");
 }
 
 TEST(LightroomCatalog, RootsOfAnotherComputerAreFoundBesideTheCatalog) {

@@ -102,6 +102,8 @@ TEST(CleanupExecutor, MovesEachPlannedCopyToTheTrashUnderItsJournal) {
     struct stat status{};
     ASSERT_EQ(::lstat(report->journalPath.c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 07777, 0600U);
+    // A complete run leaves the recovery step nothing to do.
+    EXPECT_TRUE(CleanupJournal::recoverInterrupted(files.journals).empty());
 }
 
 TEST(CleanupExecutor, CancellingAfterAnItemRecordsEveryLaterOneAsCancelled) {
@@ -139,14 +141,12 @@ TEST(CleanupExecutor, CancellingAfterAnItemRecordsEveryLaterOneAsCancelled) {
 TEST(CleanupExecutor, APlanRunsOnceAndASecondRunWritesNothing) {
     FourCopies files;
     CleanupPlan plan = files.plan();
-    CleanupExecutor executor(files.data);
-    CancellationFlag cancel;
-    ASSERT_TRUE(executor.execute(plan, approvalOf(plan), cancel).has_value());
+    ASSERT_TRUE(files.attempt(plan).has_value());
     std::string journal = readFile(files.journalOf(plan));
     // Put one back by hand: the plan must still not run again.
     testing::moveFile(files.trashFiles() + "/b.jpg", files.b);
 
-    auto again = executor.execute(plan, approvalOf(plan), cancel);
+    auto again = files.attempt(plan);
     ASSERT_FALSE(again.has_value());
     EXPECT_EQ(again.error(), ExecutionRefusal::alreadyRun());
     EXPECT_EQ(again.error().message(),
@@ -205,9 +205,7 @@ TEST(CleanupExecutor, AJournalThatCannotBeCreatedRefusesThePlan) {
     // A plain file where the journal folder should be.
     files.tree.file("Cleanups", "");
     auto trasher = std::make_shared<FakeTrasher>();
-    CleanupExecutor executor(files.data, trasher);
-    CancellationFlag cancel;
-    auto run = executor.execute(plan, approvalOf(plan), cancel);
+    auto run = files.attempt(plan, trasher);
     ASSERT_FALSE(run.has_value());
     EXPECT_EQ(run.error().kind, ExecutionRefusal::Kind::journalUnavailable);
     EXPECT_TRUE(run.error().message().starts_with(
@@ -218,28 +216,14 @@ TEST(CleanupExecutor, AJournalThatCannotBeCreatedRefusesThePlan) {
     EXPECT_EQ(readFile(files.b), "sunrise");
 }
 
-// Fails every write of an intent line; passes the rest through.
-class IntentsFail : public platform::FileWriteCalls {
-public:
-    std::expected<std::size_t, int> write(int descriptor, std::string_view bytes) override {
-        if (bytes.find(R"("kind":"intent")") != std::string_view::npos) {
-            return std::unexpected(ENOSPC);
-        }
-        return platform::systemWriteCalls().write(descriptor, bytes);
-    }
-
-    std::expected<void, int> sync(int descriptor) override {
-        return platform::systemWriteCalls().sync(descriptor);
-    }
-};
-
 TEST(CleanupExecutor, NoMoveHappensWithoutItsIntentOnDisk) {
     FourCopies files;
     CleanupPlan plan = files.plan();
     auto trasher = std::make_shared<FakeTrasher>();
     CleanupExecutor executor(files.data, trasher);
     CancellationFlag cancel;
-    IntentsFail calls;
+    testing::ScriptedWriteCalls calls;
+    calls.failWritesHolding = R"("kind":"intent")";
     std::optional<platform::ScopedFileWriteCalls> scope(std::in_place, calls);
     std::vector<int> progress;
     auto report = executor.execute(plan, approvalOf(plan), cancel,
@@ -265,11 +249,8 @@ TEST(CleanupExecutor, ARefusedMoveIsFailedWithItsExplanationAndTheFileStays) {
     trasher->failFor(files.b, EROFS);
     trasher->failFor(files.c, ENOENT);
     trasher->failFor(files.d, EXDEV);
-    CleanupExecutor executor(files.data, trasher);
-    CancellationFlag cancel;
-    auto report = executor.execute(plan, approvalOf(plan), cancel);
-    ASSERT_TRUE(report.has_value());
-    EXPECT_EQ(outcomesOf(*report),
+    CleanupReport report = files.run(plan, trasher);
+    EXPECT_EQ(outcomesOf(report),
               (std::vector<ItemOutcome>{
                   ItemOutcome::failed("The drive is read-only, so nothing was moved."),
                   ItemOutcome::failed("It disappeared before it could be moved \u2014 perhaps "
@@ -277,41 +258,103 @@ TEST(CleanupExecutor, ARefusedMoveIsFailedWithItsExplanationAndTheFileStays) {
                   ItemOutcome::failed("Linux would not move it to the Trash (Invalid "
                                       "cross-device link). It was left where it was; nothing was "
                                       "deleted.")}));
-    EXPECT_EQ(report->failed(), 3);
+    EXPECT_EQ(report.failed(), 3);
     for (const auto& path : {files.a, files.b, files.c, files.d}) {
         EXPECT_EQ(readFile(path), "sunrise");
     }
     EXPECT_FALSE(exists(files.trashFiles() + "/b.jpg"));
 }
 
-TEST(CleanupExecutor, ChangesSinceTheScanAreSkippedAndEverythingElseMoves) {
-    FourCopies files;
-    CleanupPlan plan = files.plan();
-    // b gains a second name; c is touched (same size, new nanoseconds).
-    files.tree.hardLink("photos/b.jpg", "elsewhere/b-link.jpg");
-    FileSnapshot c = testing::snapshotOf(files.c);
-    testing::setModified(files.c, c.modifiedSeconds, (c.modifiedNanoseconds + 1) % 1'000'000'000);
-    CleanupExecutor executor(files.data);
-    CancellationFlag cancel;
-    auto report = executor.execute(plan, approvalOf(plan), cancel);
-    ASSERT_TRUE(report.has_value());
-    EXPECT_EQ(report->items[0].outcome,
-              ItemOutcome::skipped(
-                  "Now has another name on disk (a hard link), so moving it would free nothing."));
-    EXPECT_EQ(report->items[1].outcome,
-              ItemOutcome::skipped("Changed since the scan. Scan again to review it."));
-    EXPECT_EQ(report->items[2].outcome.kind, ItemOutcome::Kind::movedToTrash);
-    EXPECT_EQ(readFile(files.b), "sunrise");
-    EXPECT_EQ(readFile(files.c), "sunrise");
+// b goes keeping a, d goes keeping e; each row changes b, its place or a
+// since the scan.
+struct TwoRemovals : CleanupWorkspace {
+    std::string a = photo("a.jpg", "harbour");
+    std::string b;
+    std::string d = photo("d.jpg", "harbour");
+    std::string e = photo("e.jpg", "harbour");
+
+    explicit TwoRemovals(const char* at)
+        : b(tree.file(at, "harbour")) {}
+};
+
+struct ChangeCase {
+    const char* name;
+    void (*change)(TwoRemovals&);
+    std::string outcome;
+    // Where b lies, and where its bytes are found after the run.
+    const char* at = "photos/b.jpg";
+    const char* stays = "photos/b.jpg";
+
+    friend void PrintTo(const ChangeCase& row, std::ostream* out) { *out << row.name; }
+};
+
+class CleanupExecutorChange : public ::testing::TestWithParam<ChangeCase> {};
+
+TEST_P(CleanupExecutorChange, IsSkippedWithoutAnIntentAndTheRestMoves) {
+    const ChangeCase& row = GetParam();
+    TwoRemovals files(row.at);
+    CleanupPlan plan = testing::planOf(
+        {removalOf(files.b, files.a, files.photos), removalOf(files.d, files.e, files.photos)},
+        {files.photos});
+    row.change(files);
+    auto trasher = std::make_shared<FakeTrasher>();
+    CleanupReport report = files.run(plan, trasher);
+    EXPECT_EQ(outcomesOf(report),
+              (std::vector<ItemOutcome>{ItemOutcome::skipped(row.outcome),
+                                        testing::movedTo(files.trashFiles() + "/d.jpg")}));
+    EXPECT_EQ(trasher->calls(), std::vector<std::string>{files.d});
+    EXPECT_EQ(readFile(files.tree.path(row.stays)), "harbour");
     EXPECT_FALSE(exists(files.d));
-    // Skipped items have no intent.
-    EXPECT_EQ(journalLines(report->journalPath), (Lines{{"plan", ""},
-                                                        {"outcome", files.b},
-                                                        {"outcome", files.c},
-                                                        {"intent", files.d},
-                                                        {"outcome", files.d},
-                                                        {"finished", ""}}));
+    // A skipped item has no intent.
+    EXPECT_EQ(journalLines(report.journalPath), (Lines{{"plan", ""},
+                                                       {"outcome", files.b},
+                                                       {"intent", files.d},
+                                                       {"outcome", files.d},
+                                                       {"finished", ""}}));
 }
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, CleanupExecutorChange,
+    ::testing::Values(
+        ChangeCase{.name = "hardLink",
+                   .change =
+                       [](TwoRemovals& files) {
+                           files.tree.hardLink("photos/b.jpg", "elsewhere/b-link.jpg");
+                       },
+                   .outcome = "Now has another name on disk (a hard link), so moving it would "
+                              "free nothing."},
+        // Same size, new nanoseconds.
+        ChangeCase{.name = "touched",
+                   .change =
+                       [](TwoRemovals& files) {
+                           FileSnapshot b = testing::snapshotOf(files.b);
+                           testing::setModified(files.b, b.modifiedSeconds,
+                                                (b.modifiedNanoseconds + 1) % 1'000'000'000);
+                       },
+                   .outcome = "Changed since the scan. Scan again to review it."},
+        ChangeCase{
+            .name = "keeperBytes",
+            .change =
+                [](TwoRemovals& files) { testing::overwriteKeepingTimes(files.a, "HARBOUR"); },
+            .outcome = "No unchanged identical copy is left to keep (the kept copies are "
+                       "no longer identical). Scan again."},
+        ChangeCase{.name = "outsideRoots",
+                   .change = [](TwoRemovals&) {},
+                   .outcome = "Outside the folders you chose.",
+                   .at = "other/b.jpg",
+                   .stays = "other/b.jpg"},
+        // trip/ is replaced with a link to a folder holding the same file name.
+        ChangeCase{.name = "folderLink",
+                   .change =
+                       [](TwoRemovals& files) {
+                           testing::moveFile(files.photos + "/trip", files.tree.path("moved-trip"));
+                           files.tree.symbolicLink(files.tree.path("moved-trip"), "photos/trip");
+                       },
+                   .outcome = "A folder on the way to it was replaced with a symbolic link "
+                              "since the scan.",
+                   .at = "photos/trip/b.jpg",
+                   .stays = "moved-trip/b.jpg"}),
+    [](const auto& info) { return std::string(info.param.name); });
 
 TEST(CleanupExecutor, AKeeperMovedEarlierInTheRunStopsTheLaterRemoval) {
     CleanupWorkspace files;
@@ -324,58 +367,14 @@ TEST(CleanupExecutor, AKeeperMovedEarlierInTheRunStopsTheLaterRemoval) {
         testing::planOf({removalOf(b, a, files.photos), removalOf(a, c, files.photos),
                          removalOf(c, b, files.photos)},
                         {files.photos});
-    CleanupExecutor executor(files.data);
-    CancellationFlag cancel;
-    auto report = executor.execute(plan, approvalOf(plan), cancel);
-    ASSERT_TRUE(report.has_value());
-    EXPECT_EQ(report->items[0].outcome.kind, ItemOutcome::Kind::movedToTrash);
-    EXPECT_EQ(report->items[1].outcome.kind, ItemOutcome::Kind::movedToTrash);
-    EXPECT_EQ(report->items[2].outcome,
+    CleanupReport report = files.run(plan);
+    ASSERT_EQ(report.items.size(), 3U);
+    EXPECT_EQ(report.items[0].outcome.kind, ItemOutcome::Kind::movedToTrash);
+    EXPECT_EQ(report.items[1].outcome.kind, ItemOutcome::Kind::movedToTrash);
+    EXPECT_EQ(report.items[2].outcome,
               ItemOutcome::skipped("No unchanged identical copy is left to keep (the kept copies "
                                    "are moved). Scan again."));
     EXPECT_EQ(readFile(c), "dawn");
-}
-
-TEST(CleanupExecutor, AKeeperWhoseBytesChangedStopsTheRemoval) {
-    CleanupWorkspace files;
-    std::string a = files.photo("a.jpg", "harbour");
-    std::string b = files.photo("b.jpg", "harbour");
-    CleanupPlan plan = testing::planOf({removalOf(b, a, files.photos)}, {files.photos});
-    testing::overwriteKeepingTimes(a, "HARBOUR");
-    CleanupExecutor executor(files.data);
-    CancellationFlag cancel;
-    auto report = executor.execute(plan, approvalOf(plan), cancel);
-    ASSERT_TRUE(report.has_value());
-    EXPECT_EQ(report->items[0].outcome,
-              ItemOutcome::skipped("No unchanged identical copy is left to keep (the kept copies "
-                                   "are no longer identical). Scan again."));
-    EXPECT_EQ(readFile(b), "harbour");
-}
-
-TEST(CleanupExecutor, PathsOutsideTheRootsOrBehindAReplacedFolderAreSkipped) {
-    CleanupWorkspace files;
-    std::string a = files.photo("a.jpg", "x");
-    std::string b = files.tree.file("other/b.jpg", "x");
-    std::string c = files.photo("trip/c.jpg", "x");
-    CleanupPlan plan = testing::planOf(
-        {removalOf(b, a, files.photos), removalOf(c, a, files.photos)}, {files.photos});
-    // trip/ is replaced with a link to a folder holding the same file name.
-    testing::moveFile(files.photos + "/trip", files.tree.path("moved-trip"));
-    files.tree.symbolicLink(files.tree.path("moved-trip"), "photos/trip");
-    auto trasher = std::make_shared<FakeTrasher>();
-    CleanupExecutor executor(files.data, trasher);
-    CancellationFlag cancel;
-    auto report = executor.execute(plan, approvalOf(plan), cancel);
-    ASSERT_TRUE(report.has_value());
-    EXPECT_EQ(
-        outcomesOf(*report),
-        (std::vector<ItemOutcome>{
-            ItemOutcome::skipped("Outside the folders you chose."),
-            ItemOutcome::skipped(
-                "A folder on the way to it was replaced with a symbolic link since the scan.")}));
-    EXPECT_TRUE(trasher->calls().empty());
-    EXPECT_EQ(readFile(b), "x");
-    EXPECT_EQ(readFile(files.tree.path("moved-trip/c.jpg")), "x");
 }
 
 // Moves the journal away while the run goes on, so that it cannot be read
@@ -412,9 +411,7 @@ TEST(CleanupExecutor, AJournalThatCannotBeReadBackIsReported) {
     CleanupPlan plan = files.plan();
     auto trasher =
         std::make_shared<JournalThief>(files.journalOf(plan), files.tree.path("stolen.jsonl"));
-    CleanupExecutor executor(files.data, trasher);
-    CancellationFlag cancel;
-    auto run = executor.execute(plan, approvalOf(plan), cancel);
+    auto run = files.attempt(plan, trasher);
     ASSERT_FALSE(run.has_value());
     EXPECT_EQ(run.error(),
               ExecutionRefusal::journalUnavailable("the record could not be read back"));
@@ -426,36 +423,6 @@ TEST(CleanupExecutor, AJournalThatCannotBeReadBackIsReported) {
     EXPECT_EQ(kept->moved(), 3);
 }
 
-TEST(CleanupExecutor, TheRecoveryStepFindsNothingToDoAfterACompleteRun) {
-    FourCopies files;
-    CleanupPlan plan = files.plan();
-    CleanupExecutor executor(files.data);
-    CancellationFlag cancel;
-    ASSERT_TRUE(executor.execute(plan, approvalOf(plan), cancel).has_value());
-    EXPECT_TRUE(CleanupJournal::recoverInterrupted(files.journals).empty());
-}
-
-// Lets the first `count` writes through, then the disk is full.
-class DiskFullAfter : public platform::FileWriteCalls {
-public:
-    explicit DiskFullAfter(int count)
-        : left_(count) {}
-
-    std::expected<std::size_t, int> write(int descriptor, std::string_view bytes) override {
-        if (left_-- <= 0) {
-            return std::unexpected(ENOSPC);
-        }
-        return platform::systemWriteCalls().write(descriptor, bytes);
-    }
-
-    std::expected<void, int> sync(int descriptor) override {
-        return platform::systemWriteCalls().sync(descriptor);
-    }
-
-private:
-    int left_;
-};
-
 TEST(CleanupExecutor, ARunWhoseRecordStoppedIsWorkedOutByTheRecoveryStep) {
     FourCopies files;
     CleanupPlan plan = files.plan();
@@ -463,7 +430,8 @@ TEST(CleanupExecutor, ARunWhoseRecordStoppedIsWorkedOutByTheRecoveryStep) {
     CancellationFlag cancel;
     // The plan, b's intent and outcome, c's intent: then nothing more is
     // written, as when the program dies just after moving c.
-    DiskFullAfter full(4);
+    testing::ScriptedWriteCalls full;
+    full.writesLeft = 4;
     std::optional<platform::ScopedFileWriteCalls> scope(std::in_place, full);
     auto report = executor.execute(plan, approvalOf(plan), cancel);
     scope.reset();

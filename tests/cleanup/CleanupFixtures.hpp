@@ -2,11 +2,14 @@
 
 #include "engine/cleanup/CleanupPlan.hpp"
 #include "engine/cleanup/ItemOutcome.hpp"
+#include "engine/platform/AppendOnlyFile.hpp"
 #include "engine/scan/FileSnapshot.hpp"
 #include "engine/support/Date.hpp"
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -27,6 +30,18 @@ inline Uuid fixedPlanID() {
         throw std::logic_error("bad fixed UUID");
     }
     return *id;
+}
+
+// A snapshot of a file that need not exist, and how the records code it.
+inline FileSnapshot paperSnapshot(std::uint64_t inode, std::int64_t size = 10) {
+    return {{7, inode}, size, 1700000000, 5, 1, true, false, 0};
+}
+
+inline std::string paperSnapshotText(std::uint64_t inode, std::int64_t size = 10) {
+    return R"({"identity":{"device":7,"inode":)" + std::to_string(inode) + R"(},"size":)" +
+           std::to_string(size) +
+           R"(,"modifiedSeconds":1700000000,"modifiedNanoseconds":5,"linkCount":1,)"
+           R"("isRegularFile":true,"isSymbolicLink":false,"flags":0})";
 }
 
 inline FileSnapshot snapshotOf(const std::string& path) {
@@ -66,5 +81,48 @@ inline ItemOutcome movedTo(const std::string& trashPath) {
     return ItemOutcome::movedToTrash(trashPath,
                                      found ? std::optional(found->identity) : std::nullopt);
 }
+
+// Passes every write and sync through to the system, noting each one, but
+// for those it is told to fail: a full disk, an error, a short write.
+class ScriptedWriteCalls : public platform::FileWriteCalls {
+public:
+    std::vector<std::string> log;
+    std::optional<int> writeError;
+    std::optional<int> syncError;
+    // Writes whose bytes hold this text find the disk full.
+    std::optional<std::string> failWritesHolding;
+    // How many writes pass before the disk is full.
+    std::optional<int> writesLeft;
+    std::size_t shortBy = 0;
+    // Whether a sync reaches the disk; a test that only looks at the bytes
+    // need not wait for it.
+    bool syncs = true;
+
+    std::expected<std::size_t, int> write(int descriptor, std::string_view bytes) override {
+        log.push_back("write " + std::string(bytes));
+        if (writesLeft && (*writesLeft)-- <= 0) {
+            return std::unexpected(ENOSPC);
+        }
+        if (failWritesHolding && bytes.find(*failWritesHolding) != std::string_view::npos) {
+            return std::unexpected(ENOSPC);
+        }
+        if (writeError) {
+            return std::unexpected(*writeError);
+        }
+        return platform::systemWriteCalls().write(descriptor,
+                                                  bytes.substr(0, bytes.size() - shortBy));
+    }
+
+    std::expected<void, int> sync(int descriptor) override {
+        log.emplace_back("sync");
+        if (syncError) {
+            return std::unexpected(*syncError);
+        }
+        if (!syncs) {
+            return {};
+        }
+        return platform::systemWriteCalls().sync(descriptor);
+    }
+};
 
 } // namespace brevant::testing

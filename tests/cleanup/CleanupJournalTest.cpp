@@ -25,25 +25,21 @@ using Entry = CleanupJournal::Entry;
 using testing::fixedDate;
 using testing::TempTree;
 
-FileSnapshot snapshot(std::uint64_t inode) {
-    return {{7, inode}, 10, 1700000000, 5, 1, true, false, 0};
-}
-
 // A plan of files that need not exist: for the coding and the report.
 CleanupPlan paperPlan() {
     PlannedRemoval b;
     b.path = "/photos/b.jpg";
     b.root = "/photos";
-    b.snapshot = snapshot(2);
+    b.snapshot = testing::paperSnapshot(2);
     b.sha256 = "ab";
-    b.keepers = {{"/photos/a.jpg", snapshot(1)}};
+    b.keepers = {{"/photos/a.jpg", testing::paperSnapshot(1)}};
     b.matchKind = MatchKind::identical;
     PlannedRemoval c = b;
     c.path = "/photos/c\xff.jpg";
-    c.snapshot = snapshot(3);
+    c.snapshot = testing::paperSnapshot(3);
     PlannedRemoval d = b;
     d.path = "/photos/d.jpg";
-    d.snapshot = snapshot(4);
+    d.snapshot = testing::paperSnapshot(4);
     d.matchKind.reset();
     return testing::planOf({b, c, d}, {"/photos"});
 }
@@ -62,41 +58,7 @@ std::vector<std::string> linesOf(const std::string& path) {
     return lines;
 }
 
-// Passes every call through to the system, noting each one, and fails the
-// ones it is told to.
-class RecordingCalls : public platform::FileWriteCalls {
-public:
-    std::vector<std::string> log;
-    std::optional<int> writeError;
-    std::optional<int> syncError;
-    std::size_t shortBy = 0;
-
-    std::expected<std::size_t, int> write(int descriptor, std::string_view bytes) override {
-        log.push_back("write " + std::string(bytes));
-        if (writeError) {
-            return std::unexpected(*writeError);
-        }
-        return platform::systemWriteCalls().write(descriptor,
-                                                  bytes.substr(0, bytes.size() - shortBy));
-    }
-
-    std::expected<void, int> sync(int descriptor) override {
-        log.emplace_back("sync");
-        if (syncError) {
-            return std::unexpected(*syncError);
-        }
-        return platform::systemWriteCalls().sync(descriptor);
-    }
-};
-
-class NoSyncCalls : public platform::FileWriteCalls {
-public:
-    std::expected<std::size_t, int> write(int descriptor, std::string_view bytes) override {
-        return platform::systemWriteCalls().write(descriptor, bytes);
-    }
-
-    std::expected<void, int> sync(int /*descriptor*/) override { return {}; }
-};
+using RecordingCalls = testing::ScriptedWriteCalls;
 
 TEST(CleanupJournal, IsCreatedOnceWithMode0600InAFolderItMakes) {
     TempTree tree;
@@ -164,21 +126,14 @@ TEST(CleanupJournal, WritesOneCompactLinePerEntryWithTheDocumentedKeys) {
         Entry::ofOutcome("/photos/b.jpg", ItemOutcome::skipped("Why."), fixedDate(5))));
     ASSERT_TRUE(journal->write(Entry::ofFinished(fixedDate(6))));
 
-    std::string snapshotText =
-        R"("snapshot":{"identity":{"device":7,"inode":INODE},"size":10,)"
-        R"("modifiedSeconds":1700000000,"modifiedNanoseconds":5,"linkCount":1,)"
-        R"("isRegularFile":true,"isSymbolicLink":false,"flags":0})";
-    auto withInode = [&](char inode) {
-        std::string text = snapshotText;
-        text.replace(text.find("INODE"), 5, std::string(1, inode));
-        return text;
-    };
     std::vector<std::string> expected;
     expected.push_back(
         R"({"kind":"plan","plan":{"id":"0F1E2D3C-4B5A-4978-8695-A4B3C2D1E0F9",)"
         R"("created":"2026-11-14T21:49:44Z","roots":["/photos"],"removals":[)"
-        R"({"path":"/photos/b.jpg","root":"/photos",)" +
-        withInode('2') + R"(,"sha256":"ab","keepers":[{"path":"/photos/a.jpg",)" + withInode('1') +
+        R"({"path":"/photos/b.jpg","root":"/photos","snapshot":)" +
+        testing::paperSnapshotText(2) +
+        R"(,"sha256":"ab","keepers":[{"path":"/photos/a.jpg","snapshot":)" +
+        testing::paperSnapshotText(1) +
         R"(}],"isCloudSynced":false,"isExternalVolume":false,"matchKind":"identical"}]},)"
         R"("at":"2026-11-14T21:49:45Z"})");
     expected.emplace_back(
@@ -392,7 +347,8 @@ TEST(CleanupJournal, ALineCutAnywhereCostsOnlyItselfAndTheNextEntryStartsCleanly
     Entry next = Entry::ofNote(b, "after the cut", fixedDate(9));
     // Durability is not what this shows; a thousand synchronisations would
     // only make it slow.
-    NoSyncCalls noSync;
+    RecordingCalls noSync;
+    noSync.syncs = false;
     platform::ScopedFileWriteCalls scope(noSync);
     // Every byte of the lines after the plan, and a sample of the plan line.
     std::vector<std::size_t> cuts;

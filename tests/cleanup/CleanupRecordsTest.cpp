@@ -15,29 +15,16 @@ namespace {
 using testing::fixedDate;
 using testing::fixedPlanID;
 
-FileSnapshot snapshot(std::uint64_t inode, std::int64_t size) {
-    return {{7, inode}, size, 1700000000, 5, 1, true, false, 0};
-}
-
-constexpr std::string_view kSnapshotText =
-    R"({"identity":{"device":7,"inode":INODE},"size":SIZE,"modifiedSeconds":1700000000,)"
-    R"("modifiedNanoseconds":5,"linkCount":1,"isRegularFile":true,"isSymbolicLink":false,)"
-    R"("flags":0})";
-
-std::string snapshotText(int inode, int size) {
-    std::string text(kSnapshotText);
-    text.replace(text.find("INODE"), 5, std::to_string(inode));
-    text.replace(text.find("SIZE"), 4, std::to_string(size));
-    return text;
-}
+using testing::paperSnapshot;
+using testing::paperSnapshotText;
 
 PlannedRemoval fullRemoval() {
     PlannedRemoval removal;
     removal.path = "/photos/b.jpg";
     removal.root = "/photos";
-    removal.snapshot = snapshot(2, 10);
+    removal.snapshot = paperSnapshot(2, 10);
     removal.sha256 = "ab12";
-    removal.keepers = {{"/photos/a.jpg", snapshot(1, 10)}};
+    removal.keepers = {{"/photos/a.jpg", paperSnapshot(1, 10)}};
     removal.isCloudSynced = true;
     removal.volumeName = "Card";
     removal.isExternalVolume = true;
@@ -52,9 +39,9 @@ TEST(CleanupRecords, PlannedRemovalUsesItsFieldNamesAndLeavesAbsentOnesOut) {
     PlannedRemoval removal = fullRemoval();
     json::Json full = removal;
     EXPECT_EQ(full.dump(),
-              R"({"path":"/photos/b.jpg","root":"/photos","snapshot":)" + snapshotText(2, 10) +
+              R"({"path":"/photos/b.jpg","root":"/photos","snapshot":)" + paperSnapshotText(2, 10) +
                   R"(,"sha256":"ab12","keepers":[{"path":"/photos/a.jpg","snapshot":)" +
-                  snapshotText(1, 10) +
+                  paperSnapshotText(1, 10) +
                   R"(}],"isCloudSynced":true,"volumeName":"Card","isExternalVolume":true,)"
                   R"("matchKind":"liveMovie","libraryFilename":"IMG_1.HEIC",)"
                   R"("lightroomImageID":42,"captureOneImageID":-3})");
@@ -63,9 +50,10 @@ TEST(CleanupRecords, PlannedRemovalUsesItsFieldNamesAndLeavesAbsentOnesOut) {
     PlannedRemoval bare;
     bare.path = "/p/x.jpg";
     bare.root = "/p";
-    bare.snapshot = snapshot(3, 4);
+    bare.snapshot = paperSnapshot(3, 4);
     json::Json lean = bare;
-    EXPECT_EQ(lean.dump(), R"({"path":"/p/x.jpg","root":"/p","snapshot":)" + snapshotText(3, 4) +
+    EXPECT_EQ(lean.dump(), R"({"path":"/p/x.jpg","root":"/p","snapshot":)" +
+                               paperSnapshotText(3, 4) +
                                R"(,"sha256":"","keepers":[],"isCloudSynced":false,)"
                                R"("isExternalVolume":false})");
     EXPECT_EQ(lean.get<PlannedRemoval>(), bare);

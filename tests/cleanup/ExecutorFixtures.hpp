@@ -5,6 +5,7 @@
 #include "tests/fixtures/TempTree.hpp"
 
 #include "engine/cleanup/CleanupApproval.hpp"
+#include "engine/cleanup/CleanupExecutor.hpp"
 #include "engine/cleanup/CleanupJournal.hpp"
 #include "engine/cleanup/CleanupPlan.hpp"
 #include "engine/platform/DataFolder.hpp"
@@ -21,6 +22,7 @@
 #include <cstring>
 #include <ctime>
 #include <fcntl.h>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <sys/stat.h>
@@ -53,6 +55,12 @@ struct CleanupWorkspace {
     [[nodiscard]] std::string journalOf(const CleanupPlan& plan) const {
         return CleanupJournal::pathFor(plan.id, journals);
     }
+
+    // The plan run with its approval; `run` fails the test on a refusal.
+    [[nodiscard]] std::expected<CleanupReport, ExecutionRefusal>
+    attempt(const CleanupPlan& plan, std::shared_ptr<const Trasher> trasher = nullptr) const;
+    [[nodiscard]] CleanupReport run(const CleanupPlan& plan,
+                                    std::shared_ptr<const Trasher> trasher = nullptr) const;
 };
 
 // File operations a test makes; a failure ends the test with the reason.
@@ -125,6 +133,19 @@ inline DuplicateGroup similarGroup(std::string id, const std::vector<std::string
 
 inline CleanupApproval approvalOf(const CleanupPlan& plan) {
     return {plan.id, fixedDate()};
+}
+
+inline std::expected<CleanupReport, ExecutionRefusal>
+CleanupWorkspace::attempt(const CleanupPlan& plan, std::shared_ptr<const Trasher> trasher) const {
+    CancellationFlag cancel;
+    return CleanupExecutor(data, std::move(trasher)).execute(plan, approvalOf(plan), cancel);
+}
+
+inline CleanupReport CleanupWorkspace::run(const CleanupPlan& plan,
+                                           std::shared_ptr<const Trasher> trasher) const {
+    auto report = attempt(plan, std::move(trasher));
+    EXPECT_TRUE(report.has_value()) << report.error().message();
+    return report.value_or(CleanupReport{});
 }
 
 // Sets the modification time to the given seconds and nanoseconds, without

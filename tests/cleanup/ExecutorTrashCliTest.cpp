@@ -37,10 +37,8 @@ TEST(ExecutorTrashCli, TrashCliListsAndRestoresWhatACleanupMoved) {
     ASSERT_TRUE(session.mark(c));
     auto plan = CleanupPlanner::plan(session);
     ASSERT_TRUE(plan.has_value());
-    CancellationFlag cancel;
-    auto report = CleanupExecutor(files.data).execute(*plan, testing::approvalOf(*plan), cancel);
-    ASSERT_TRUE(report.has_value());
-    ASSERT_EQ(report->moved(), 2);
+    CleanupReport report = files.run(*plan);
+    ASSERT_EQ(report.moved(), 2);
 
     std::string listed = testing::trashList();
     EXPECT_THAT(listed, HasSubstr(" " + b + "\n"));
@@ -51,12 +49,12 @@ TEST(ExecutorTrashCli, TrashCliListsAndRestoresWhatACleanupMoved) {
     // Trash and leaves it be.
     EXPECT_EQ(testing::trashRestoreFirst(b), 0);
     EXPECT_EQ(readFile(b), "orchard");
-    EXPECT_EQ(Restorer::restore(plan->removals[0], report->journalPath, b),
+    EXPECT_EQ(Restorer::restore(plan->removals[0], report.journalPath, b),
               RestoreOutcome::notInTrash());
     EXPECT_EQ(readFile(b), "orchard");
 
     // Our Put Back of c takes it off trash-list's list as well.
-    EXPECT_EQ(Restorer::restore(plan->removals[1], report->journalPath, c),
+    EXPECT_EQ(Restorer::restore(plan->removals[1], report.journalPath, c),
               RestoreOutcome::restored(c));
     listed = testing::trashList();
     EXPECT_THAT(listed, Not(HasSubstr(b)));
@@ -78,20 +76,18 @@ TEST(ExecutorTrashCli, ACleanupOnAnotherVolumeUsesThatVolumesTrashAndPutsBack) {
         ASSERT_TRUE(session.mark(b));
         auto plan = CleanupPlanner::plan(session);
         ASSERT_TRUE(plan.has_value());
-        CancellationFlag cancel;
-        auto report =
-            CleanupExecutor(files.data).execute(*plan, testing::approvalOf(*plan), cancel);
-        ASSERT_TRUE(report.has_value());
+        CleanupReport report = files.run(*plan);
+        ASSERT_EQ(report.items.size(), 1U);
         // Renamed within the card, never copied to the home Trash.
         std::string trashed = volume + "/.Trash-" + std::to_string(::getuid()) + "/files/b.jpg";
-        EXPECT_EQ(report->items[0].outcome, testing::movedTo(trashed));
+        EXPECT_EQ(report.items[0].outcome, testing::movedTo(trashed));
         EXPECT_EQ(readFile(trashed), "on the card");
         EXPECT_FALSE(exists(files.trashFiles()));
         if (!testing::trashCliMissing()) {
             EXPECT_THAT(testing::trashList(), HasSubstr(" " + b + "\n"));
         }
 
-        EXPECT_EQ(Restorer::restore(plan->removals[0], report->journalPath, b),
+        EXPECT_EQ(Restorer::restore(plan->removals[0], report.journalPath, b),
                   RestoreOutcome::restored(b));
         EXPECT_EQ(readFile(b), "on the card");
         EXPECT_FALSE(exists(trashed));

@@ -50,15 +50,6 @@ std::string lastLines(const std::string& path, std::size_t count) {
     return contents.substr(at + 1);
 }
 
-class FullDisk : public platform::FileWriteCalls {
-public:
-    std::expected<std::size_t, int> write(int /*descriptor*/, std::string_view /*bytes*/) override {
-        return std::unexpected(ENOSPC);
-    }
-
-    std::expected<void, int> sync(int /*descriptor*/) override { return {}; }
-};
-
 // Photos a (kept), b, c and d (to remove), and the folders a Trash keeps its
 // files in.
 struct Interrupted {
@@ -221,7 +212,9 @@ TEST(JournalReconcile, AJournalThatCannotBeAddedToIsShownAsItStands) {
     std::string path = run.journal({Entry::ofIntent(run.c, fixedDate(1))});
     std::string bytes = testing::readFile(path);
 
-    FullDisk full;
+    testing::ScriptedWriteCalls full;
+    full.writeError = ENOSPC;
+    full.syncs = false;
     std::optional<platform::ScopedFileWriteCalls> scope(std::in_place, full);
     auto reports = CleanupJournal::recoverInterrupted(
         run.journals, [&](const std::string&) { return run.trashFolders(); });

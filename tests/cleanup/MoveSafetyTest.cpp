@@ -39,11 +39,7 @@ struct Pair : testing::CleanupWorkspace {
         {testing::removalOf(b, a, photos), testing::removalOf(c, a, photos)}, {photos});
 
     [[nodiscard]] CleanupReport run(std::shared_ptr<const Trasher> trasher = nullptr) const {
-        CancellationFlag cancel;
-        auto report =
-            CleanupExecutor(data, std::move(trasher)).execute(plan, approvalOf(plan), cancel);
-        EXPECT_TRUE(report.has_value()) << report.error().message();
-        return report.value_or(CleanupReport{});
+        return CleanupWorkspace::run(plan, std::move(trasher));
     }
 
     [[nodiscard]] std::string journal() const { return journalOf(plan); }
@@ -294,9 +290,7 @@ TEST(MoveSafety, AStoreOfLocksThatCannotBeReadStopsTheRunAndALockMadeSinceTheSca
     Pair files;
     std::string store = files.data.lockStore();
     files.tree.file("keep-locks.json", "[{\"path\": ");
-    CancellationFlag cancel;
-    CleanupExecutor executor(files.data);
-    auto refused = executor.execute(files.plan, approvalOf(files.plan), cancel);
+    auto refused = files.attempt(files.plan);
     ASSERT_FALSE(refused);
     EXPECT_EQ(refused.error().kind, ExecutionRefusal::Kind::locksUnreadable);
     EXPECT_TRUE(refused.error().message().starts_with("The lock file " + store + " cannot be read"))
@@ -311,10 +305,10 @@ TEST(MoveSafety, AStoreOfLocksThatCannotBeReadStopsTheRunAndALockMadeSinceTheSca
     locked.path = files.c;
     locked.snapshot = testing::snapshotOf(files.c);
     repaired.add(locked);
-    auto report = executor.execute(files.plan, approvalOf(files.plan), cancel);
-    ASSERT_TRUE(report);
-    EXPECT_EQ(report->items[0].outcome, testing::movedTo(files.trashed("b.jpg")));
-    EXPECT_EQ(report->items[1].outcome,
+    CleanupReport report = files.run();
+    ASSERT_EQ(report.items.size(), 2U);
+    EXPECT_EQ(report.items[0].outcome, testing::movedTo(files.trashed("b.jpg")));
+    EXPECT_EQ(report.items[1].outcome,
               ItemOutcome::skipped(std::string(executor_texts::kLockedSinceScan)));
     EXPECT_EQ(readFile(files.c), "lighthouse");
 }

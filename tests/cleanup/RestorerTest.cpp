@@ -36,9 +36,7 @@ struct Trashed : CleanupWorkspace {
     std::string trashed = trashFiles() + "/b.jpg";
 
     Trashed() {
-        CancellationFlag cancel;
-        auto report = CleanupExecutor(data).execute(plan, testing::approvalOf(plan), cancel);
-        EXPECT_TRUE(report && report->moved() == 1);
+        EXPECT_EQ(run(plan).moved(), 1);
         EXPECT_TRUE(exists(trashed));
     }
 
