@@ -161,9 +161,10 @@ void CatalogMarkingCard::showPlan() {
     }
     plan_ = std::move(*plan);
     summary_->setText(plannedText(scope_, plan_->removals.size()));
-    // Marking would be refused; the user is told before confirming.
+    // Marking would be refused: the user is told, and not offered it.
     if (auto facts = model_.catalogFacts()) {
         showNotice(catalog_texts::untestedNotice(*facts));
+        untested_ = facts->untested.has_value();
     }
     for (const auto& removal : plan_->removals) {
         auto* item = new QTreeWidgetItem(photos_, {shortName(removal.path), keptNames(removal)});
@@ -194,7 +195,7 @@ void CatalogMarkingCard::setState(State state) {
     state_ = state;
     bool canConfirm = state == State::ready || state == State::refused;
     confirm_->setVisible(state != State::marked);
-    confirm_->setEnabled(canConfirm);
+    confirm_->setEnabled(canConfirm && !untested_);
     close_->setEnabled(state != State::marking);
     close_->setText(state == State::marked ? QStringLiteral("Done") : QStringLiteral("Cancel"));
     busy_->setVisible(state == State::marking);

@@ -86,6 +86,8 @@ private:
     CatalogMarkings markings_;
     std::optional<CleanupPlan> plan_;
     State state_ = State::ready;
+    // The catalog's version was not tested: marking is not offered.
+    bool untested_ = false;
 
     QLabel* summary_;
     QTreeWidget* photos_;
