@@ -54,14 +54,39 @@ Answer answerOf(const std::string& path, const RestoreOutcome& outcome,
     return answer;
 }
 
-// Why a picture named by the user is not put back from this cleanup;
-// nothing when it is in the Trash.
-std::optional<Answer> notPossible(const std::string& path, const ItemReport* item,
+// What a kind of run calls its files and itself.
+struct RunWords {
+    std::string_view file;
+    std::string_view run;
+};
+
+constexpr RunWords wordsOf(const ItemReport* /*item*/) {
+    return {"picture", "cleanup"};
+}
+
+constexpr RunWords wordsOf(const CompressionItemReport* /*item*/) {
+    return {"file", "compression"};
+}
+
+const std::string& pathOf(const ItemReport& item) {
+    return item.removal.path;
+}
+
+const std::string& pathOf(const CompressionItemReport& item) {
+    return item.item.path;
+}
+
+// Why a file named by the user is not put back from this run; nothing when
+// it is in the Trash.
+template <class Item>
+std::optional<Answer> notPossible(const std::string& path, const Item* item,
                                   const Environment& environment) {
+    RunWords words = wordsOf(item);
     if (item == nullptr) {
         return Answer{.path = path,
                       .outcome = "notInCleanup",
-                      .message = "This picture is not part of this cleanup."};
+                      .message =
+                          fmt::format("This {} is not part of this {}.", words.file, words.run)};
     }
     switch (item->outcome.kind) {
     case ItemOutcome::Kind::movedToTrash:
@@ -78,15 +103,17 @@ std::optional<Answer> notPossible(const std::string& path, const ItemReport* ite
     case ItemOutcome::Kind::failed:
         return Answer{.path = path,
                       .outcome = "notMoved",
-                      .message =
-                          "This cleanup did not move it to the Trash: " + item->outcome.text};
+                      .message = fmt::format("This {} did not move it to the Trash: {}", words.run,
+                                             item->outcome.text)};
     }
     return std::nullopt;
 }
 
-const ItemReport* itemAt(const CleanupReport& report, const std::string& path) {
+template <class Report>
+auto itemAt(const Report& report, const std::string& path) ->
+    typename decltype(Report::items)::const_pointer {
     for (const auto& item : report.items) {
-        if (item.removal.path == path) {
+        if (pathOf(item) == path) {
             return &item;
         }
     }
@@ -103,45 +130,6 @@ void print(const Answer& answer, const Environment& environment) {
                answer.message);
 }
 
-// Why a file named by the user is not put back from this compression;
-// nothing when its original is in the Trash.
-std::optional<Answer> notPossible(const std::string& path, const CompressionItemReport* item,
-                                  const Environment& environment) {
-    if (item == nullptr) {
-        return Answer{.path = path,
-                      .outcome = "notInCleanup",
-                      .message = "This file is not part of this compression."};
-    }
-    switch (item->outcome.kind) {
-    case ItemOutcome::Kind::movedToTrash:
-        return std::nullopt;
-    case ItemOutcome::Kind::restored:
-        return Answer{.path = path,
-                      .outcome = "alreadyBack",
-                      .message = "It was put back already, at " +
-                                 shownPath(item->outcome.text, environment.home) + ".",
-                      .restoredAt = item->outcome.text};
-    case ItemOutcome::Kind::unknown:
-        return Answer{.path = path, .outcome = "unknown", .message = item->outcome.text};
-    case ItemOutcome::Kind::skipped:
-    case ItemOutcome::Kind::failed:
-        return Answer{.path = path,
-                      .outcome = "notMoved",
-                      .message =
-                          "This compression did not move it to the Trash: " + item->outcome.text};
-    }
-    return std::nullopt;
-}
-
-const CompressionItemReport* itemAt(const CompressionReport& report, const std::string& path) {
-    for (const auto& item : report.items) {
-        if (item.item.path == path) {
-            return &item;
-        }
-    }
-    return nullptr;
-}
-
 // The answers and the requests for the files of a run, from --all or the
 // paths given.
 template <class Report>
@@ -151,13 +139,7 @@ void choose(const Report& report, bool all, const std::vector<std::string>& path
     if (all) {
         for (const auto& item : report.items) {
             const auto kind = item.outcome.kind;
-            const std::string& path = [&]() -> const std::string& {
-                if constexpr (std::is_same_v<Report, CleanupReport>) {
-                    return item.removal.path;
-                } else {
-                    return item.item.path;
-                }
-            }();
+            const std::string& path = pathOf(item);
             if (kind == ItemOutcome::Kind::movedToTrash) {
                 requests.push_back({path, path});
             } else if (kind == ItemOutcome::Kind::unknown) {

@@ -290,6 +290,9 @@ TEST(CleanCommand, PutsAnOccupiedPictureBackBesideItNeverOverIt) {
     EXPECT_EQ(twice.status, ExitStatus::kSuccess);
     EXPECT_THAT(twice.out, HasSubstr("It was put back already, at " +
                                      library.photo("backup/beach (restored).jpg")));
+    Outcome stranger = library.brevant("restore " + id + " " + shellWord(place + ".other"));
+    EXPECT_EQ(stranger.status, ExitStatus::kFailed);
+    EXPECT_THAT(stranger.out, HasSubstr("This picture is not part of this cleanup."));
 }
 
 TEST(CleanCommand, SimilarVersionsAndSeriesAreAddedToTheIdenticalCopies) {

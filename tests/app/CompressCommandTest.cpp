@@ -94,6 +94,12 @@ TEST(CompressCommand, ShowsThePlanAsksWritesTheCopyListsItAndPutsTheOriginalBack
     Json listed = Json::parse(album.brevant("history --json").out);
     ASSERT_EQ(listed["compressions"].size(), 1U);
     EXPECT_EQ(listed["compressions"][0]["restored"], 1);
+
+    // Asked again, or for a file it never held, it says so in its own words.
+    Outcome again =
+        album.brevant("restore " + id + " '" + album.photo() + "' '" + album.copy() + "'");
+    EXPECT_THAT(again.out, HasSubstr("It was put back already, at "));
+    EXPECT_THAT(again.out, HasSubstr("IMG_0001.HEIC: This file is not part of this compression."));
 }
 
 TEST(CompressCommand, ReadsSizesInBytesOrWithAUnit) {
