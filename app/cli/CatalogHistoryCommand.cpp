@@ -1,9 +1,9 @@
 #include "CatalogHistoryCommand.hpp"
 
-#include "app/cli/CatalogMarking.hpp"
 #include "app/cli/CatalogText.hpp"
 #include "app/cli/ExitStatus.hpp"
 #include "app/cli/Terminal.hpp"
+#include "engine/catalogs/CatalogKinds.hpp"
 #include "engine/support/IsoDate.hpp"
 
 #include <CLI/CLI.hpp>
@@ -24,11 +24,12 @@ void CatalogHistoryCommand::define(CLI::App& app) {
 }
 
 int CatalogHistoryCommand::run(const Environment& environment) {
-    auto markings = CatalogMarking::all();
+    auto markings = CatalogKinds(platform::DataFolder::current()).history();
     if (json_) {
         json::Json list = json::Json::array();
         for (const auto& marking : markings) {
-            list.push_back(marking.document());
+            list.push_back({{"application", CatalogKindTexts::of(marking.application).key},
+                            {"record", marking.record}});
         }
         fmt::print(environment.out, "{}\n", list.dump(2));
         return ExitStatus::kSuccess;
@@ -37,14 +38,12 @@ int CatalogHistoryCommand::run(const Environment& environment) {
         fmt::print(environment.out, "No markings yet.\n");
     }
     for (const auto& marking : markings) {
-        std::size_t count = marking.count();
-        bool lightroom = marking.application() == CatalogSource::Application::lightroom;
-        fmt::print(environment.out, "{}  {}  {}  {} {} {}  {}{}\n", marking.id().text(),
-                   iso_date::text(marking.date()), CatalogSource::name(marking.application()),
-                   count, catalog_text::plural(count, "photo", "photos"),
-                   lightroom ? "marked Rejected" : "tagged Red",
-                   shownPath(marking.catalog(), environment.home),
-                   marking.restored() ? "  (undone)" : "");
+        const CatalogKindTexts& texts = CatalogKindTexts::of(marking.application);
+        fmt::print(environment.out, "{}  {}  {}  {}  {}{}\n", marking.id.text(),
+                   iso_date::text(marking.date), texts.name,
+                   texts.doneText(catalog_text::counted(marking.count)),
+                   shownPath(marking.catalogPath, environment.home),
+                   marking.restored ? "  (undone)" : "");
     }
     return ExitStatus::kSuccess;
 }

@@ -5,8 +5,7 @@
 #include "app/cli/ExitStatus.hpp"
 #include "app/cli/ProgressLine.hpp"
 #include "app/cli/Terminal.hpp"
-#include "engine/catalogs/CaptureOneMarker.hpp"
-#include "engine/catalogs/LightroomRejecter.hpp"
+#include "engine/catalogs/CatalogKinds.hpp"
 #include "engine/cleanup/CleanupPlanner.hpp"
 #include "engine/pipeline/ScanPipeline.hpp"
 #include "engine/platform/DataFolder.hpp"
@@ -20,9 +19,7 @@ namespace brevant::cli {
 
 namespace {
 
-using Application = CatalogSource::Application;
 using catalog_text::failed;
-using catalog_text::plural;
 
 // The plan the suggestions make: in every group the copies the keeper
 // policy does not keep, leaving out locked ones.
@@ -60,55 +57,14 @@ Suggested suggestedPlan(ReviewSession& session, std::string_view home) {
     return suggested;
 }
 
-// What a marking did, the same for both catalogs.
-struct Marked {
-    std::optional<Uuid> record;
-    std::string backup;
-    std::vector<std::string> marked;
-    std::vector<SkippedMark> skipped;
-    json::Json document;
-};
-
-template <class Report> Marked markedOf(const Report& report) {
-    Marked marked{.marked = report.marked, .skipped = report.skipped};
-    if (const auto& record = report.record) {
-        marked.record = record->id;
-        marked.backup = record->backupPath;
-        marked.document = json::Json(*record);
-    }
-    return marked;
-}
-
-std::expected<Marked, std::string> markCatalog(Application application, const CleanupPlan& plan,
-                                               const std::string& catalog) {
-    CleanupApproval approval{plan.id, Date::now()};
-    if (application == Application::lightroom) {
-        LightroomRejecter rejecter{LightroomRejecter::defaultRecordDirectory()};
-        auto report = rejecter.mark(plan, approval, catalog, Date::now());
-        if (!report) {
-            return std::unexpected(report.error().text());
-        }
-        return markedOf(*report);
-    }
-    CaptureOneMarker marker{CaptureOneMarker::defaultRecordDirectory()};
-    auto report = marker.mark(plan, approval, catalog, Date::now());
-    if (!report) {
-        return std::unexpected(report.error().text());
-    }
-    return markedOf(*report);
-}
-
-std::string markedText(Application application, const Marked& marked, std::string_view home) {
+std::string markedText(const CatalogKindTexts& texts, const CatalogMarkOutcome& marked,
+                       std::string_view home) {
     std::string text;
     std::size_t count = marked.marked.size();
     if (count == 0) {
         text += "Nothing was marked.\n";
-    } else if (application == Application::lightroom) {
-        text += fmt::format("Marked {} {} Rejected in Lightroom Classic.\n", count,
-                            plural(count, "photo", "photos"));
     } else {
-        text += fmt::format("Tagged {} {} Red in Capture One.\n", count,
-                            plural(count, "photo", "photos"));
+        text += texts.markedText(catalog_text::counted(count)) + "\n";
     }
     for (const auto& skipped : marked.skipped) {
         text += fmt::format("Skipped {}: {}\n", skipped.name, skipped.reason);
@@ -116,29 +72,20 @@ std::string markedText(Application application, const Marked& marked, std::strin
     if (!marked.record) {
         return text;
     }
-    text += fmt::format("Backup: {}\n", shownPath(marked.backup, home));
-    text += fmt::format("Undo with: brevant catalog undo {}\n", marked.record->text());
-    text += application == Application::lightroom ? LightroomRejecter::kFreedNothing
-                                                  : CaptureOneMarker::kFinishNote;
+    text += fmt::format("Backup: {}\n", shownPath(marked.record->backupPath, home));
+    text += fmt::format("Undo with: brevant catalog undo {}\n", marked.record->id.text());
+    text += texts.finishNote;
     return text + "\n";
 }
 
-json::Json markedDocument(const Marked& marked) {
+json::Json markedDocument(const CatalogMarkOutcome& marked) {
     json::Json skipped = json::Json::array();
     for (const auto& one : marked.skipped) {
         skipped.push_back({{"name", json::text(one.name)}, {"reason", one.reason}});
     }
-    return {{"record", marked.record ? marked.document : json::Json()},
+    return {{"record", marked.record ? marked.record->record : json::Json()},
             {"marked", json::textList(marked.marked)},
             {"skipped", skipped}};
-}
-
-std::string question(Application application, std::size_t count) {
-    return application == Application::lightroom
-               ? fmt::format("Mark {} {} Rejected in Lightroom Classic? [y/N]", count,
-                             plural(count, "photo", "photos"))
-               : fmt::format("Tag {} {} Red in Capture One? [y/N]", count,
-                             plural(count, "photo", "photos"));
 }
 
 } // namespace
@@ -194,6 +141,7 @@ int CatalogMarkCommand::run(const Environment& environment) {
         return ExitStatus::kSuccess;
     }
     const CleanupPlan& plan = *suggested.plan;
+    const CatalogKindTexts& texts = CatalogKindTexts::of(facts->application);
     if (json_ && dryRun_) {
         fmt::print(environment.out, "{}\n", json::Json::parse(plan.encoded()).dump(2));
         return ExitStatus::kSuccess;
@@ -207,25 +155,26 @@ int CatalogMarkCommand::run(const Environment& environment) {
             return failed(environment, "nothing was marked: there is no terminal to ask on, and "
                                        "--yes was not given");
         }
-        if (!confirm(question(facts->application, plan.removals.size()), environment.in,
-                     environment.err, environment.cancellation())) {
+        if (!confirm(texts.questionText(catalog_text::counted(plan.removals.size())),
+                     environment.in, environment.err, environment.cancellation())) {
             fmt::print(environment.out, "Nothing was marked.\n");
             return ExitStatus::kCancelled;
         }
     }
-    auto held = takeChangeLock(environment, "catalog mark");
-    if (!held) {
-        return ExitStatus::kFailed;
-    }
-    auto marked = markCatalog(facts->application, plan, catalog);
+    CleanupApproval approval{plan.id, Date::now()};
+    auto marked = CatalogKinds(platform::DataFolder::current(), waitingOn(environment))
+                      .mark(facts->application, plan, approval, catalog, Date::now());
     if (!marked) {
-        return failed(environment, marked.error());
+        if (marked.error().kind == CatalogRefusal::Kind::changesBusy) {
+            fmt::print(environment.err, "brevant catalog mark: {}\n", marked.error().text());
+            return ExitStatus::kFailed;
+        }
+        return failed(environment, marked.error().text());
     }
     if (json_) {
         fmt::print(environment.out, "{}\n", markedDocument(*marked).dump(2));
     } else {
-        fmt::print(environment.out, "{}",
-                   markedText(facts->application, *marked, environment.home));
+        fmt::print(environment.out, "{}", markedText(texts, *marked, environment.home));
     }
     return ExitStatus::kSuccess;
 }

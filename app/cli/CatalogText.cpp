@@ -50,6 +50,10 @@ std::string absolute(const std::string& path) {
     return error ? path : made.lexically_normal().string();
 }
 
+std::string counted(std::size_t count) {
+    return fmt::format("{} {}", count, plural(count, "photo", "photos"));
+}
+
 int failed(const Environment& environment, std::string_view message) {
     fmt::print(environment.err, "brevant: {}\n", message);
     return ExitStatus::kFailed;

@@ -15,6 +15,8 @@
 namespace brevant::cli::catalog_text {
 
 [[nodiscard]] const char* plural(std::size_t count, const char* one, const char* many);
+// "1 photo", "3 photos".
+[[nodiscard]] std::string counted(std::size_t count);
 
 // The path made absolute and normal, as the markers record it; as it is
 // when that fails.

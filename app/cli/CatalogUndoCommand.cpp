@@ -1,13 +1,12 @@
 #include "CatalogUndoCommand.hpp"
 
-#include "app/cli/CatalogMarking.hpp"
 #include "app/cli/CatalogText.hpp"
 #include "app/cli/ChangeLockWaiting.hpp"
 #include "app/cli/ExitStatus.hpp"
 #include "app/cli/Terminal.hpp"
+#include "engine/catalogs/CatalogKinds.hpp"
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
 #include <fmt/format.h>
 
 namespace brevant::cli {
@@ -26,35 +25,34 @@ void CatalogUndoCommand::define(CLI::App& app) {
 }
 
 int CatalogUndoCommand::run(const Environment& environment) {
-    // Held from before the records are read, so that no other run undoes
-    // the same marking meanwhile.
-    auto held = takeChangeLock(environment, "catalog undo");
-    if (!held) {
-        return ExitStatus::kFailed;
-    }
     auto id = Uuid::parse(record_);
-    auto markings = CatalogMarking::all();
-    auto found = std::ranges::find_if(
-        markings, [&id](const CatalogMarking& marking) { return id && marking.id() == *id; });
-    if (found == markings.end()) {
+    std::expected<std::optional<CatalogKinds::Undone>, CatalogRefusal> undone = std::nullopt;
+    if (id) {
+        undone = CatalogKinds(platform::DataFolder::current(), waitingOn(environment)).undo(*id);
+    }
+    if (!undone) {
+        if (undone.error().kind == CatalogRefusal::Kind::changesBusy) {
+            fmt::print(environment.err, "brevant catalog undo: {}\n", undone.error().text());
+            return ExitStatus::kFailed;
+        }
+        return catalog_text::failed(environment, undone.error().text());
+    }
+    if (!*undone) {
         fmt::print(environment.err,
                    "brevant catalog undo: no marking has the id '{}'\nTry 'brevant catalog "
                    "history' to list them.\n",
                    record_);
         return ExitStatus::kUsage;
     }
-    if (found->restored()) {
+    if ((*undone)->already) {
         fmt::print(environment.out, "That marking was undone already.\n");
         return ExitStatus::kSuccess;
     }
-    std::string refusal = found->undo();
-    if (!refusal.empty()) {
-        return catalog_text::failed(environment, refusal);
-    }
-    bool lightroom = found->application() == CatalogSource::Application::lightroom;
+    const CatalogMarkingEntry& marking = (*undone)->marking;
+    const CatalogKindTexts& texts = CatalogKindTexts::of(marking.application);
     fmt::print(environment.out, "Undone: the photos still {} in {} have their earlier {} back.\n",
-               lightroom ? "Rejected" : "tagged Red", shownPath(found->catalog(), environment.home),
-               lightroom ? "flags" : "tags and dates");
+               texts.stillMarked, shownPath(marking.catalogPath, environment.home),
+               texts.givenBack);
     return ExitStatus::kSuccess;
 }
 

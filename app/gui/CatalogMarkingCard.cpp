@@ -54,10 +54,8 @@ QString intro(Scope scope) {
 
 QString plannedText(Scope scope, std::size_t count) {
     QString photos = countText(static_cast<std::int64_t>(count), "photo", "photos");
-    QString change = scope == Scope::captureOne ? QStringLiteral("tagged Red in Capture One")
-                                                : QStringLiteral("marked Rejected in Lightroom "
-                                                                 "Classic");
-    return QStringLiteral("%1 will be %2. No file is moved or deleted.").arg(photos, change);
+    return QStringLiteral("%1 will be %2. No file is moved or deleted.")
+        .arg(photos, catalog_texts::planned(scope));
 }
 
 QString safetyText(Scope scope) {
@@ -71,10 +69,7 @@ QString doneText(Scope scope, std::size_t count) {
     if (count == 0) {
         return QStringLiteral("Nothing was marked, so the catalog was not changed.");
     }
-    QString photos = countText(static_cast<std::int64_t>(count), "photo", "photos");
-    return scope == Scope::captureOne
-               ? QStringLiteral("Tagged %1 Red in Capture One.").arg(photos)
-               : QStringLiteral("Marked %1 Rejected in Lightroom Classic.").arg(photos);
+    return catalog_texts::marked(scope, count);
 }
 
 } // namespace
@@ -215,26 +210,15 @@ void CatalogMarkingCard::confirm() {
                  markings = markings_](const CancellationFlag&) {
         CleanupApproval approval{plan.id, Date::now()};
         Outcome outcome;
-        auto held = markings.changeLock();
-        if (!held) {
-            outcome.refusal = held.error();
+        auto marked = markings.mark(scope, plan, approval, catalog, Date::now());
+        if (!marked) {
+            outcome.refusal = marked.error();
             return outcome;
         }
-        auto take = [&outcome](const auto& report) {
-            if (!report) {
-                outcome.refusal = report.error().text();
-                return;
-            }
-            outcome.marked = report->marked.size();
-            outcome.skipped = report->skipped;
-            if (report->record) {
-                outcome.backup = report->record->backupPath;
-            }
-        };
-        if (scope == Scope::captureOne) {
-            take(markings.marker().mark(plan, approval, catalog, Date::now()));
-        } else {
-            take(markings.rejecter().mark(plan, approval, catalog, Date::now()));
+        outcome.marked = marked->marked.size();
+        outcome.skipped = marked->skipped;
+        if (marked->record) {
+            outcome.backup = marked->record->backupPath;
         }
         return outcome;
     };

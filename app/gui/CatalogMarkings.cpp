@@ -6,9 +6,7 @@
 #include <QDateTime>
 #include <QLocale>
 
-#include <algorithm>
 #include <cmath>
-#include <filesystem>
 
 namespace brevant::gui {
 
@@ -16,114 +14,132 @@ namespace {
 
 using Scope = CleanupSettings::Scope;
 
-// The markers name their own folder inside the markings folder; the same
-// names are kept for any data folder.
-std::string recordFolder(const std::string& dataFolder, const std::string& defaultFolder) {
-    return platform::DataFolder{dataFolder}.markings() + "/" +
-           std::filesystem::path(defaultFolder).filename().string();
+const CatalogKindTexts& textsOf(Scope scope) {
+    return CatalogKindTexts::of(
+        applicationOf(scope).value_or(CatalogSource::Application::lightroom));
 }
 
 } // namespace
 
+std::optional<CatalogSource::Application> applicationOf(Scope scope) {
+    switch (scope) {
+    case Scope::folders:
+        return std::nullopt;
+    case Scope::lightroom:
+        return CatalogSource::Application::lightroom;
+    case Scope::captureOne:
+        return CatalogSource::Application::captureOne;
+    }
+    return std::nullopt;
+}
+
+Scope scopeOf(CatalogSource::Application application) {
+    switch (application) {
+    case CatalogSource::Application::lightroom:
+        return Scope::lightroom;
+    case CatalogSource::Application::captureOne:
+        return Scope::captureOne;
+    }
+    return Scope::lightroom;
+}
+
 Scope CatalogMarking::scope() const {
-    return std::holds_alternative<LightroomMarkRecord>(record) ? Scope::lightroom
-                                                               : Scope::captureOne;
+    return scopeOf(entry.application);
 }
 
 Uuid CatalogMarking::id() const {
-    return std::visit([](const auto& one) { return one.id; }, record);
+    return entry.id;
 }
 
 Date CatalogMarking::date() const {
-    return std::visit([](const auto& one) { return one.date; }, record);
+    return entry.date;
 }
 
 std::size_t CatalogMarking::count() const {
-    return std::visit([](const auto& one) { return one.marked.size(); }, record);
+    return entry.count;
 }
 
 bool CatalogMarking::restored() const {
-    return std::visit([](const auto& one) { return one.restored; }, record);
+    return entry.restored;
 }
 
 std::string CatalogMarking::catalogPath() const {
-    return std::visit([](const auto& one) { return one.catalogPath; }, record);
+    return entry.catalogPath;
 }
 
 std::string CatalogMarking::backupPath() const {
-    return std::visit([](const auto& one) { return one.backupPath; }, record);
+    return entry.backupPath;
 }
 
 CatalogMarkings::CatalogMarkings(const std::string& dataFolder)
-    : dataFolder_(dataFolder)
-    , rejecter_{recordFolder(dataFolder, LightroomRejecter::defaultRecordDirectory())}
-    , marker_{recordFolder(dataFolder, CaptureOneMarker::defaultRecordDirectory())} {}
+    : dataFolder_(dataFolder) {}
+
+std::expected<CatalogMarkOutcome, std::string>
+CatalogMarkings::mark(Scope scope, const CleanupPlan& plan, const CleanupApproval& approval,
+                      const std::string& catalog, Date now) const {
+    auto application = applicationOf(scope).value_or(CatalogSource::Application::lightroom);
+    auto marked = CatalogKinds(platform::DataFolder{dataFolder_})
+                      .mark(application, plan, approval, catalog, now);
+    if (!marked) {
+        return std::unexpected(marked.error().text());
+    }
+    return std::move(*marked);
+}
 
 std::vector<CatalogMarking> CatalogMarkings::history() const {
     std::vector<CatalogMarking> markings;
-    for (auto& record : rejecter_.history()) {
-        markings.push_back({std::move(record)});
+    for (auto& entry : CatalogKinds(platform::DataFolder{dataFolder_}).history()) {
+        markings.push_back({std::move(entry)});
     }
-    for (auto& record : marker_.history()) {
-        markings.push_back({std::move(record)});
-    }
-    std::ranges::stable_sort(markings, std::ranges::greater(), [](const CatalogMarking& one) {
-        return one.date().secondsSinceReferenceDate;
-    });
     return markings;
 }
 
-std::expected<ChangeLock, std::string> CatalogMarkings::changeLock() const {
-    auto held = ChangeLock::tryTake(platform::DataFolder{dataFolder_});
-    if (!held) {
-        return std::unexpected(held.error().message());
-    }
-    return std::move(*held);
-}
-
 std::optional<std::string> CatalogMarkings::undo(const CatalogMarking& marking) const {
-    auto held = changeLock();
-    if (!held) {
-        return held.error();
+    auto undone = CatalogKinds(platform::DataFolder{dataFolder_}).undo(marking.id());
+    if (!undone) {
+        return undone.error().text();
     }
-    if (const auto* lightroom = std::get_if<LightroomMarkRecord>(&marking.record)) {
-        auto restored = rejecter_.restore(*lightroom);
-        return restored ? std::nullopt : std::optional(restored.error().text());
-    }
-    auto restored = marker_.restore(std::get<CaptureOneMarkRecord>(marking.record));
-    return restored ? std::nullopt : std::optional(restored.error().text());
+    return std::nullopt;
 }
 
 namespace catalog_texts {
 
 QString application(Scope scope) {
-    return scope == Scope::captureOne ? QStringLiteral("Capture One")
-                                      : QStringLiteral("Lightroom Classic");
+    return qtText(textsOf(scope).name);
 }
 
 QString command(Scope scope) {
-    return scope == Scope::captureOne ? QStringLiteral("Tag Red in Capture One…")
-                                      : QStringLiteral("Mark Rejected in Lightroom Classic…");
+    return qtText(textsOf(scope).command);
 }
 
 QString verb(Scope scope) {
-    return scope == Scope::captureOne ? QStringLiteral("Tag Red") : QStringLiteral("Mark Rejected");
+    return qtText(textsOf(scope).verb);
+}
+
+QString planned(Scope scope) {
+    return qtText(textsOf(scope).planned);
+}
+
+QString marked(Scope scope, std::size_t count) {
+    QString photos = countText(static_cast<std::int64_t>(count), "photo", "photos");
+    return qtText(textsOf(scope).markedText(photos.toStdString()));
 }
 
 QString done(Scope scope, std::size_t count) {
     QString photos = countText(static_cast<std::int64_t>(count), "photo", "photos");
-    return scope == Scope::captureOne ? QStringLiteral("%1 tagged Red").arg(photos)
-                                      : QStringLiteral("%1 marked Rejected").arg(photos);
+    return qtText(textsOf(scope).doneText(photos.toStdString()));
 }
 
 QString undoNote(Scope scope) {
-    return qtText(scope == Scope::captureOne ? CaptureOneMarker::kUndoNote
-                                             : LightroomRejecter::kUndoNote);
+    return qtText(textsOf(scope).undoNote);
+}
+
+QString undone(Scope scope) {
+    return qtText(textsOf(scope).undone);
 }
 
 QString finishNote(Scope scope) {
-    return qtText(scope == Scope::captureOne ? CaptureOneMarker::kFinishNote
-                                             : LightroomRejecter::kFreedNothing);
+    return qtText(textsOf(scope).finishNote);
 }
 
 QString untestedNotice(const CatalogSource::Facts& facts) {
@@ -132,17 +148,8 @@ QString untestedNotice(const CatalogSource::Facts& facts) {
     }
     // Said before any photo is marked, so that marking's refusal is no
     // surprise.
-    QString version = qtText(facts.untestedVersion.value_or(""));
-    if (facts.application == CatalogSource::Application::captureOne) {
-        return QStringLiteral("This Capture One version is new to Brevant (its catalog is version "
-                              "%1): you can review its copies here, but Brevant tags nothing Red "
-                              "in a catalog version it has not been tested with.")
-            .arg(version);
-    }
-    return QStringLiteral("This Lightroom version is new to Brevant (its catalog is version %1): "
-                          "you can review its copies here, but Brevant marks nothing Rejected in "
-                          "a catalog version it has not been tested with.")
-        .arg(version);
+    return qtText(
+        CatalogKindTexts::of(facts.application).untestedText(facts.untestedVersion.value_or("")));
 }
 
 QString alreadyMarkedLine(const CatalogSource::Facts& facts) {

@@ -1,10 +1,8 @@
 #pragma once
 
 #include "app/gui/CleanupSettings.hpp"
-#include "engine/catalogs/CaptureOneMarker.hpp"
+#include "engine/catalogs/CatalogKinds.hpp"
 #include "engine/catalogs/CatalogSource.hpp"
-#include "engine/catalogs/LightroomRejecter.hpp"
-#include "engine/cleanup/ChangeLock.hpp"
 
 #include <QString>
 
@@ -12,14 +10,17 @@
 #include <expected>
 #include <optional>
 #include <string>
-#include <variant>
 #include <vector>
 
 namespace brevant::gui {
 
-// One marking of either catalog, as the markings window lists it.
+// The catalog a scope means; nothing for folders.
+[[nodiscard]] std::optional<CatalogSource::Application> applicationOf(CleanupSettings::Scope scope);
+[[nodiscard]] CleanupSettings::Scope scopeOf(CatalogSource::Application application);
+
+// One marking of any catalog, as the markings window lists it.
 struct CatalogMarking {
-    std::variant<LightroomMarkRecord, CaptureOneMarkRecord> record;
+    CatalogMarkingEntry entry;
 
     [[nodiscard]] CleanupSettings::Scope scope() const;
     [[nodiscard]] Uuid id() const;
@@ -30,30 +31,27 @@ struct CatalogMarking {
     [[nodiscard]] std::string backupPath() const;
 };
 
-// The two markers over the record folders inside one data folder, so that
-// the window and its tests never depend on the process's environment.
+// The catalog kinds over the record folders inside one data folder, so that
+// the window and its tests never depend on the process's environment. A
+// marking or an undo is refused at once while another run holds the data
+// folder's change lock.
 class CatalogMarkings {
 public:
     explicit CatalogMarkings(const std::string& dataFolder);
 
-    [[nodiscard]] const LightroomRejecter& rejecter() const { return rejecter_; }
+    // Marks in the scope's catalog; the refusal's sentence when refused.
+    [[nodiscard]] std::expected<CatalogMarkOutcome, std::string>
+    mark(CleanupSettings::Scope scope, const CleanupPlan& plan, const CleanupApproval& approval,
+         const std::string& catalog, Date now) const;
 
-    [[nodiscard]] const CaptureOneMarker& marker() const { return marker_; }
-
-    // Both catalogs' records, newest first.
+    // Every catalog's records, newest first.
     [[nodiscard]] std::vector<CatalogMarking> history() const;
 
     // Undoes a marking; the refusal's sentence when it was refused.
     [[nodiscard]] std::optional<std::string> undo(const CatalogMarking& marking) const;
 
-    // The data folder's change lock, held while a marking or an undo runs;
-    // the sentence why not when another run holds it.
-    [[nodiscard]] std::expected<ChangeLock, std::string> changeLock() const;
-
 private:
     std::string dataFolder_;
-    LightroomRejecter rejecter_;
-    CaptureOneMarker marker_;
 };
 
 namespace catalog_texts {
@@ -62,12 +60,19 @@ namespace catalog_texts {
 [[nodiscard]] QString application(CleanupSettings::Scope scope);
 // The File menu's command and the card's window title.
 [[nodiscard]] QString command(CleanupSettings::Scope scope);
+// "marked Rejected in Lightroom Classic": what will happen to the planned
+// photos.
+[[nodiscard]] QString planned(CleanupSettings::Scope scope);
+// "Marked 3 photos Rejected in Lightroom Classic."
+[[nodiscard]] QString marked(CleanupSettings::Scope scope, std::size_t count);
 // "Mark Rejected", "Tag Red".
 [[nodiscard]] QString verb(CleanupSettings::Scope scope);
 // "3 photos marked Rejected", "1 photo tagged Red".
 [[nodiscard]] QString done(CleanupSettings::Scope scope, std::size_t count);
 // What undo does and cannot do.
 [[nodiscard]] QString undoNote(CleanupSettings::Scope scope);
+// What an undo did.
+[[nodiscard]] QString undone(CleanupSettings::Scope scope);
 // How the user finishes in the catalog's own application.
 [[nodiscard]] QString finishNote(CleanupSettings::Scope scope);
 // Before a marking is prepared: that the catalog's version is one marking

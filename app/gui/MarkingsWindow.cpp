@@ -31,9 +31,7 @@ QString summary(const CatalogMarking& marking) {
 }
 
 QString undoneText(const CatalogMarking& marking) {
-    return marking.scope() == CleanupSettings::Scope::captureOne
-               ? QStringLiteral("The Red tags were taken off again.")
-               : QStringLiteral("The photos have their earlier flags back.");
+    return catalog_texts::undone(marking.scope());
 }
 
 } // namespace

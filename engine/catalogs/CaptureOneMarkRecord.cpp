@@ -1,7 +1,5 @@
 #include "CaptureOneMarkRecord.hpp"
 
-#include "engine/catalogs/MarkRecordFiles.hpp"
-#include "engine/support/IsoDate.hpp"
 #include "engine/support/Json.hpp"
 
 namespace brevant {
@@ -27,20 +25,7 @@ std::vector<std::optional<int>> getTagList(const json::Json& j, std::string_view
 
 } // namespace
 
-std::string CaptureOneMarkRecord::encoded() const {
-    return MarkRecordFiles::sortedText(json::Json(*this));
-}
-
-std::expected<CaptureOneMarkRecord, std::string>
-CaptureOneMarkRecord::decode(std::string_view document) {
-    try {
-        return json::parse(document).get<CaptureOneMarkRecord>();
-    } catch (const std::exception& error) {
-        return std::unexpected(std::string(error.what()));
-    }
-}
-
-void to_json(nlohmann::ordered_json& j, const CaptureOneMarkRecord::Item& value) {
+void to_json(nlohmann::ordered_json& j, const CaptureOneMarkItem& value) {
     j = {{"imageID", value.imageID},
          {"variantID", value.variantID},
          {"path", json::text(value.path)},
@@ -49,7 +34,7 @@ void to_json(nlohmann::ordered_json& j, const CaptureOneMarkRecord::Item& value)
     json::putOptional(j, "previousModified", value.previousModified);
 }
 
-void from_json(const nlohmann::ordered_json& j, CaptureOneMarkRecord::Item& value) {
+void from_json(const nlohmann::ordered_json& j, CaptureOneMarkItem& value) {
     value.imageID = json::get<std::int64_t>(j, "imageID");
     value.variantID = json::get<std::int64_t>(j, "variantID");
     value.path = json::getText(j, "path");
@@ -64,26 +49,6 @@ void from_json(const nlohmann::ordered_json& j, CaptureOneMarkRecord::Item& valu
     value.previousModified = json::has(j, "previousModified")
                                  ? std::optional(json::field(j, "previousModified").get<double>())
                                  : std::nullopt;
-}
-
-void to_json(nlohmann::ordered_json& j, const CaptureOneMarkRecord& value) {
-    j = {{"id", value.id},
-         {"planID", value.planID},
-         {"catalogPath", json::text(value.catalogPath)},
-         {"backupPath", json::text(value.backupPath)},
-         {"date", json::isoDate(value.date)},
-         {"marked", value.marked},
-         {"restored", value.restored}};
-}
-
-void from_json(const nlohmann::ordered_json& j, CaptureOneMarkRecord& value) {
-    value.id = json::get<Uuid>(j, "id");
-    value.planID = json::get<Uuid>(j, "planID");
-    value.catalogPath = json::getText(j, "catalogPath");
-    value.backupPath = json::getText(j, "backupPath");
-    value.date = json::getIsoDate(j, "date");
-    value.marked = json::get<std::vector<CaptureOneMarkRecord::Item>>(j, "marked");
-    value.restored = json::get<bool>(j, "restored");
 }
 
 } // namespace brevant

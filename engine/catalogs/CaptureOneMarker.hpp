@@ -2,64 +2,92 @@
 
 #include "engine/catalogs/CaptureOneCatalog.hpp"
 #include "engine/catalogs/CaptureOneMarkRecord.hpp"
-#include "engine/catalogs/CaptureOneRefusal.hpp"
-#include "engine/catalogs/CatalogRecheck.hpp"
-#include "engine/cleanup/CleanupApproval.hpp"
-#include "engine/cleanup/CleanupPlan.hpp"
+#include "engine/catalogs/CatalogKindTexts.hpp"
+#include "engine/catalogs/CatalogMarker.hpp"
 
+#include <cstdint>
 #include <expected>
-#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace brevant {
 
-// Gives the approved duplicates of a Capture One catalog the Red colour tag
-// in the catalog's database; the user then deletes them in Capture One.
-// Nothing is moved to the Trash from here. The same safety rules hold as
-// for Lightroom Classic: only while Capture One is closed, only for a tested
-// version, after a backup, in one transaction, with a record for undo.
-struct CaptureOneMarker {
-    using Refusal = CaptureOneRefusal;
-    using IsOpen = std::function<bool(const std::string& catalog)>;
-
-    struct Report {
-        Uuid id;
-        // Absent when nothing was tagged.
-        std::optional<CaptureOneMarkRecord> record;
-        std::vector<std::string> marked;
-        std::vector<SkippedMark> skipped;
+// What marking means in a Capture One catalog: the approved duplicates get
+// the Red colour tag in the catalog's database.
+struct CaptureOneMarking {
+    // A planned image that passed its re-check, with the variant to tag.
+    struct Chosen {
+        std::int64_t imageID = 0;
+        std::int64_t variantID = 0;
+        std::string path;
     };
 
-    std::string recordDirectory;
-    IsOpen isOpen = [](const std::string& catalog) { return CaptureOneCatalog::isOpen(catalog); };
+    using Catalog = CaptureOneCatalog;
+    using Photo = CaptureOnePhoto;
+    using Record = CaptureOneMarkRecord;
+    using Item = CaptureOneMarkRecord::Item;
+    using Failure = SQLiteWriter::Failure;
 
-    [[nodiscard]] static std::string defaultRecordDirectory();
+    static constexpr CatalogSource::Application kApplication =
+        CatalogSource::Application::captureOne;
+    static constexpr std::string_view kRecordFolder = "Capture One";
 
-    // Refused in this order, each before anything is changed: an approval
-    // of another plan; a planned photo not from a Capture One catalog;
-    // Capture One open; a catalog that cannot be read afresh; an untested
-    // version. Photos that fail their re-check are skipped. When nothing is
-    // left, no backup is taken. Otherwise the package is backed up (the
-    // database only) and, in one transaction, the metadata rows of each
-    // image's first variant are tagged Red and its modification date set to
-    // `now`.
-    [[nodiscard]] std::expected<Report, Refusal> mark(const CleanupPlan& plan,
-                                                      const CleanupApproval& approval,
-                                                      const std::string& catalog, Date now) const;
+    [[nodiscard]] static std::optional<std::int64_t> catalogID(const PlannedRemoval& removal) {
+        return removal.captureOneImageID;
+    }
 
-    // Puts back the earlier tags and dates of each item whose rows all still
-    // carry the Red tag; an item the user retagged since is left whole. A
-    // record already restored is answered as it is.
-    [[nodiscard]] std::expected<CaptureOneMarkRecord, Refusal>
-    restore(const CaptureOneMarkRecord& record) const;
+    [[nodiscard]] static std::int64_t photoID(const Photo& photo) { return photo.ref.imageID; }
 
-    [[nodiscard]] std::vector<CaptureOneMarkRecord> history() const;
+    [[nodiscard]] static bool isOpen(const std::string& catalog) {
+        return CaptureOneCatalog::isOpen(catalog);
+    }
+
+    [[nodiscard]] static std::expected<Catalog, CatalogReadError> read(const std::string& catalog) {
+        return CaptureOneCatalog::read(catalog);
+    }
 
     [[nodiscard]] static std::optional<std::string_view> recheck(const PlannedRemoval& removal,
-                                                                 const CaptureOnePhoto* photo);
+                                                                 const Photo* photo);
+
+    [[nodiscard]] static Chosen choose(const Photo& photo) {
+        return {photo.ref.imageID, photo.ref.variantID, photo.path};
+    }
+
+    // The package is backed up with its database only.
+    [[nodiscard]] static std::expected<std::string, Failure>
+    backUp(const std::string& catalog, const Catalog& fresh, Date now) {
+        return CatalogBackup::backUpCaptureOne(catalog, fresh.databaseURL, now);
+    }
+
+    [[nodiscard]] static std::string database(const std::string& /*catalog*/,
+                                              const Catalog& fresh) {
+        return fresh.databaseURL;
+    }
+
+    // Tags the metadata rows of the image's first variant Red and sets its
+    // modification date to `now`.
+    [[nodiscard]] static std::expected<Item, Failure> change(const SQLiteWriter& writer,
+                                                             const Chosen& chosen, Date now);
+
+    // The package's database, while the package is still there.
+    [[nodiscard]] static std::optional<std::string> undoDatabase(const std::string& catalog);
+
+    // Puts back the earlier tags and date of an item whose rows all still
+    // carry the Red tag; an item the user retagged since is left whole.
+    [[nodiscard]] static std::expected<void, Failure> undo(const SQLiteWriter& writer,
+                                                           const Item& item);
+};
+
+// Tags the approved duplicates of a Capture One catalog Red; the user then
+// deletes them in Capture One.
+struct CaptureOneMarker : CatalogMarker<CaptureOneMarking> {
+    [[nodiscard]] static std::string defaultRecordDirectory();
+
+    [[nodiscard]] static std::optional<std::string_view> recheck(const PlannedRemoval& removal,
+                                                                 const CaptureOnePhoto* photo) {
+        return CaptureOneMarking::recheck(removal, photo);
+    }
 
     // The metadata rows of a variant: those of its adjustment layer and of
     // its combined settings, once each, in layer order.
@@ -78,6 +106,29 @@ struct CaptureOneMarker {
     static constexpr std::string_view kUndoNote =
         "Undo takes the Red tag off again. Capture One must be closed, and photos you have since "
         "deleted in Capture One cannot come back from here.";
+
+    static constexpr CatalogKindTexts kTexts{
+        .key = "captureOne",
+        .name = "Capture One",
+        .alreadyMarkedHeading = "Already tagged Red in Capture One",
+        .notCatalogPhotos = "Only photos from a Capture One catalog can be tagged there.",
+        .applicationOpen = "Quit Capture One first. Its catalog is only changed while Capture "
+                           "One is closed.",
+        .finishNote = kFinishNote,
+        .undoNote = kUndoNote,
+        .question = "Tag {} Red in Capture One? [y/N]",
+        .marked = "Tagged {} Red in Capture One.",
+        .planned = "tagged Red in Capture One",
+        .stillMarked = "tagged Red",
+        .givenBack = "tags and dates",
+        .undone = "The Red tags were taken off again.",
+        .command = "Tag Red in Capture One…",
+        .verb = "Tag Red",
+        .done = "{} tagged Red",
+        .untestedNotice =
+            "This Capture One version is new to Brevant (its catalog is version {}): you can "
+            "review its copies here, but Brevant tags nothing Red in a catalog version it has not "
+            "been tested with."};
 };
 
 } // namespace brevant

@@ -3,7 +3,6 @@
 #include "engine/catalogs/CatalogScan.hpp"
 
 #include <algorithm>
-#include <unordered_map>
 
 namespace brevant {
 
@@ -19,25 +18,8 @@ bool CaptureOneScanner::isUsable(const CaptureOnePhoto& photo) {
 ScanResult CaptureOneScanner::scan(const CaptureOneCatalog& catalog, bool keepPictures,
                                    const CancellationFlag& cancel,
                                    const ExactMatcher::Progress& progress) {
-    std::unordered_map<std::string, CaptureOneRef> refs;
-    CatalogScan::Paths usable;
-    for (const auto& photo : catalog.photos) {
-        if (isUsable(photo)) {
-            // Two images on one file: the first, in catalog order, speaks for it.
-            refs.try_emplace(photo.path, photo.ref);
-            usable.insert(photo.path);
-        }
-    }
-    auto annotate = [&](PhotoAsset& picture) {
-        if (auto it = refs.find(picture.path); it != refs.end()) {
-            picture.captureOne = it->second;
-        }
-    };
-    ScanResult result = CatalogScan::run(catalog.rootFolders, std::move(usable), keepPictures,
-                                         cancel, progress, annotate);
-    for (const auto& photo : catalog.missing()) {
-        CatalogScan::addMissing(result, photo.path, missingSentence());
-    }
+    ScanResult result = CatalogScan::photos<CaptureOneScanner>(catalog, keepPictures, cancel,
+                                                               progress, &PhotoAsset::captureOne);
     result.captureOneRed = static_cast<int>(alreadyMarked(catalog).size());
     return result;
 }

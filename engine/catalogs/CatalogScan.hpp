@@ -5,13 +5,15 @@
 #include "engine/scan/ScanResult.hpp"
 
 #include <functional>
+#include <optional>
 #include <string>
+#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
 namespace brevant {
 
-// The part that the Lightroom Classic and Capture One scans share: the exact
+// The part that the scans of every kind of catalog share: the exact
 // matcher over the catalog's folders, admitting only the photos the catalog
 // offers, then each picture given what the catalog knows of it.
 struct CatalogScan {
@@ -34,6 +36,35 @@ struct CatalogScan {
     // Adds a photo the catalog lists but whose file is not there.
     static void addMissing(ScanResult& result, const std::string& path,
                            const std::string& sentence);
+
+    // The scan of one catalog: its usable photos (as `Scanner::isUsable`
+    // tells) compared, each picture given the reference of the first usable
+    // photo on its file in catalog order, put in `slot`; the missing photos
+    // skipped with `Scanner::missingSentence`.
+    template <class Scanner, class Catalog, class Ref>
+    [[nodiscard]] static ScanResult
+    photos(const Catalog& catalog, bool keepPictures, const CancellationFlag& cancel,
+           const ExactMatcher::Progress& progress, std::optional<Ref> PhotoAsset::* slot) {
+        std::unordered_map<std::string, Ref> refs;
+        Paths usable;
+        for (const auto& photo : catalog.photos) {
+            if (Scanner::isUsable(photo)) {
+                refs.try_emplace(photo.path, photo.ref);
+                usable.insert(photo.path);
+            }
+        }
+        auto annotate = [&refs, slot](PhotoAsset& picture) {
+            if (auto it = refs.find(picture.path); it != refs.end()) {
+                picture.*slot = it->second;
+            }
+        };
+        ScanResult result =
+            run(catalog.rootFolders, std::move(usable), keepPictures, cancel, progress, annotate);
+        for (const auto& photo : catalog.missing()) {
+            addMissing(result, photo.path, Scanner::missingSentence());
+        }
+        return result;
+    }
 };
 
 } // namespace brevant

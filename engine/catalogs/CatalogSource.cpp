@@ -1,10 +1,10 @@
 #include "CatalogSource.hpp"
 
 #include "engine/catalogs/CaptureOneCatalog.hpp"
-#include "engine/catalogs/CaptureOneRefusal.hpp"
 #include "engine/catalogs/CaptureOneScanner.hpp"
+#include "engine/catalogs/CatalogKindTexts.hpp"
+#include "engine/catalogs/CatalogRefusal.hpp"
 #include "engine/catalogs/LightroomCatalog.hpp"
-#include "engine/catalogs/LightroomRefusal.hpp"
 #include "engine/catalogs/LightroomScanner.hpp"
 
 #include <algorithm>
@@ -18,7 +18,7 @@ namespace {
 
 // Both catalogs are read, checked and scanned the same way; only their
 // types differ.
-template <class Catalog, class Refusal, class Scanner>
+template <class Catalog, class Scanner>
 std::expected<CatalogSource::Scanned, std::string>
 scanned(CatalogSource::Application application, const std::string& path, bool keepPictures,
         const CancellationFlag& cancel, const ExactMatcher::Progress& progress) {
@@ -29,7 +29,8 @@ scanned(CatalogSource::Application application, const std::string& path, bool ke
     CatalogSource::Scanned result{
         .facts = {.application = application, .photos = catalog->photos.size()}};
     if (!catalog->isTestedVersion()) {
-        result.facts.untested = Refusal::untestedVersion(catalog->schemaVersion).text();
+        result.facts.untested =
+            CatalogRefusal::untestedVersion(application, catalog->schemaVersion).text();
         result.facts.untestedVersion = catalog->schemaVersion;
     }
     for (const auto& photo : catalog->missing()) {
@@ -59,23 +60,11 @@ std::optional<CatalogSource::Application> CatalogSource::applicationOf(const std
 }
 
 std::string_view CatalogSource::name(Application application) {
-    switch (application) {
-    case Application::lightroom:
-        return "Lightroom Classic";
-    case Application::captureOne:
-        return "Capture One";
-    }
-    return "Lightroom Classic";
+    return CatalogKindTexts::of(application).name;
 }
 
 std::string_view CatalogSource::alreadyMarkedHeading(Application application) {
-    switch (application) {
-    case Application::lightroom:
-        return "Already Rejected in Lightroom Classic";
-    case Application::captureOne:
-        return "Already tagged Red in Capture One";
-    }
-    return "Already Rejected in Lightroom Classic";
+    return CatalogKindTexts::of(application).alreadyMarkedHeading;
 }
 
 std::expected<CatalogSource::Scanned, std::string>
@@ -87,11 +76,11 @@ CatalogSource::scan(const std::string& path, bool keepPictures, const Cancellati
     }
     switch (*application) {
     case Application::lightroom:
-        return scanned<LightroomCatalog, LightroomRefusal, LightroomScanner>(
-            *application, path, keepPictures, cancel, progress);
+        return scanned<LightroomCatalog, LightroomScanner>(*application, path, keepPictures, cancel,
+                                                           progress);
     case Application::captureOne:
-        return scanned<CaptureOneCatalog, CaptureOneRefusal, CaptureOneScanner>(
-            *application, path, keepPictures, cancel, progress);
+        return scanned<CaptureOneCatalog, CaptureOneScanner>(*application, path, keepPictures,
+                                                             cancel, progress);
     }
     return std::unexpected(std::string(kNotACatalog));
 }

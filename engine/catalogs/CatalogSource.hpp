@@ -3,6 +3,7 @@
 #include "engine/scan/CancellationFlag.hpp"
 #include "engine/scan/ExactMatcher.hpp"
 #include "engine/scan/ScanResult.hpp"
+#include "engine/support/RawValue.hpp"
 
 #include <cstddef>
 #include <expected>
@@ -69,5 +70,10 @@ struct CatalogSource {
 };
 
 void PrintTo(CatalogSource::Application application, std::ostream* os);
+
+template <> struct EnumCases<CatalogSource::Application> {
+    using Application = CatalogSource::Application;
+    static constexpr std::array kAll{Application::lightroom, Application::captureOne};
+};
 
 } // namespace brevant

@@ -2,8 +2,6 @@
 
 #include "engine/catalogs/CatalogScan.hpp"
 
-#include <unordered_map>
-
 namespace brevant {
 
 bool LightroomScanner::isUsable(const LightroomPhoto& photo) {
@@ -13,25 +11,8 @@ bool LightroomScanner::isUsable(const LightroomPhoto& photo) {
 ScanResult LightroomScanner::scan(const LightroomCatalog& catalog, bool keepPictures,
                                   const CancellationFlag& cancel,
                                   const ExactMatcher::Progress& progress) {
-    std::unordered_map<std::string, LightroomRef> refs;
-    CatalogScan::Paths usable;
-    for (const auto& photo : catalog.photos) {
-        if (isUsable(photo)) {
-            // Two photos on one file: the first, in catalog order, speaks for it.
-            refs.try_emplace(photo.path, photo.ref);
-            usable.insert(photo.path);
-        }
-    }
-    auto annotate = [&](PhotoAsset& picture) {
-        if (auto it = refs.find(picture.path); it != refs.end()) {
-            picture.lightroom = it->second;
-        }
-    };
-    ScanResult result = CatalogScan::run(catalog.rootFolders, std::move(usable), keepPictures,
-                                         cancel, progress, annotate);
-    for (const auto& photo : catalog.missing()) {
-        CatalogScan::addMissing(result, photo.path, missingSentence());
-    }
+    ScanResult result = CatalogScan::photos<LightroomScanner>(catalog, keepPictures, cancel,
+                                                              progress, &PhotoAsset::lightroom);
     result.lightroomRejected = static_cast<int>(alreadyMarked(catalog).size());
     return result;
 }

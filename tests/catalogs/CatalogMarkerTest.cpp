@@ -35,11 +35,12 @@ using testing::TempTree;
 // One keeps in fractions.
 const Date kNow = Date::fromUnixSeconds(1714555815.0);
 const Date kNowAndAQuarter = Date::fromUnixSeconds(1714555815.25);
+constexpr auto kLightroom = CatalogSource::Application::lightroom;
+constexpr auto kCaptureOne = CatalogSource::Application::captureOne;
 
 // Three copies of one photo and two of another in a Lightroom catalog
 // beside them.
 struct LightroomFamily {
-    using Refusal = LightroomRefusal;
 
     testing::TempTree tree;
     std::string a = tree.file("Photos/a.jpg", testing::photoOfSize(1, 20'000));
@@ -120,7 +121,6 @@ struct LightroomFamily {
 // modification date, `c` one layer sharing the combined settings' row and no
 // date.
 struct CaptureOneFamily {
-    using Refusal = CaptureOneRefusal;
 
     testing::TempTree tree;
     std::string a = tree.file("Photos/a.jpg", testing::photoOfSize(7, 20'000));
@@ -357,7 +357,7 @@ TEST(LightroomRejecter, ARecordThatCannotBeSavedIsReportedWithTheBackup) {
     auto report = family.rejecter().mark(plan, approval, family.catalog, kNow);
 
     ASSERT_FALSE(report.has_value());
-    EXPECT_EQ(report.error().kind, LightroomRefusal::Kind::recordNotSaved);
+    EXPECT_EQ(report.error().kind, CatalogRefusal::Kind::recordNotSaved);
     EXPECT_THAT(report.error().text(),
                 ::testing::StartsWith("The catalog was changed, but its record could not be "
                                       "saved: the record folder could not be created"));
@@ -407,7 +407,7 @@ TEST(RealCatalogs, MarkingLightroomClassicFifteenIsRefusedAsUntested) {
     auto report = rejecter.mark(plan, {plan.id, kNow}, *path, kNow);
 
     ASSERT_FALSE(report.has_value());
-    EXPECT_EQ(report.error(), LightroomRefusal::untestedVersion("1500000"));
+    EXPECT_EQ(report.error(), CatalogRefusal::untestedVersion(kLightroom, "1500000"));
     EXPECT_EQ(testing::fileDigest(*path), digest);
     std::error_code error;
     EXPECT_FALSE(std::filesystem::exists(
@@ -535,12 +535,6 @@ TEST(CaptureOneMarker, UndoOfACatalogThatIsGoneIsRefused) {
                                        "there");
 }
 
-// The refusal's kind picks the catalog: a Lightroom refusal is asked of a
-// Lightroom catalog, a Capture One refusal of a Capture One catalog.
-template <typename Refusal>
-using FamilyFor = std::conditional_t<std::is_same_v<Refusal, LightroomRefusal>, LightroomFamily,
-                                     CaptureOneFamily>;
-
 struct RefusalCase {
     const char* name;
     // The catalog's version; unset keeps the tested one.
@@ -548,7 +542,7 @@ struct RefusalCase {
     bool open = false;
     bool otherApproval = false;
     bool folderPhoto = false;
-    std::variant<LightroomRefusal, CaptureOneRefusal> expected;
+    CatalogRefusal expected;
     std::string text;
 
     friend void PrintTo(const RefusalCase& row, std::ostream* out) { *out << row.name; }
@@ -556,9 +550,8 @@ struct RefusalCase {
 
 class CatalogMarkRefusal : public ::testing::TestWithParam<RefusalCase> {};
 
-template <typename Refusal>
-void expectRefused(const RefusalCase& refusal, const Refusal& expected) {
-    FamilyFor<Refusal> family;
+template <typename Family> void expectRefused(const RefusalCase& refusal) {
+    Family family;
     if (refusal.version) {
         family.setVersion(*refusal.version);
     }
@@ -574,7 +567,7 @@ void expectRefused(const RefusalCase& refusal, const Refusal& expected) {
     auto report = family.mark(plan, approval, kNow, refusal.open);
 
     ASSERT_FALSE(report.has_value());
-    EXPECT_EQ(report.error(), expected);
+    EXPECT_EQ(report.error(), refusal.expected);
     EXPECT_EQ(report.error().text(), refusal.text);
     EXPECT_EQ(testing::fileDigest(family.databasePath()), digest);
     EXPECT_THAT(family.backups(), IsEmpty());
@@ -582,8 +575,12 @@ void expectRefused(const RefusalCase& refusal, const Refusal& expected) {
 }
 
 TEST_P(CatalogMarkRefusal, LeavesTheDatabaseByteIdenticalWithNoBackup) {
-    std::visit([](const auto& expected) { expectRefused(GetParam(), expected); },
-               GetParam().expected);
+    // The refusal's application picks the catalog it is asked of.
+    if (GetParam().expected.application == kLightroom) {
+        expectRefused<LightroomFamily>(GetParam());
+    } else {
+        expectRefused<CaptureOneFamily>(GetParam());
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -591,43 +588,43 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(
         RefusalCase{.name = "lightroomOtherApproval",
                     .otherApproval = true,
-                    .expected = LightroomRefusal::approvalDoesNotMatch(),
+                    .expected = CatalogRefusal::approvalDoesNotMatch(kLightroom),
                     .text = "This approval is for a different set of photos. Review them again."},
         RefusalCase{.name = "lightroomFolderPhoto",
                     .folderPhoto = true,
-                    .expected = LightroomRefusal::notLightroomPhotos(),
+                    .expected = CatalogRefusal::notCatalogPhotos(kLightroom),
                     .text = "Only photos from a Lightroom Classic catalog can be marked Rejected."},
         RefusalCase{.name = "lightroomOpen",
                     .open = true,
-                    .expected = LightroomRefusal::lightroomOpen(),
+                    .expected = CatalogRefusal::applicationOpen(kLightroom),
                     .text = "Quit Lightroom Classic first. Its catalog is only changed while "
                             "Lightroom is closed."},
         RefusalCase{.name = "lightroomNewerVersion",
                     .version = std::optional<std::string>("1504002"),
-                    .expected = LightroomRefusal::untestedVersion("1504002"),
+                    .expected = CatalogRefusal::untestedVersion(kLightroom, "1504002"),
                     .text = "This catalog is from a Lightroom Classic version Brevant has not "
                             "been tested with (1504002), so it was not changed."},
         RefusalCase{.name = "lightroomNoVersion",
                     .version = std::optional<std::string>(),
-                    .expected = LightroomRefusal::untestedVersion("unknown"),
+                    .expected = CatalogRefusal::untestedVersion(kLightroom, "unknown"),
                     .text = "This catalog is from a Lightroom Classic version Brevant has not "
                             "been tested with (unknown), so it was not changed."},
         RefusalCase{.name = "captureOneOtherApproval",
                     .otherApproval = true,
-                    .expected = CaptureOneRefusal::approvalDoesNotMatch(),
+                    .expected = CatalogRefusal::approvalDoesNotMatch(kCaptureOne),
                     .text = "This approval is for a different set of photos. Review them again."},
         RefusalCase{.name = "captureOneFolderPhoto",
                     .folderPhoto = true,
-                    .expected = CaptureOneRefusal::notCaptureOnePhotos(),
+                    .expected = CatalogRefusal::notCatalogPhotos(kCaptureOne),
                     .text = "Only photos from a Capture One catalog can be tagged there."},
         RefusalCase{.name = "captureOneOpen",
                     .open = true,
-                    .expected = CaptureOneRefusal::captureOneOpen(),
+                    .expected = CatalogRefusal::applicationOpen(kCaptureOne),
                     .text = "Quit Capture One first. Its catalog is only changed while Capture "
                             "One is closed."},
         RefusalCase{.name = "captureOneNewerVersion",
                     .version = std::optional<std::string>("160900"),
-                    .expected = CaptureOneRefusal::untestedVersion("160900"),
+                    .expected = CatalogRefusal::untestedVersion(kCaptureOne, "160900"),
                     .text = "This catalog is from a Capture One version Brevant has not been "
                             "tested with (160900), so it was not changed."}),
     [](const auto& info) { return std::string(info.param.name); });

@@ -4,7 +4,7 @@
 #include "tests/fixtures/TempTree.hpp"
 #include "tests/scan/ScanFixtures.hpp"
 
-#include "engine/catalogs/LightroomRefusal.hpp"
+#include "engine/catalogs/CatalogRefusal.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -297,11 +297,14 @@ TEST(ScanPipeline, ScansACatalogAsOneMoreSource) {
     auto outcome = ScanPipeline().run(request, CancellationFlag(), {});
 
     ASSERT_TRUE(outcome.has_value()) << outcome.error();
-    EXPECT_EQ(outcome->catalog,
-              (CatalogSource::Facts{.application = CatalogSource::Application::lightroom,
-                                    .photos = 2,
-                                    .untested = LightroomRefusal::untestedVersion("1504002").text(),
-                                    .untestedVersion = "1504002"}));
+    EXPECT_EQ(
+        outcome->catalog,
+        (CatalogSource::Facts{.application = CatalogSource::Application::lightroom,
+                              .photos = 2,
+                              .untested = CatalogRefusal::untestedVersion(
+                                              CatalogSource::Application::lightroom, "1504002")
+                                              .text(),
+                              .untestedVersion = "1504002"}));
     ASSERT_EQ(outcome->groups.size(), 1U);
     auto suggestion = outcome->session->suggestion(outcome->groups.front());
     ASSERT_TRUE(suggestion.has_value());

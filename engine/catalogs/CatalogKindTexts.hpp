@@ -1,0 +1,56 @@
+#pragma once
+
+#include "engine/catalogs/CatalogSource.hpp"
+
+#include <string>
+#include <string_view>
+
+namespace brevant {
+
+// The sentences that name one kind of catalog and what marking does there.
+// Each kind keeps its own as a constant beside its marker; `of` is the one
+// place that knows them all.
+struct CatalogKindTexts {
+    // How records and documents name the kind: "lightroomClassic".
+    std::string_view key;
+    // "Lightroom Classic".
+    std::string_view name;
+    // "Already Rejected in Lightroom Classic".
+    std::string_view alreadyMarkedHeading;
+    std::string_view notCatalogPhotos;
+    std::string_view applicationOpen;
+    // How the user finishes in the catalog's own application.
+    std::string_view finishNote;
+    // What undo does and cannot do.
+    std::string_view undoNote;
+    // With the photos counted ("3 photos"): the question before a marking,
+    // and what a marking did.
+    std::string_view question;
+    std::string_view marked;
+    // What will happen to the planned photos: "marked Rejected in Lightroom
+    // Classic".
+    std::string_view planned;
+    // What the marked photos still are, and what undo gave back: "Rejected",
+    // "flags".
+    std::string_view stillMarked;
+    std::string_view givenBack;
+    // The window's line after an undo.
+    std::string_view undone;
+    // The window's words: its command, the verb of the button, what was done
+    // (with the counted photos), and the notice of an untested version (with
+    // the version).
+    std::string_view command;
+    std::string_view verb;
+    std::string_view done;
+    std::string_view untestedNotice;
+
+    [[nodiscard]] static const CatalogKindTexts& of(CatalogSource::Application application);
+
+    // Filled in with the photos counted, as the program writes them.
+    [[nodiscard]] std::string questionText(std::string_view photos) const;
+    [[nodiscard]] std::string markedText(std::string_view photos) const;
+    [[nodiscard]] std::string doneText(std::string_view photos) const;
+    [[nodiscard]] std::string untestedText(std::string_view version) const;
+};
+
+} // namespace brevant
