@@ -44,6 +44,8 @@ QString modeWords(Mode mode, SimilarityPreset preset) {
         return QStringLiteral("similar versions (%1)").arg(qtText(displayName(preset)));
     case Mode::series:
         return QStringLiteral("series");
+    case Mode::livePhotos:
+        return QStringLiteral("Live Photo movies");
     }
     return {};
 }
