@@ -40,6 +40,8 @@ public:
 
     [[nodiscard]] const std::string& movieBytes() const { return movieBytes_; }
 
+    [[nodiscard]] std::string path(std::string_view relative) const { return tree_.path(relative); }
+
     [[nodiscard]] std::string folder() const { return "'" + tree_.path("photos") + "'"; }
 
     [[nodiscard]] std::string trashed(std::string_view name) const {
@@ -112,6 +114,36 @@ TEST(LivePhotosCommand, LivePhotosExcludesTheOtherModes) {
     EXPECT_EQ(both.status, ExitStatus::kUsage);
     EXPECT_EQ(both.out, "");
     EXPECT_TRUE(fs::exists(album.pair().movie));
+}
+
+TEST(LivePhotosCommand, CompressMakesMotionPhotosStillsAndPutsTheOriginalBack) {
+    LiveAlbum album;
+    std::string photo = testing::writeMotionPhoto(album.path("photos/PXL_0001.jpg"),
+                                                  testing::MotionStyle::motionPhoto);
+    std::string bytes = testing::readFile(photo);
+    std::string still = album.path("photos/PXL_0001 (still).jpg");
+
+    Outcome dry = album.brevant("compress --motion-photos --dry-run " + album.folder());
+    ASSERT_EQ(dry.status, ExitStatus::kSuccess) << dry.err;
+    EXPECT_THAT(dry.out, HasSubstr(photo + "  motion photo 240\u00d7320"));
+    // Only the motion photo: not the Live Photo's JPEGs nor its movies.
+    EXPECT_THAT(dry.out, Not(HasSubstr("IMG_0001")));
+    EXPECT_FALSE(fs::exists(still));
+
+    Outcome run = album.brevant("compress --motion-photos --yes " + album.folder());
+    ASSERT_EQ(run.status, ExitStatus::kSuccess) << run.out << run.err;
+    EXPECT_TRUE(fs::exists(still));
+    EXPECT_FALSE(fs::exists(photo));
+    EXPECT_EQ(testing::readFile(album.trashed("PXL_0001.jpg")), bytes);
+    EXPECT_TRUE(fs::exists(album.trashInfo("PXL_0001.jpg")));
+
+    std::smatch found;
+    ASSERT_TRUE(std::regex_search(run.out, found, std::regex("brevant restore (\\S+) --all")))
+        << run.out;
+    Outcome restore = album.brevant(fmt::format("restore {} --all", found[1].str()));
+    ASSERT_EQ(restore.status, ExitStatus::kSuccess) << restore.out << restore.err;
+    EXPECT_EQ(testing::readFile(photo), bytes);
+    EXPECT_FALSE(fs::exists(still));
 }
 
 } // namespace
