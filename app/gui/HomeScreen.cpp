@@ -285,6 +285,7 @@ QWidget* HomeScreen::whatCard() {
         layout->addWidget(explanation);
     }
     addMode(Mode::series, tr("Series"), texts::kSeriesExplanation);
+    addMode(Mode::livePhotos, tr("Live Photos into stills"), texts::kLivePhotosExplanation);
 
     connect(modes_, &QButtonGroup::idClicked, this,
             [this](int id) { model_.setMode(static_cast<Mode>(id)); });
