@@ -8,6 +8,7 @@
 #include <cstring>
 #include <ctime>
 #include <exiv2/exiv2.hpp>
+#include <fmt/format.h>
 #include <mutex>
 #include <vector>
 
@@ -21,8 +22,6 @@ constexpr std::size_t kAppleHeader = 14;
 constexpr std::string_view kAppleSignature = "Apple iOS";
 // The maker note's tag for the identifier shared with the movie.
 constexpr std::string_view kContentIdentifierKey = "Exif.Image.0x0011";
-// Photos bigger than this are not read whole for their tags.
-constexpr std::size_t kLargestPhoto = 512UL * 1024 * 1024;
 
 void initialiseExiv2() {
     static std::once_flag once;
@@ -30,24 +29,6 @@ void initialiseExiv2() {
         Exiv2::LogMsg::setLevel(Exiv2::LogMsg::mute);
         Exiv2::enableBMFF(true);
     });
-}
-
-std::optional<std::vector<Exiv2::byte>> wholeFile(const std::string& path) {
-    auto file = ReadOnlyFile::open(path);
-    if (!file) {
-        return std::nullopt;
-    }
-    auto status = file->status();
-    if (!status || status->size <= 0 || static_cast<std::size_t>(status->size) > kLargestPhoto) {
-        return std::nullopt;
-    }
-    std::vector<Exiv2::byte> bytes(static_cast<std::size_t>(status->size));
-    auto filled = file->fill(std::as_writable_bytes(std::span(bytes)));
-    if (!filled) {
-        return std::nullopt;
-    }
-    bytes.resize(*filled);
-    return bytes;
 }
 
 // exiv2 0.27 knows no Apple maker note, so its IFD is handed to exiv2's
@@ -165,12 +146,15 @@ std::optional<std::int64_t> LivePhotoTags::exifSeconds(const std::string& text,
 
 LiveTags LivePhotoTags::ofPhoto(const std::string& path) {
     initialiseExiv2();
-    auto bytes = wholeFile(path);
-    if (!bytes) {
+    auto file = ReadOnlyFile::open(path);
+    if (!file) {
         return {};
     }
+    // The descriptor's own entry, so exiv2 reads the file opened above and
+    // nothing a link may point to since, and only the parts holding tags.
+    std::string own = fmt::format("/proc/self/fd/{}", file->descriptor());
     try {
-        auto image = Exiv2::ImageFactory::open(bytes->data(), static_cast<long>(bytes->size()));
+        auto image = Exiv2::ImageFactory::open(own, false);
         if (image.get() == nullptr) {
             return {};
         }
