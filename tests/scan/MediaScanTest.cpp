@@ -26,7 +26,6 @@ namespace {
 // NOLINTBEGIN(bugprone-unchecked-optional-access)
 
 using platform::LiveTags;
-using testing::LivePairOptions;
 using testing::TempTree;
 
 constexpr std::int64_t kTaken = 1714558830; // 2024-05-01T10:20:30Z
