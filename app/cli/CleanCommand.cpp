@@ -109,15 +109,20 @@ std::string_view CleanCommand::summary() const {
 }
 
 std::vector<std::string> CleanCommand::synopsis() const {
-    return {"brevant clean [--similar [PRESET] | --series] [--protect DIR]... [--inbox DIR]... "
-            "[--priorities NAME,...] [--dry-run] [--yes] [--json] FOLDER..."};
+    return {"brevant clean [--similar [PRESET] | --series | --live-photos] [--protect DIR]... "
+            "[--inbox DIR]... [--priorities NAME,...] [--dry-run] [--yes] [--json] FOLDER..."};
 }
 
 void CleanCommand::define(CLI::App& app) {
     auto* similar = addSimilar(app, similar_,
                                "Also clean up other versions of a photo matched by appearance "
                                "(default preset: balanced)");
-    app.add_flag("--series", series_, "Also clean up bursts shot seconds apart")->excludes(similar);
+    auto* series = app.add_flag("--series", series_, "Also clean up bursts shot seconds apart")
+                       ->excludes(similar);
+    app.add_flag("--live-photos", livePhotos_,
+                 "Only move the movie halves of Live Photos, keeping their photos as stills")
+        ->excludes(similar)
+        ->excludes(series);
     app.add_option("--protect", protect_, "Never move copies in this folder (repeatable)")
         ->check(existingFolder())
         ->allow_extra_args(false);
@@ -146,6 +151,8 @@ ScanRequest CleanCommand::request(std::shared_ptr<LockStore> locks) const {
             fromRawValue<SimilarityPreset>(similar_).value_or(SimilarityPreset::balanced));
     } else if (series_) {
         request.mode = ScanMode::series();
+    } else if (livePhotos_) {
+        request.mode = ScanMode::livePhotos();
     }
     ReviewRules& rules = *request.review;
     for (const auto& folder : protect_) {
@@ -198,7 +205,9 @@ int CleanCommand::run(const Environment& environment) {
 int CleanCommand::clean(ReviewSession& session, const Environment& environment) const {
     Outcome outcome;
     if (session.groups().empty()) {
-        return outcome.end(environment, json_, "No extra copies found: nothing to clean up.",
+        return outcome.end(environment, json_,
+                           livePhotos_ ? "No Live Photo movies found: nothing to clean up."
+                                       : "No extra copies found: nothing to clean up.",
                            ExitStatus::kSuccess);
     }
     if (session.markAllSuggested() == 0) {

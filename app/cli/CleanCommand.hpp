@@ -12,7 +12,7 @@
 
 namespace brevant::cli {
 
-// `brevant clean [--similar [PRESET] | --series] [--protect DIR]...
+// `brevant clean [--similar [PRESET] | --series | --live-photos] [--protect DIR]...
 // [--inbox DIR]... [--priorities a,b,...] [--dry-run] [--yes] [--json]
 // FOLDER...`: scans, marks the suggested copies of every group, shows the
 // plan, asks, then moves the marked copies to the Trash under a journal and
@@ -36,6 +36,7 @@ private:
 
     std::string similar_;
     bool series_ = false;
+    bool livePhotos_ = false;
     std::vector<std::string> protect_;
     std::vector<std::string> inbox_;
     std::vector<std::string> priorities_;

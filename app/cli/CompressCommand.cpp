@@ -99,13 +99,16 @@ std::string_view CompressCommand::summary() const {
 }
 
 std::vector<std::string> CompressCommand::synopsis() const {
-    return {"brevant compress [--photos] [--videos] [--min-size SIZE] [--dry-run] [--yes] "
-            "[--json] FOLDER..."};
+    return {"brevant compress [--photos] [--videos] [--motion-photos] [--min-size SIZE] "
+            "[--dry-run] [--yes] [--json] FOLDER..."};
 }
 
 void CompressCommand::define(CLI::App& app) {
     app.add_flag("--photos", photos_, "Only photos (JPEG and TIFF to HEIC)");
     app.add_flag("--videos", videos_, "Only videos (to HEVC at 1080p or less)");
+    app.add_flag(
+        "--motion-photos", motionPhotos_,
+        "Only motion photos (JPEGs with a movie appended, to stills), whatever their size");
     app.add_option("--min-size", minSize_, "Leave out files smaller than this (default: 1M)")
         ->check(sizeText());
     app.add_flag("--dry-run", dryRun_, "Show the files and stop; nothing is written or moved");
@@ -115,10 +118,12 @@ void CompressCommand::define(CLI::App& app) {
 }
 
 int CompressCommand::run(const Environment& environment) {
+    // None named: photos and videos. Motion photos only when named.
+    bool none = !photos_ && !videos_ && !motionPhotos_;
     CompressionRequest request{.folders = folders_,
-                               // Neither named: both.
-                               .photos = photos_ || !videos_,
-                               .videos = videos_ || !photos_};
+                               .photos = photos_ || none,
+                               .videos = videos_ || none,
+                               .motionPhotos = motionPhotos_};
     if (!minSize_.empty()) {
         request.minBytes = parseSize(minSize_).value_or(CompressionRequest::kDefaultMinBytes);
     }

@@ -34,6 +34,7 @@ public:
 private:
     bool photos_ = false;
     bool videos_ = false;
+    bool motionPhotos_ = false;
     std::string minSize_;
     bool dryRun_ = false;
     bool yes_ = false;

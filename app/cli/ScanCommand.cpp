@@ -61,19 +61,24 @@ std::string_view ScanCommand::summary() const {
 }
 
 std::vector<std::string> ScanCommand::synopsis() const {
-    return {"brevant scan [--json] FOLDER..."};
+    return {"brevant scan [--live-photos] [--json] FOLDER..."};
 }
 
 void ScanCommand::define(CLI::App& app) {
+    app.add_flag("--live-photos", livePhotos_,
+                 "Find the movie halves of Live Photos instead of identical copies");
     addJson(app, json_, "Print the whole scan result as JSON");
     addFolders(app, folders_, "The folders to look in");
 }
 
 int ScanCommand::run(const Environment& environment) {
     ProgressLine line(environment.err, environment.showProgress, environment.cancel);
-    auto outcome =
-        ScanPipeline().run({.source = ScanSource::ofFolders(folders_)}, environment.cancellation(),
-                           [&line](const PipelineProgress& now) { line.show(now); });
+    ScanRequest request{.source = ScanSource::ofFolders(folders_)};
+    if (livePhotos_) {
+        request.mode = ScanMode::livePhotos();
+    }
+    auto outcome = ScanPipeline().run(request, environment.cancellation(),
+                                      [&line](const PipelineProgress& now) { line.show(now); });
     line.clear();
     // Folders are refused one by one inside the scan, never all at once.
     if (!outcome) {
@@ -86,7 +91,7 @@ int ScanCommand::run(const Environment& environment) {
     if (json_) {
         fmt::print(environment.out, "{}\n", result.encoded(2));
     } else {
-        fmt::print(environment.out, "{}", report(result, environment.home));
+        fmt::print(environment.out, "{}", report(result, environment.home, livePhotos_));
     }
     std::fflush(environment.out);
     if (result.roots.empty()) {
@@ -104,7 +109,7 @@ void ScanCommand::reportRefused(const ScanResult& result, const Environment& env
     }
 }
 
-std::string ScanCommand::report(const ScanResult& result, std::string_view home) {
+std::string ScanCommand::report(const ScanResult& result, std::string_view home, bool livePhotos) {
     std::string text;
     std::int64_t freed = 0;
     for (const auto& group : result.groups) {
@@ -112,14 +117,22 @@ std::string ScanCommand::report(const ScanResult& result, std::string_view home)
         for (const auto& member : group.members) {
             text += fmt::format("  {}\n", shownPath(member.path, home));
         }
-        freed += group.extraBytes();
+        // A Live Photo keeps its photo, however big its movie is.
+        freed += group.kind == MatchKind::liveMovie ? group.size : group.extraBytes();
     }
     int found = result.discovered - result.otherFiles;
     auto groups = static_cast<std::int64_t>(result.groups.size());
-    text += fmt::format("\n{} {} found, {} examined, {} identical {}; removing the extra copies "
-                        "would free {}\n",
-                        found, plural(found, "picture", "pictures"), result.examined, groups,
-                        plural(groups, "group", "groups"), humanBytes(freed));
+    if (livePhotos) {
+        text += fmt::format("\n{} {} found, {} examined, {} Live Photo {}; moving their movies to "
+                            "the Trash would free {}\n",
+                            found, plural(found, "picture", "pictures"), result.examined, groups,
+                            plural(groups, "movie", "movies"), humanBytes(freed));
+    } else {
+        text += fmt::format("\n{} {} found, {} examined, {} identical {}; removing the extra "
+                            "copies would free {}\n",
+                            found, plural(found, "picture", "pictures"), result.examined, groups,
+                            plural(groups, "group", "groups"), humanBytes(freed));
+    }
 
     appendCounts(text, "Skipped", result.skipped, &SkippedFile::reason,
                  [](SkipReason reason) -> std::string_view { return title(reason); });

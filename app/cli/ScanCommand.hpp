@@ -9,8 +9,9 @@
 
 namespace brevant::cli {
 
-// `brevant scan [--json] FOLDER...`: finds identical copies in the folders
-// and prints them, or the whole scan result as JSON. Changes nothing.
+// `brevant scan [--live-photos] [--json] FOLDER...`: finds identical copies
+// (or the movie halves of Live Photos) in the folders and prints them, or
+// the whole scan result as JSON. Changes nothing.
 class ScanCommand final : public Command {
 public:
     [[nodiscard]] std::string_view name() const override { return "scan"; }
@@ -24,11 +25,14 @@ public:
     // Each chosen folder that could not be scanned, with why, on `err`.
     static void reportRefused(const ScanResult& result, const Environment& environment);
 
-    // The groups, then the summary and the counts of what was left out.
-    [[nodiscard]] static std::string report(const ScanResult& result, std::string_view home);
+    // The groups, then the summary and the counts of what was left out. The
+    // summary counts Live Photo movies when the scan looked for them.
+    [[nodiscard]] static std::string report(const ScanResult& result, std::string_view home,
+                                            bool livePhotos = false);
 
 private:
     bool json_ = false;
+    bool livePhotos_ = false;
     std::vector<std::string> folders_;
 };
 

@@ -44,6 +44,8 @@ QString modeWords(Mode mode, SimilarityPreset preset) {
         return QStringLiteral("similar versions (%1)").arg(qtText(displayName(preset)));
     case Mode::series:
         return QStringLiteral("series");
+    case Mode::livePhotos:
+        return QStringLiteral("Live Photo movies");
     }
     return {};
 }
@@ -283,6 +285,7 @@ QWidget* HomeScreen::whatCard() {
         layout->addWidget(explanation);
     }
     addMode(Mode::series, tr("Series"), texts::kSeriesExplanation);
+    addMode(Mode::livePhotos, tr("Live Photos into stills"), texts::kLivePhotosExplanation);
 
     connect(modes_, &QButtonGroup::idClicked, this,
             [this](int id) { model_.setMode(static_cast<Mode>(id)); });

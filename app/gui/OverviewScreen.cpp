@@ -76,6 +76,8 @@ QString modeTitle(Mode mode, SimilarityPreset preset) {
         return QStringLiteral("Similar versions, %1").arg(qtText(displayName(preset)));
     case Mode::series:
         return QStringLiteral("Series");
+    case Mode::livePhotos:
+        return QStringLiteral("Live Photos into stills");
     }
     return {};
 }

@@ -22,6 +22,8 @@ inline constexpr const char* kSimilarExplanation =
     "Other versions of one photo: resized, re-saved, turned, cropped or edited.";
 inline constexpr const char* kSeriesExplanation =
     "Bursts shot seconds apart in one folder, so you can keep the best frames.";
+inline constexpr const char* kLivePhotosExplanation =
+    "The short movie beside each Live Photo; the photo is always kept as a still.";
 inline constexpr const char* kScanCancelled = "The scan was cancelled. Nothing was changed.";
 inline constexpr const char* kNoSources = "Add a folder to scan first.";
 inline constexpr const char* kLightroomReading =

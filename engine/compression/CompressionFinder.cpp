@@ -1,6 +1,7 @@
 #include "CompressionFinder.hpp"
 
 #include "engine/compression/CompressionTexts.hpp"
+#include "engine/platform/MotionPhoto.hpp"
 #include "engine/platform/PhotoProbe.hpp"
 #include "engine/platform/VideoProbe.hpp"
 #include "engine/scan/FolderSource.hpp"
@@ -44,6 +45,34 @@ struct Looking {
             return false;
         }
         return true;
+    }
+
+    // A JPEG with a movie appended: the still saves the movie's bytes.
+    void motionPhoto(const FolderSource::Found& file) {
+        if (file.format != PhotoFormat::jpeg) {
+            return;
+        }
+        auto motion = platform::MotionPhoto::read(file.path);
+        if (!motion) {
+            return;
+        }
+        if (file.snapshot.linkCount >= 2) {
+            found.passedOver.push_back({file.path, std::string(texts::kHardLinked)});
+            return;
+        }
+        auto facts = platform::PhotoProbe::read(file.path);
+        if (!facts) {
+            found.passedOver.push_back({file.path, std::string(texts::kUnreadablePhoto)});
+            return;
+        }
+        found.plan.items.push_back({.path = file.path,
+                                    .root = file.root,
+                                    .snapshot = file.snapshot,
+                                    .kind = MediaKind::motionPhoto,
+                                    .format = "motion photo",
+                                    .width = facts->displayedWidth,
+                                    .height = facts->displayedHeight,
+                                    .estimatedSaving = motion->movieBytes});
     }
 
     void photo(const FolderSource::Found& file) {
@@ -100,6 +129,9 @@ struct Looking {
 
 std::int64_t CompressionFinder::estimatedSaving(const PlannedCompression& item) {
     auto size = static_cast<double>(item.snapshot.size);
+    if (item.kind == MediaKind::motionPhoto) {
+        return item.estimatedSaving;
+    }
     if (item.kind == MediaKind::photo) {
         return std::llround(size * (item.format == "TIFF" ? kTiffSaving : kJpegSaving));
     }
@@ -129,13 +161,18 @@ CompressionCandidates CompressionFinder::find(const CompressionRequest& request,
         }
         return !cancel.isCancelled();
     };
-    if (request.photos) {
+    if (request.photos || request.motionPhotos) {
         for (const auto& file : walk.found) {
             if (!next()) {
                 found.cancelled = true;
                 return found;
             }
-            looking.photo(file);
+            if (request.motionPhotos) {
+                looking.motionPhoto(file);
+            }
+            if (request.photos) {
+                looking.photo(file);
+            }
         }
     }
     for (const auto& file : walk.videos) {

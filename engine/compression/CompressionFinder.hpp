@@ -16,6 +16,8 @@ struct CompressionRequest {
     std::vector<std::string> folders;
     bool photos = true;
     bool videos = true;
+    // JPEGs with an appended movie, made into stills whatever their size.
+    bool motionPhotos = false;
     // Files smaller than this are not considered.
     std::int64_t minBytes = kDefaultMinBytes;
 
@@ -41,8 +43,9 @@ struct CompressionCandidates {
 };
 
 // Finds the files worth a smaller copy over chosen folders, with the roots,
-// refusals and walk of a scan: JPEG and TIFF photos, and videos that are not
-// already HEVC at 1080p or less; each with its size and the saving expected.
+// refusals and walk of a scan: JPEG and TIFF photos, videos that are not
+// already HEVC at 1080p or less, and motion photos; each with its size and
+// the saving expected.
 struct CompressionFinder {
     // Called with the count of files looked at so far.
     using Progress = std::function<void(int looked)>;

@@ -13,6 +13,8 @@ std::string_view rawValue(MediaKind kind) {
         return "photo";
     case MediaKind::video:
         return "video";
+    case MediaKind::motionPhoto:
+        return "motionPhoto";
     }
     return "photo";
 }

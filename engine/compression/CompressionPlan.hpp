@@ -14,14 +14,16 @@
 
 namespace brevant {
 
-// What a file to compress is.
+// What a file to compress is. A motion photo loses its appended movie and
+// becomes a still.
 enum class MediaKind {
     photo,
     video,
+    motionPhoto,
 };
 
 template <> struct EnumCases<MediaKind> {
-    static constexpr std::array kAll{MediaKind::photo, MediaKind::video};
+    static constexpr std::array kAll{MediaKind::photo, MediaKind::video, MediaKind::motionPhoto};
 };
 
 [[nodiscard]] std::string_view rawValue(MediaKind kind);
@@ -35,7 +37,8 @@ struct PlannedCompression {
     std::string root;
     FileSnapshot snapshot;
     MediaKind kind = MediaKind::photo;
-    // What it is now: "JPEG", "TIFF", or the video's codec ("h264").
+    // What it is now: "JPEG", "TIFF", "motion photo", or the video's codec
+    // ("h264").
     std::string format;
     // The size as shown.
     int width = 0;

@@ -122,4 +122,8 @@ std::string interruptedExplanation() {
                        texts::kApplication);
 }
 
+std::string tagsLost(std::string_view tags) {
+    return fmt::format("Its still lost or changed the photo's tags: {}.", tags);
+}
+
 } // namespace brevant::compression_texts

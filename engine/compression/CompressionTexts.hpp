@@ -23,6 +23,11 @@ inline constexpr std::string_view kLocationLost = "Its copy lost where it was ta
 inline constexpr std::string_view kExifLost = "Its copy lost the photo's EXIF data.";
 inline constexpr std::string_view kXmpLost = "Its copy lost the photo's XMP data.";
 inline constexpr std::string_view kProfileLost = "Its copy lost the photo's colour profile.";
+// Motion photos' stills.
+inline constexpr std::string_view kOtherPixels =
+    "Its still does not show exactly the same pixels as the photo.";
+inline constexpr std::string_view kStillMoves = "Its still's XMP still declares an appended movie.";
+[[nodiscard]] std::string tagsLost(std::string_view tags);
 [[nodiscard]] std::string otherDuration(double copySeconds, double originalSeconds);
 inline constexpr std::string_view kSoundLost = "Its copy lost its sound.";
 [[nodiscard]] std::string otherSound(std::size_t copyStreams, std::size_t originalStreams);

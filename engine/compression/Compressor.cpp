@@ -9,6 +9,7 @@
 #include "engine/compression/CopyNames.hpp"
 #include "engine/platform/ExclusiveRename.hpp"
 #include "engine/platform/FileStatus.hpp"
+#include "engine/platform/MotionPhoto.hpp"
 #include "engine/platform/NewFile.hpp"
 #include "engine/scan/PathRules.hpp"
 #include "engine/support/PathNames.hpp"
@@ -102,6 +103,9 @@ public:
 private:
     std::expected<void, std::string> write(const std::string& temporary) {
         auto permissions = platform::permissionBitsOf(item_.path).value_or(0644);
+        if (item_.kind == MediaKind::motionPhoto) {
+            return platform::MotionPhoto::writeStill(item_.path, temporary, permissions);
+        }
         if (item_.kind == MediaKind::photo) {
             auto written =
                 platform::HeifWriter::write(item_.path, temporary, permissions, options_.photo);

@@ -2,6 +2,7 @@
 
 #include "engine/compression/CompressionTexts.hpp"
 #include "engine/platform/FileStatus.hpp"
+#include "engine/platform/MotionPhoto.hpp"
 #include "engine/platform/PhotoProbe.hpp"
 #include "engine/platform/VideoDecoding.hpp"
 #include "engine/platform/VideoProbe.hpp"
@@ -128,8 +129,40 @@ std::optional<std::string> sameMiddleFrame(const std::string& original,
 
 std::optional<std::string> CopyCheck::check(const PlannedCompression& item, const std::string& copy,
                                             const platform::VideoEncoding& encoding) {
-    return item.kind == MediaKind::photo ? checkPhoto(item.path, copy)
-                                         : checkVideo(item.path, copy, encoding);
+    switch (item.kind) {
+    case MediaKind::photo:
+        return checkPhoto(item.path, copy);
+    case MediaKind::video:
+        return checkVideo(item.path, copy, encoding);
+    case MediaKind::motionPhoto:
+        return checkStill(item.path, copy);
+    }
+    return checkPhoto(item.path, copy);
+}
+
+std::optional<std::string> CopyCheck::checkStill(const std::string& original,
+                                                 const std::string& still) {
+    if (auto decoded = platform::PhotoProbe::decodeFully(still); !decoded) {
+        return texts::unreadable(decoded.error());
+    }
+    auto same = platform::MotionPhoto::samePixels(original, still);
+    if (!same) {
+        return std::string(texts::kPictureUnmeasured);
+    }
+    if (!*same) {
+        return std::string(texts::kOtherPixels);
+    }
+    if (platform::MotionPhoto::declaresMotion(still)) {
+        return std::string(texts::kStillMoves);
+    }
+    auto lost = platform::MotionPhoto::tagsLost(original, still);
+    if (!lost) {
+        return std::string(texts::kPictureUnmeasured);
+    }
+    if (!lost->empty()) {
+        return texts::tagsLost(*lost);
+    }
+    return checkSmaller(original, still);
 }
 
 std::optional<std::string> CopyCheck::checkSmaller(const std::string& original,

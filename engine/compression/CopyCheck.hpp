@@ -21,6 +21,9 @@ namespace brevant {
 // copy is smaller than its original and shows the same picture: the
 // perceptual hash of the copy (of a video's middle frame) is within
 // kMaxHashBits of the original's.
+// Motion photos: the still decodes completely to exactly the original's
+// pixels, its XMP no longer declares a movie, every other EXIF and XMP tag
+// is kept as it was, and it is smaller.
 struct CopyCheck {
     static constexpr int kMaxHashBits = 4;
 
@@ -31,6 +34,8 @@ struct CopyCheck {
     [[nodiscard]] static std::optional<std::string> checkPhoto(const std::string& original,
                                                                const std::string& copy);
 
+    [[nodiscard]] static std::optional<std::string> checkStill(const std::string& original,
+                                                               const std::string& still);
     [[nodiscard]] static std::optional<std::string>
     checkVideo(const std::string& original, const std::string& copy,
                const platform::VideoEncoding& encoding);

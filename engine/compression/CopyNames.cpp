@@ -83,6 +83,10 @@ std::string CopyNames::choice(const std::string& original, MediaKind kind, int n
                       : fmt::format("{} (HEVC {}).{}", stem, n, video);
         break;
     }
+    case MediaKind::motionPhoto:
+        copy = n == 1 ? fmt::format("{} (still).{}", stem, extension)
+                      : fmt::format("{} (still {}).{}", stem, n, extension);
+        break;
     }
     return joined(PathNames::parentFolder(original), copy);
 }

@@ -2,6 +2,7 @@
 
 #include "engine/review/CleanupGroups.hpp"
 #include "engine/review/KeeperMeasures.hpp"
+#include "engine/scan/MediaScan.hpp"
 #include "engine/similarity/FeatureCache.hpp"
 
 #include <set>
@@ -55,6 +56,9 @@ ScanPipeline::Steps ScanPipeline::Steps::standard() {
         return SimilarityMatcher::index(std::move(pictures), cache, false, cancel, progress);
     };
     steps.checkFaces = &SimilarityMatcher::checkFaces;
+    steps.pairLive = [](const std::vector<PhotoAsset>& pictures, const CancellationFlag& cancel) {
+        return MediaScan::liveMovies(pictures, cancel);
+    };
     return steps;
 }
 
@@ -66,19 +70,21 @@ std::expected<ScanOutcome, std::string> ScanPipeline::run(const ScanRequest& req
                                                           const Progress& progress) const {
     ScanOutcome outcome{.request = request};
     bool measuring = request.mode.measures();
+    bool pairing = request.mode.kind == ScanMode::Kind::livePhotos;
     ScanProgress last;
     auto scanned = [&](const ScanProgress& now) {
         last = now;
-        // The matcher's end is not the end of a scan that measures next.
-        if (progress && (!measuring || now.stage != Stage::finishing)) {
+        // The matcher's end is not the end of a scan that goes on.
+        if (progress && (!(measuring || pairing) || now.stage != Stage::finishing)) {
             progress({.scan = now});
         }
     };
     ScanResult result;
     if (request.source.kind == ScanSource::Kind::folders) {
-        result = steps_.scan(request.source.folders, measuring, cancel, scanned);
+        result = steps_.scan(request.source.folders, measuring || pairing, cancel, scanned);
     } else {
-        auto catalog = steps_.scanCatalog(request.source.catalog, measuring, cancel, scanned);
+        auto catalog =
+            steps_.scanCatalog(request.source.catalog, measuring || pairing, cancel, scanned);
         if (!catalog) {
             return std::unexpected(std::move(catalog.error()));
         }
@@ -86,6 +92,16 @@ std::expected<ScanOutcome, std::string> ScanPipeline::run(const ScanRequest& req
         result = std::move(catalog->result);
     }
     result.cancelled = result.cancelled || cancel.isCancelled();
+    if (pairing && !result.cancelled) {
+        // Only the movie halves are looked for: the identical copies proven
+        // on the way are not this mode's groups.
+        result.groups = steps_.pairLive(std::exchange(result.pictures, {}), cancel);
+        result.cancelled = cancel.isCancelled();
+        last.stage = Stage::finishing;
+        if (progress) {
+            progress({.scan = last});
+        }
+    }
     if (measuring && !result.cancelled) {
         auto index = measured(std::exchange(result.pictures, {}), request, last, cancel, progress);
         result.cancelled = !index.has_value();

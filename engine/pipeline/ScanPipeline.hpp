@@ -26,6 +26,8 @@ class FeatureCache;
 // identical copies (folders through the exact matcher, a catalog through
 // CatalogSource); when the mode asks for similar versions or series every
 // picture is measured (through the feature cache) into a similarity index;
+// in the Live Photos mode the media scan pairs the pictures with their
+// movies instead, and its liveMovie groups are the scan's groups;
 // the groups are formed by the one rule of CleanupGroups; faces are read
 // for the pictures the keeper may compare; and a review session is made
 // over the groups. The command line and the window are adapters over it.
@@ -47,13 +49,16 @@ public:
             const std::vector<DuplicateGroup>& groups, const SimilarityIndex& index,
             FeatureCache* cache, const CancellationFlag& cancel,
             const SimilarityMatcher::Progress& progress)>;
+        using PairLive = std::function<std::vector<DuplicateGroup>(
+            const std::vector<PhotoAsset>& pictures, const CancellationFlag& cancel)>;
 
         Scan scan;
         ScanCatalog scanCatalog;
         Measure measure;
         CheckFaces checkFaces;
+        PairLive pairLive;
 
-        // ExactMatcher, CatalogSource and SimilarityMatcher; no feature
+        // ExactMatcher, CatalogSource, SimilarityMatcher and MediaScan; no feature
         // prints, which Linux cannot make yet.
         [[nodiscard]] static Steps standard();
     };

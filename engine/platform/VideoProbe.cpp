@@ -63,6 +63,8 @@ std::expected<VideoFacts, std::string> VideoProbe::read(const std::string& path)
     facts.sound = soundOf(format);
     facts.creationTime = tag(format->metadata, "creation_time");
     facts.location = locationOf(format->metadata);
+    facts.contentIdentifier = tag(format->metadata, "com.apple.quicktime.content.identifier");
+    facts.appleCreationDate = tag(format->metadata, "com.apple.quicktime.creationdate");
     return facts;
 }
 

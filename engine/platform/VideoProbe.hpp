@@ -39,6 +39,10 @@ struct VideoFacts {
     // location key), as written.
     std::optional<std::string> creationTime;
     std::optional<std::string> location;
+    // Apple's own keys: the identifier that ties a Live Photo's movie to its
+    // photo, and the creation date with its zone ("2024-05-01T12:20:30+0200").
+    std::optional<std::string> contentIdentifier;
+    std::optional<std::string> appleCreationDate;
 
     // The size as shown, after the rotation.
     [[nodiscard]] int displayedWidth() const { return rotation % 180 == 0 ? width : height; }

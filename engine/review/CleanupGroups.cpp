@@ -12,6 +12,7 @@ std::vector<DuplicateGroup> CleanupGroups::found(const ScanMode& mode,
                                                  const SimilarityIndex& index) {
     switch (mode.kind) {
     case ScanMode::Kind::identical:
+    case ScanMode::Kind::livePhotos:
         return {};
     case ScanMode::Kind::similar:
         return index.groups(mode.preset);

@@ -24,7 +24,8 @@ struct CleanupGroups {
     // otherwise `found`, then every identical group none of whose copies
     // they already hold, largest savings first. A proven copy stays a copy
     // whatever else is looked for (even one that could not be measured), and
-    // a copy is never reviewed twice. Without an index, the identical groups.
+    // a copy is never reviewed twice. Without an index, the groups as the
+    // scan gave them (the liveMovie groups in the Live Photos mode).
     [[nodiscard]] static std::vector<DuplicateGroup>
     reviewed(const ScanMode& mode, const std::vector<DuplicateGroup>& identical,
              const SimilarityIndex* index);

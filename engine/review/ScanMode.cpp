@@ -12,6 +12,8 @@ std::string_view rawValue(ScanMode::Kind kind) {
         return "similar";
     case ScanMode::Kind::series:
         return "series";
+    case ScanMode::Kind::livePhotos:
+        return "livePhotos";
     }
     return "identical";
 }

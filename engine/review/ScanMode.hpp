@@ -10,11 +10,13 @@ namespace brevant {
 
 // What a scan looks for. Identical copies are proven whatever the mode;
 // similar versions (at a preset) and series need every picture measured.
+// The Live Photos mode looks for the movie halves of Live Photos alone.
 struct ScanMode {
     enum class Kind {
         identical,
         similar,
         series,
+        livePhotos,
     };
 
     Kind kind = Kind::identical;
@@ -30,14 +32,17 @@ struct ScanMode {
 
     [[nodiscard]] static ScanMode series() { return {.kind = Kind::series}; }
 
-    [[nodiscard]] bool measures() const { return kind != Kind::identical; }
+    [[nodiscard]] static ScanMode livePhotos() { return {.kind = Kind::livePhotos}; }
+
+    [[nodiscard]] bool measures() const { return kind == Kind::similar || kind == Kind::series; }
 
     friend bool operator==(const ScanMode&, const ScanMode&) = default;
 };
 
 template <> struct EnumCases<ScanMode::Kind> {
     using Kind = ScanMode::Kind;
-    static constexpr std::array kAll{Kind::identical, Kind::similar, Kind::series};
+    static constexpr std::array kAll{Kind::identical, Kind::similar, Kind::series,
+                                     Kind::livePhotos};
 };
 
 [[nodiscard]] std::string_view rawValue(ScanMode::Kind kind);

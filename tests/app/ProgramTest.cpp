@@ -181,7 +181,7 @@ TEST(Program, WithoutArgumentsOrDisplayPrintsTheUsage) {
     EXPECT_EQ(bare.status, 0);
     EXPECT_EQ(bare.err, "");
     EXPECT_EQ(bare.out, help.out);
-    EXPECT_THAT(bare.out, HasSubstr("  brevant scan [--json] FOLDER...\n"));
+    EXPECT_THAT(bare.out, HasSubstr("  brevant scan [--live-photos] [--json] FOLDER...\n"));
 
     // A window program beside it changes nothing without a display.
     std::string program = programIn(tree, "bin");

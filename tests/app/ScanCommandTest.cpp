@@ -97,7 +97,7 @@ TEST(ScanCommand, PrintsTheScanResultAsJson) {
 TEST(ScanCommand, WrongArgumentsGiveTheUsageAndStatusTwo) {
     TempTree tree;
     const std::string usage = "Usage:\n"
-                              "  brevant scan [--json] FOLDER...\n"
+                              "  brevant scan [--live-photos] [--json] FOLDER...\n"
                               "Try 'brevant scan --help' for more information.\n";
     for (const auto& [arguments, message] : std::vector<std::pair<std::string, std::string>>{
              {"scan", "no folder given"},
@@ -112,9 +112,9 @@ TEST(ScanCommand, WrongArgumentsGiveTheUsageAndStatusTwo) {
     }
     Outcome help = runProgram(tree, "scan --help");
     EXPECT_EQ(help.status, 0);
-    EXPECT_THAT(help.out, HasSubstr("brevant scan [--json] FOLDER..."));
+    EXPECT_THAT(help.out, HasSubstr("brevant scan [--live-photos] [--json] FOLDER..."));
     Outcome overall = runProgram(tree, "--help");
-    EXPECT_THAT(overall.out, HasSubstr("brevant scan [--json] FOLDER..."));
+    EXPECT_THAT(overall.out, HasSubstr("brevant scan [--live-photos] [--json] FOLDER..."));
     EXPECT_THAT(overall.out, HasSubstr("brevant --version"));
 }
 
