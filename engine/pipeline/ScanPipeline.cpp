@@ -1,5 +1,6 @@
 #include "ScanPipeline.hpp"
 
+#include "engine/pipeline/DeclaredDifferences.hpp"
 #include "engine/review/CleanupGroups.hpp"
 #include "engine/review/KeeperMeasures.hpp"
 #include "engine/similarity/FeatureCache.hpp"
@@ -131,6 +132,10 @@ std::optional<SimilarityIndex> ScanPipeline::measured(std::vector<PhotoAsset> pi
     // The matcher reports from one thread only, so the last pictures may
     // finish unreported.
     report({last, total, total});
+    if (request.notDuplicates) {
+        NotDuplicateStore decisions(request.notDuplicates);
+        DeclaredDifferences::apply(*index, decisions, cancel);
+    }
     if (!request.review) {
         return index;
     }

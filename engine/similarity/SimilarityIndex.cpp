@@ -132,6 +132,14 @@ SimilarityIndex::withFaces(const std::unordered_map<std::string, FaceReading>& r
     return copy;
 }
 
+bool SimilarityIndex::isDeclaredDifferent(int a, int b) const {
+    if (declaredDifferent.empty()) {
+        return false;
+    }
+    return std::ranges::binary_search(declaredDifferent,
+                                      std::pair<int, int>(std::min(a, b), std::max(a, b)));
+}
+
 std::vector<DuplicateGroup> SimilarityIndex::groups(SimilarityPreset preset) const {
     return completeLinkGroups([preset](const SimilarPair& pair) { return accepts(preset, pair); });
 }
@@ -145,7 +153,7 @@ std::vector<DuplicateGroup> SimilarityIndex::groups(double maxDistance) const {
 std::vector<DuplicateGroup> SimilarityIndex::completeLinkGroups(const Accept& accept) const {
     std::vector<const SimilarPair*> accepted;
     for (const auto& pair : pairs) {
-        if (accept(pair)) {
+        if (accept(pair) && !isDeclaredDifferent(pair.a, pair.b)) {
             accepted.push_back(&pair);
         }
     }
@@ -220,8 +228,10 @@ std::vector<DuplicateGroup> SimilarityIndex::series(double window, double relate
         for (std::size_t k = 0; k < dated.size(); ++k) {
             if (k > 0) {
                 auto related = distance(dated[k - 1].index, dated[k].index);
+                bool declared = std::ranges::any_of(
+                    run, [&](int member) { return isDeclaredDifferent(member, dated[k].index); });
                 bool extends = dated[k].seconds - dated[k - 1].seconds <= window && related &&
-                               *related <= relatedDistance;
+                               *related <= relatedDistance && !declared;
                 if (!extends) {
                     close(run);
                 }

@@ -83,6 +83,23 @@ TEST(SimilarityIndex, GroupingIsCompleteLink) {
     EXPECT_THAT(memberPaths(merged[1]), ElementsAre("/p/d.jpg", "/p/e.jpg"));
 }
 
+TEST(SimilarityIndex, PicturesDeclaredDifferentNeverShareAGroupOrASeries) {
+    double t = 700000000.0;
+    auto index = indexOf(3, {pair(0, 1, 1), pair(1, 2, 2), pair(0, 2, 3)}, {}, {t, t + 1, t + 2});
+    ASSERT_EQ(index.groups(SimilarityPreset::balanced)[0].members.size(), 3u);
+    ASSERT_EQ(index.series(3.0, 34.0)[0].members.size(), 3u);
+
+    index.declaredDifferent = {{0, 2}};
+    EXPECT_TRUE(index.isDeclaredDifferent(2, 0));
+    auto groups = index.groups(SimilarityPreset::balanced);
+    ASSERT_EQ(groups.size(), 1u);
+    EXPECT_THAT(memberPaths(groups[0]), ElementsAre("/p/a.jpg", "/p/b.jpg"));
+    // The run ends before the picture declared different from one in it.
+    auto series = index.series(3.0, 34.0);
+    ASSERT_EQ(series.size(), 1u);
+    EXPECT_THAT(memberPaths(series[0]), ElementsAre("/p/a.jpg", "/p/b.jpg"));
+}
+
 TEST(SimilarityIndex, GroupsAreOrderedByBytesFreedThenPath) {
     auto index =
         indexOf(6, {pair(0, 1, 1), pair(2, 3, 1), pair(4, 5, 1)}, {100, 100, 500, 900, 100, 100});
