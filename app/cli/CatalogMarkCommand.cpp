@@ -111,6 +111,7 @@ int CatalogMarkCommand::run(const Environment& environment) {
     std::string catalog = catalog_text::absolute(catalog_);
     auto locks = std::make_shared<LockStore>(platform::DataFolder::current().lockStore());
     ScanRequest request{.source = ScanSource::ofCatalog(catalog),
+                        .notDuplicates = platform::DataFolder::current().notDuplicates(),
                         .review = ReviewRules{.locks = std::move(locks)}};
     ProgressLine line(environment.err, environment.showProgress, environment.cancel);
     auto outcome = ScanPipeline().run(request, environment.cancellation(),

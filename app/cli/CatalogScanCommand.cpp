@@ -124,7 +124,8 @@ void CatalogScanCommand::define(CLI::App& app) {
 int CatalogScanCommand::run(const Environment& environment) {
     std::string catalog = catalog_text::absolute(catalog_);
     ScanRequest request{.source = ScanSource::ofCatalog(catalog),
-                        .featureCache = platform::DataFolder::current().featureCache()};
+                        .featureCache = platform::DataFolder::current().featureCache(),
+                        .notDuplicates = platform::DataFolder::current().notDuplicates()};
     if (auto preset = fromRawValue<SimilarityPreset>(similar_)) {
         request.mode = ScanMode::similar(*preset);
     } else if (series_) {

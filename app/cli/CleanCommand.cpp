@@ -145,6 +145,7 @@ void CleanCommand::define(CLI::App& app) {
 ScanRequest CleanCommand::request(std::shared_ptr<LockStore> locks) const {
     ScanRequest request{.source = ScanSource::ofFolders(folders_),
                         .featureCache = platform::DataFolder::current().featureCache(),
+                        .notDuplicates = platform::DataFolder::current().notDuplicates(),
                         .review = ReviewRules{.locks = std::move(locks)}};
     if (!similar_.empty()) {
         request.mode = ScanMode::similar(

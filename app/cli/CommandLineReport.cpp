@@ -4,6 +4,7 @@
 #include "app/cli/ProgressLine.hpp"
 #include "app/cli/Terminal.hpp"
 #include "engine/pipeline/ScanPipeline.hpp"
+#include "engine/platform/DataFolder.hpp"
 #include "engine/platform/ProcessInfo.hpp"
 #include "engine/similarity/QualityHints.hpp"
 
@@ -52,7 +53,8 @@ std::optional<int> CommandLineReport::runIfAsked(const std::vector<std::string>&
 int CommandLineReport::run(const Request& request, std::FILE* out, bool progress) {
     ScanRequest scan{.source = ScanSource::ofFolders(request.folders),
                      .mode = request.mode == Mode::similar ? ScanMode::similar(request.preset)
-                                                           : ScanMode::series()};
+                                                           : ScanMode::series(),
+                     .notDuplicates = platform::DataFolder::current().notDuplicates()};
     std::expected<ScanOutcome, std::string> outcome;
     {
         CancellationFlag cancel;

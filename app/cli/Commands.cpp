@@ -3,6 +3,7 @@
 #include "app/cli/CatalogCommand.hpp"
 #include "app/cli/CleanCommand.hpp"
 #include "app/cli/CompressCommand.hpp"
+#include "app/cli/DifferCommand.hpp"
 #include "app/cli/HistoryCommand.hpp"
 #include "app/cli/LockCommands.hpp"
 #include "app/cli/RestoreCommand.hpp"
@@ -22,6 +23,7 @@ std::vector<std::unique_ptr<Command>> makeCommands() {
     commands.push_back(std::make_unique<LockCommand>());
     commands.push_back(std::make_unique<UnlockCommand>());
     commands.push_back(std::make_unique<LocksCommand>());
+    commands.push_back(std::make_unique<DifferCommand>());
     commands.push_back(std::make_unique<CatalogCommand>());
     return commands;
 }

@@ -209,6 +209,7 @@ ScanRequest PhotoCleanupModel::request() const {
     return {.source = std::move(source),
             .mode = {.kind = settings_.mode, .preset = settings_.preset},
             .featureCache = featureCachePath(),
+            .notDuplicates = platform::DataFolder{dataFolder_}.notDuplicates(),
             .review = std::move(rules)};
 }
 

@@ -1,5 +1,6 @@
 #include "ScanPipeline.hpp"
 
+#include "engine/pipeline/DeclaredDifferences.hpp"
 #include "engine/review/CleanupGroups.hpp"
 #include "engine/review/KeeperMeasures.hpp"
 #include "engine/scan/MediaScan.hpp"
@@ -147,6 +148,10 @@ std::optional<SimilarityIndex> ScanPipeline::measured(std::vector<PhotoAsset> pi
     // The matcher reports from one thread only, so the last pictures may
     // finish unreported.
     report({last, total, total});
+    if (request.notDuplicates) {
+        NotDuplicateStore decisions(request.notDuplicates);
+        DeclaredDifferences::apply(*index, decisions, cancel);
+    }
     if (!request.review) {
         return index;
     }

@@ -17,6 +17,8 @@ struct ScanRequest {
     // The feature cache file. Without one every picture is measured afresh
     // and nothing is written.
     std::optional<std::string> featureCache;
+    // The "not duplicates" file. Without one no decision is honoured.
+    std::optional<std::string> notDuplicates;
     // Absent for a listing that nobody reviews (the report, `catalog scan`):
     // then no faces are read and no review session is made.
     std::optional<ReviewRules> review;

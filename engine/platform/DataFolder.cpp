@@ -79,6 +79,10 @@ std::string DataFolder::lockStore() const {
     return joined(path, kLockStoreName);
 }
 
+std::string DataFolder::notDuplicates() const {
+    return joined(path, kNotDuplicatesName);
+}
+
 std::string DataFolder::cleanups() const {
     return joined(path, kCleanupsName);
 }

@@ -7,13 +7,14 @@
 namespace brevant::platform {
 
 // The one place that knows where Brevant keeps its own files: the feature
-// cache, the lock store, the cleanup journals and the catalog markers'
-// records, and the lock that serialises runs changing them. Everything that reads or writes one of
-// them asks here, so a test (or a user) that points BREVANT_DATA_DIR elsewhere moves all of them at
-// once.
+// cache, the lock store, the "not duplicates" decisions, the cleanup journals and the catalog
+// markers' records, and the lock that serialises runs changing them. Everything that reads or
+// writes one of them asks here, so a test (or a user) that points BREVANT_DATA_DIR elsewhere moves
+// all of them at once.
 struct DataFolder {
     static constexpr std::string_view kFeatureCacheName = "features.plist";
     static constexpr std::string_view kLockStoreName = "keep-locks.json";
+    static constexpr std::string_view kNotDuplicatesName = "not-duplicates.json";
     static constexpr std::string_view kCleanupsName = "Cleanups";
     static constexpr std::string_view kCompressionsName = "Compressions";
     static constexpr std::string_view kMarkingsName = "Markings";
@@ -56,6 +57,8 @@ struct DataFolder {
     // do, when they first write.
     [[nodiscard]] std::string featureCache() const;
     [[nodiscard]] std::string lockStore() const;
+    // The pictures the user said are different photos.
+    [[nodiscard]] std::string notDuplicates() const;
     [[nodiscard]] std::string cleanups() const;
     [[nodiscard]] std::string compressions() const;
     [[nodiscard]] std::string markings() const;

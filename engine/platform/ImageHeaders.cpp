@@ -3,6 +3,7 @@
 #include "engine/platform/ReadOnlyFile.hpp"
 #include "engine/platform/VipsRuntime.hpp"
 
+#include <libheif/heif.h>
 #include <string_view>
 #include <vips/vips8>
 
@@ -27,6 +28,15 @@ const char* loaderFor(ImageLoader loader) {
         return "heifload_source";
     case ImageLoader::tiff:
         return "tiffload_source";
+    case ImageLoader::webp:
+        return "webpload_source";
+    case ImageLoader::avif:
+        // AVIF is HEIF holding AV1 pictures: the same loader reads both.
+        return "heifload_source";
+    case ImageLoader::gif:
+        return "gifload_source";
+    case ImageLoader::jxl:
+        return "jxlload_source";
     }
     return nullptr;
 }
@@ -50,7 +60,12 @@ const char* loaderOf(vips::VSource& source, ImageLoader named) {
 } // namespace
 
 bool ImageHeaders::canDecode(ImageLoader loader) {
-    return VipsRuntime::ensureStarted() && vips_type_find("VipsOperation", loaderFor(loader)) != 0;
+    if (!VipsRuntime::ensureStarted() || vips_type_find("VipsOperation", loaderFor(loader)) == 0) {
+        return false;
+    }
+    // libheif may be built without an AV1 decoder; the loader would then
+    // fail on every AVIF picture.
+    return loader != ImageLoader::avif || heif_have_decoder_for_format(heif_compression_AV1) != 0;
 }
 
 std::optional<PixelSize> ImageHeaders::pixelSize(const std::string& path, ImageLoader named) {

@@ -18,12 +18,17 @@ enum class ImageLoader {
     png,
     heic,
     tiff,
+    webp,
+    avif,
+    gif,
+    jxl,
 };
 
 // Picture headers through libvips. Only the header is read, never the
 // pixels: every picture found passes through here, so it must stay cheap.
 struct ImageHeaders {
-    // The libvips loader exists in this process (HEIC needs libheif).
+    // The libvips loader exists in this process (HEIC and AVIF need libheif,
+    // AVIF also one of its AV1 decoders, JPEG XL a libvips built with libjxl).
     [[nodiscard]] static bool canDecode(ImageLoader loader);
 
     // The pixel size in the header. The loader is chosen by the file's

@@ -276,6 +276,14 @@ std::optional<platform::ImageLoader> imageLoader(PhotoFormat format) {
         return platform::ImageLoader::heic;
     case PhotoFormat::tiff:
         return platform::ImageLoader::tiff;
+    case PhotoFormat::webp:
+        return platform::ImageLoader::webp;
+    case PhotoFormat::avif:
+        return platform::ImageLoader::avif;
+    case PhotoFormat::gif:
+        return platform::ImageLoader::gif;
+    case PhotoFormat::jxl:
+        return platform::ImageLoader::jxl;
     case PhotoFormat::raw:
     case PhotoFormat::other:
         return std::nullopt;

@@ -19,6 +19,14 @@ std::string_view rawValue(PhotoFormat format) {
         return "heic";
     case PhotoFormat::tiff:
         return "tiff";
+    case PhotoFormat::webp:
+        return "webp";
+    case PhotoFormat::avif:
+        return "avif";
+    case PhotoFormat::gif:
+        return "gif";
+    case PhotoFormat::jxl:
+        return "jxl";
     case PhotoFormat::raw:
         return "raw";
     case PhotoFormat::other:
@@ -37,6 +45,14 @@ std::string_view displayName(PhotoFormat format) {
         return "HEIC";
     case PhotoFormat::tiff:
         return "TIFF";
+    case PhotoFormat::webp:
+        return "WebP";
+    case PhotoFormat::avif:
+        return "AVIF";
+    case PhotoFormat::gif:
+        return "GIF";
+    case PhotoFormat::jxl:
+        return "JPEG XL";
     case PhotoFormat::raw:
         return "RAW";
     case PhotoFormat::other:
@@ -63,6 +79,18 @@ std::optional<PhotoFormat> photoFormatFromExtension(std::string_view extension) 
     if (ext == "tif" || ext == "tiff") {
         return PhotoFormat::tiff;
     }
+    if (ext == "webp") {
+        return PhotoFormat::webp;
+    }
+    if (ext == "avif") {
+        return PhotoFormat::avif;
+    }
+    if (ext == "gif") {
+        return PhotoFormat::gif;
+    }
+    if (ext == "jxl") {
+        return PhotoFormat::jxl;
+    }
     if (isRawExtension(ext)) {
         return PhotoFormat::raw;
     }
@@ -86,6 +114,18 @@ PhotoFormat photoFormatFromUti(const std::optional<std::string>& uti) {
     }
     if (type == "public.tiff" || type == "image/tiff") {
         return PhotoFormat::tiff;
+    }
+    if (type == "org.webmproject.webp" || type == "public.webp" || type == "image/webp") {
+        return PhotoFormat::webp;
+    }
+    if (type == "public.avif" || type == "image/avif") {
+        return PhotoFormat::avif;
+    }
+    if (type == "com.compuserve.gif" || type == "image/gif") {
+        return PhotoFormat::gif;
+    }
+    if (type == "public.jpeg-xl" || type == "image/jxl") {
+        return PhotoFormat::jxl;
     }
     if (type == "public.camera-raw-image" || platform::isCameraRawType(type)) {
         return PhotoFormat::raw;

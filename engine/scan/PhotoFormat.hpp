@@ -16,17 +16,24 @@ enum class PhotoFormat {
     png,
     heic,
     tiff,
+    webp,
+    avif,
+    gif,
+    jxl,
     raw,
     other,
 };
 
 template <> struct EnumCases<PhotoFormat> {
-    static constexpr std::array kAll{PhotoFormat::jpeg, PhotoFormat::png, PhotoFormat::heic,
-                                     PhotoFormat::tiff, PhotoFormat::raw, PhotoFormat::other};
+    static constexpr std::array kAll{PhotoFormat::jpeg, PhotoFormat::png,  PhotoFormat::heic,
+                                     PhotoFormat::tiff, PhotoFormat::webp, PhotoFormat::avif,
+                                     PhotoFormat::gif,  PhotoFormat::jxl,  PhotoFormat::raw,
+                                     PhotoFormat::other};
 };
 
 [[nodiscard]] std::string_view rawValue(PhotoFormat format);
-// The display name: "JPEG", "PNG", "HEIC", "TIFF", "RAW", "Other".
+// The display name: "JPEG", "PNG", "HEIC", "TIFF", "WebP", "AVIF", "GIF",
+// "JPEG XL", "RAW", "Other".
 [[nodiscard]] std::string_view displayName(PhotoFormat format);
 void PrintTo(PhotoFormat format, std::ostream* os);
 

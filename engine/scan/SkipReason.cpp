@@ -20,8 +20,9 @@ const Texts& textsOf(SkipReason reason) {
     using texts::kSystem;
     static const Texts unsupported{
         "Image types this version does not compare",
-        fmt::format("GIF, WebP, PSD and other image types are not compared yet, nor RAW files "
-                    "from cameras {} cannot read. JPEG, PNG, HEIC, TIFF and camera RAW are.",
+        fmt::format("PSD, BMP and other image types are not compared yet, nor RAW files from "
+                    "cameras {0} cannot read, nor JPEG XL where {0} cannot decode it. JPEG, PNG, "
+                    "HEIC, TIFF, WebP, AVIF, GIF and camera RAW are.",
                     kMachine)};
     static const Texts unreadable{
         "Could not be read",

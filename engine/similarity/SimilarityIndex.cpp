@@ -1,10 +1,13 @@
 #include "SimilarityIndex.hpp"
 
+#include "engine/platform/Sha256.hpp"
 #include "engine/similarity/CaptureTimeline.hpp"
 #include "engine/similarity/SimilarityThresholds.hpp"
 
 #include <algorithm>
+#include <fmt/format.h>
 #include <numeric>
+#include <span>
 #include <utility>
 
 namespace brevant {
@@ -132,6 +135,37 @@ SimilarityIndex::withFaces(const std::unordered_map<std::string, FaceReading>& r
     return copy;
 }
 
+namespace {
+
+constexpr std::size_t kGroupDigestLength = 16;
+
+// The kind, the first member's path (unique, as groups of one kind never
+// share a member) and a digest of every member's path, size and modification
+// time: a rescan that finds the same unchanged files gives the same id, so
+// what was decided about the group finds it again, and a changed or
+// exchanged member gives a new one.
+std::string groupId(MatchKind kind, const std::vector<PhotoAsset>& members) {
+    platform::Sha256 digest;
+    for (const auto& member : members) {
+        std::string line =
+            fmt::format("{}\n{}\n{}.{}\n", member.path, member.snapshot.size,
+                        member.snapshot.modifiedSeconds, member.snapshot.modifiedNanoseconds);
+        digest.update(std::as_bytes(std::span(line)));
+    }
+    return fmt::format("{}:{}:{}", rawValue(kind), members.front().path,
+                       digest.hexDigest().substr(0, kGroupDigestLength));
+}
+
+} // namespace
+
+bool SimilarityIndex::isDeclaredDifferent(int a, int b) const {
+    if (declaredDifferent.empty()) {
+        return false;
+    }
+    return std::ranges::binary_search(declaredDifferent,
+                                      std::pair<int, int>(std::min(a, b), std::max(a, b)));
+}
+
 std::vector<DuplicateGroup> SimilarityIndex::groups(SimilarityPreset preset) const {
     return completeLinkGroups([preset](const SimilarPair& pair) { return accepts(preset, pair); });
 }
@@ -145,7 +179,7 @@ std::vector<DuplicateGroup> SimilarityIndex::groups(double maxDistance) const {
 std::vector<DuplicateGroup> SimilarityIndex::completeLinkGroups(const Accept& accept) const {
     std::vector<const SimilarPair*> accepted;
     for (const auto& pair : pairs) {
-        if (accept(pair)) {
+        if (accept(pair) && !isDeclaredDifferent(pair.a, pair.b)) {
             accepted.push_back(&pair);
         }
     }
@@ -220,8 +254,10 @@ std::vector<DuplicateGroup> SimilarityIndex::series(double window, double relate
         for (std::size_t k = 0; k < dated.size(); ++k) {
             if (k > 0) {
                 auto related = distance(dated[k - 1].index, dated[k].index);
+                bool declared = std::ranges::any_of(
+                    run, [&](int member) { return isDeclaredDifferent(member, dated[k].index); });
                 bool extends = dated[k].seconds - dated[k - 1].seconds <= window && related &&
-                               *related <= relatedDistance;
+                               *related <= relatedDistance && !declared;
                 if (!extends) {
                     close(run);
                 }
@@ -244,7 +280,7 @@ DuplicateGroup SimilarityIndex::makeGroup(std::vector<int> members, MatchKind ki
         assets.push_back(pictures[member]);
         largest = std::max(largest, pictures[member].size());
     }
-    std::string id = std::string(rawValue(kind)) + ":" + assets.front().path;
+    std::string id = groupId(kind, assets);
     return DuplicateGroup::make(std::move(id), largest, std::move(assets), kind, spread);
 }
 

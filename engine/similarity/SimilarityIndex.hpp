@@ -12,6 +12,7 @@
 #include <optional>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace brevant {
@@ -31,6 +32,9 @@ public:
     std::vector<SimilarPair> pairs;
     std::int64_t candidatesProposed = 0;
     std::vector<std::string> unmeasured;
+    // Pictures the user said are different photos, as (a, b) with a < b,
+    // sorted: their pair is never accepted, so no group or series holds both.
+    std::vector<std::pair<int, int>> declaredDifferent;
 
     SimilarityIndex() = default;
     SimilarityIndex(std::vector<PhotoAsset> pictures,
@@ -42,6 +46,8 @@ public:
     [[nodiscard]] std::optional<int> indexOf(const std::string& path) const;
     // The kept pair's distance, if the two were kept as a pair.
     [[nodiscard]] std::optional<float> distance(int a, int b) const;
+
+    [[nodiscard]] bool isDeclaredDifferent(int a, int b) const;
     // Indices of the pictures that occur in any pair, ascending.
     [[nodiscard]] std::vector<int> paired() const;
 
@@ -69,7 +75,8 @@ public:
 
     friend bool operator==(const SimilarityIndex& a, const SimilarityIndex& b) {
         return a.pictures == b.pictures && a.features == b.features && a.pairs == b.pairs &&
-               a.candidatesProposed == b.candidatesProposed && a.unmeasured == b.unmeasured;
+               a.candidatesProposed == b.candidatesProposed && a.unmeasured == b.unmeasured &&
+               a.declaredDifferent == b.declaredDifferent;
     }
 
 private:

@@ -45,7 +45,7 @@ void makePhotos(const TempTree& tree) {
     tree.file("photos/2021/cat.png", small);
     tree.file("photos/2021/cat (1).png", small);
     tree.file("photos/2021/broken.jpg", "not a picture at all");
-    tree.file("photos/2021/anim.gif", "GIF89a");
+    tree.file("photos/2021/layers.psd", "8BPS");
     tree.file("photos/2021/notes.txt", "notes");
     tree.symbolicLink("beach.jpg", "photos/2020/link.jpg");
     tree.file("photos/Slides.key/Data/1.jpg", big);

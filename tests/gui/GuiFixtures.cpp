@@ -28,12 +28,8 @@ std::string SampleLibrary::path(const std::string& relative) const {
 void SampleLibrary::addSkippedFiles() const {
     tree_.file("library/Others/empty.jpg", "");
     tree_.file("library/Others/broken.jpg", "\xFF\xD8\xFF this is not a picture at all");
-    // The smallest GIF: a picture type that is not compared.
-    tree_.file("library/Others/dot.gif",
-               std::string("GIF89a\x01\x00\x01\x00\x80\x00\x00\xff\xff\xff\x00\x00\x00!"
-                           "\xf9\x04\x01\x00\x00\x00\x00,\x00\x00\x00\x00\x01\x00\x01\x00"
-                           "\x00\x02\x02\x44\x01\x00;",
-                           43));
+    // A Photoshop document: a picture type that is not compared.
+    tree_.file("library/Others/layers.psd", "8BPS");
 }
 
 PhotoCleanupModel::Engine countingEngine(EngineCalls& calls) {

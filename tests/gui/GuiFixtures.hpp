@@ -28,7 +28,8 @@ public:
     [[nodiscard]] const std::string& root() const { return root_; }
 
     [[nodiscard]] std::string path(const std::string& relative) const;
-    // Adds files a scan skips: an empty JPEG, a GIF and a damaged JPEG.
+    // Adds files a scan skips: an empty JPEG, a Photoshop document and a
+    // damaged JPEG.
     void addSkippedFiles() const;
 
 private:

@@ -265,8 +265,9 @@ void ScreensTest::overviewShowsWhatTheResultHolds() {
     QCOMPARE(leftOut->explanation(2), qtText(explanation(SkipReason::empty)));
     QVERIFY(leftOut->shownLines(0).isEmpty());
     leftOut->setOpen(0, true);
-    QCOMPARE(leftOut->shownLines(0),
-             QStringList{QStringLiteral("%1 — GIF").arg(qtText(library_->path("Others/dot.gif")))});
+    QCOMPARE(
+        leftOut->shownLines(0),
+        QStringList{QStringLiteral("%1 — PSD").arg(qtText(library_->path("Others/layers.psd")))});
     // View > Show Skipped Files opens the first reason.
     leftOut->setOpen(2, false);
     w.window.action(QStringLiteral("Show Skipped Files"))->trigger();

@@ -47,7 +47,7 @@ TEST(FolderSourceWalk, SortsFilesAndLeavesOutWhatIsNotAPhoto) {
     std::string a = tree.file("a/IMG_1.heif", "aaa");
     tree.file("notes.txt", "hello");
     tree.file("README", "no extension");
-    std::string gif = tree.file("a.GIF", "GIF89a");
+    std::string psd = tree.file("a.PSD", "8BPS");
     std::string empty = tree.file("x.jpg", "");
 
     auto walk = walkAll({tree.root()});
@@ -59,15 +59,15 @@ TEST(FolderSourceWalk, SortsFilesAndLeavesOutWhatIsNotAPhoto) {
     EXPECT_EQ(walk.found[1].format, PhotoFormat::jpeg);
     EXPECT_EQ(walk.otherFiles, 2);
     EXPECT_EQ(walk.discovered, 6);
-    ASSERT_NE(skippedAt(walk, gif), nullptr);
-    EXPECT_EQ(skippedAt(walk, gif)->reason, SkipReason::unsupportedFormat);
-    EXPECT_EQ(skippedAt(walk, gif)->detail, "GIF");
+    ASSERT_NE(skippedAt(walk, psd), nullptr);
+    EXPECT_EQ(skippedAt(walk, psd)->reason, SkipReason::unsupportedFormat);
+    EXPECT_EQ(skippedAt(walk, psd)->detail, "PSD");
     ASSERT_NE(skippedAt(walk, empty), nullptr);
     EXPECT_EQ(skippedAt(walk, empty)->reason, SkipReason::empty);
     EXPECT_EQ(walk.skipped.size(), 2u);
     EXPECT_FALSE(walk.cancelled);
     EXPECT_THAT(walk.namesByFolder[tree.root()],
-                UnorderedElementsAre("b.jpg", "notes.txt", "readme", "a.gif", "x.jpg"));
+                UnorderedElementsAre("b.jpg", "notes.txt", "readme", "a.psd", "x.jpg"));
 }
 
 TEST(FolderSourceWalk, NeverEntersLibrariesOrPackages) {

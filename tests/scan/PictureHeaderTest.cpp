@@ -2,11 +2,14 @@
 #include "tests/fixtures/TempTree.hpp"
 #include "tests/scan/ScanFixtures.hpp"
 
+#include "engine/platform/ImageHeaders.hpp"
 #include "engine/scan/FolderSource.hpp"
 
 #include <gtest/gtest.h>
 
 #include <random>
+#include <string>
+#include <vector>
 
 namespace brevant {
 namespace {
@@ -15,16 +18,35 @@ using Inspection = FolderSource::Inspection;
 using testing::TempTree;
 
 TEST(Inspection, ReadsTheSizeOfEachDecodableFormat) {
-    TempTree tree;
-    std::string jpeg = testing::writeScene(tree.path("a.jpg"), 64, 48, 1);
-    std::string png = testing::writeScene(tree.path("b.png"), 30, 20, 2);
-    std::string tiff = testing::writeScene(tree.path("c.tif"), 17, 33, 3);
-    std::string heic = testing::writeScene(tree.path("d.heic"), 80, 64, 4);
+    struct Case {
+        std::string name;
+        PhotoFormat format;
+        int width;
+        int height;
+    };
 
-    EXPECT_EQ(FolderSource::inspect(jpeg, PhotoFormat::jpeg), Inspection::readable(64, 48));
-    EXPECT_EQ(FolderSource::inspect(png, PhotoFormat::png), Inspection::readable(30, 20));
-    EXPECT_EQ(FolderSource::inspect(tiff, PhotoFormat::tiff), Inspection::readable(17, 33));
-    EXPECT_EQ(FolderSource::inspect(heic, PhotoFormat::heic), Inspection::readable(80, 64));
+    const std::vector<Case> cases{
+        {"a.jpg", PhotoFormat::jpeg, 64, 48},  {"b.png", PhotoFormat::png, 30, 20},
+        {"c.tif", PhotoFormat::tiff, 17, 33},  {"d.heic", PhotoFormat::heic, 80, 64},
+        {"e.webp", PhotoFormat::webp, 50, 40}, {"f.avif", PhotoFormat::avif, 72, 56},
+        {"g.gif", PhotoFormat::gif, 33, 21},   {"h.jxl", PhotoFormat::jxl, 44, 66}};
+    TempTree tree;
+    for (const auto& [name, format, width, height] : cases) {
+        if (format == PhotoFormat::jxl &&
+            !platform::ImageHeaders::canDecode(platform::ImageLoader::jxl)) {
+            continue; // libvips without libjxl can neither write nor read it
+        }
+        std::string path = testing::writeScene(tree.path(name), width, height, 4);
+        EXPECT_EQ(FolderSource::inspect(path, format), Inspection::readable(width, height)) << name;
+    }
+}
+
+TEST(Inspection, AJpegXlPictureIsReadOnlyWhereLibvipsDecodesIt) {
+    TempTree tree;
+    std::string path = tree.file("a.jxl", "not written by libjxl");
+    bool decodable = platform::ImageHeaders::canDecode(platform::ImageLoader::jxl);
+    EXPECT_EQ(FolderSource::inspect(path, PhotoFormat::jxl),
+              decodable ? Inspection::damaged() : Inspection::notDecodableHere());
 }
 
 TEST(Inspection, ReadsAPictureByItsContentsNotItsName) {

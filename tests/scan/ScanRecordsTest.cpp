@@ -4,6 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <string_view>
+#include <tuple>
+#include <vector>
+
 namespace brevant {
 namespace {
 
@@ -25,10 +29,29 @@ TEST(PhotoFormat, FromExtensionIgnoresCase) {
     EXPECT_EQ(photoFormatFromExtension("TIF"), PhotoFormat::tiff);
     EXPECT_EQ(photoFormatFromExtension("CR3"), PhotoFormat::raw);
     EXPECT_EQ(photoFormatFromExtension("3fr"), PhotoFormat::raw);
-    EXPECT_EQ(photoFormatFromExtension("gif"), std::nullopt);
-    EXPECT_EQ(photoFormatFromExtension("webp"), std::nullopt);
+    EXPECT_EQ(photoFormatFromExtension("GIF"), PhotoFormat::gif);
+    EXPECT_EQ(photoFormatFromExtension("WebP"), PhotoFormat::webp);
+    EXPECT_EQ(photoFormatFromExtension("avif"), PhotoFormat::avif);
+    EXPECT_EQ(photoFormatFromExtension("jxl"), PhotoFormat::jxl);
+    EXPECT_EQ(photoFormatFromExtension("psd"), std::nullopt);
+    EXPECT_EQ(photoFormatFromExtension("bmp"), std::nullopt);
     EXPECT_EQ(photoFormatFromExtension(""), std::nullopt);
-    EXPECT_EQ(displayName(PhotoFormat::heic), "HEIC");
+}
+
+// Each format's stored and shown names, and the stored name read back.
+TEST(PhotoFormat, NamesEveryFormat) {
+    const std::vector<std::tuple<PhotoFormat, std::string_view, std::string_view>> cases{
+        {PhotoFormat::jpeg, "jpeg", "JPEG"}, {PhotoFormat::png, "png", "PNG"},
+        {PhotoFormat::heic, "heic", "HEIC"}, {PhotoFormat::tiff, "tiff", "TIFF"},
+        {PhotoFormat::webp, "webp", "WebP"}, {PhotoFormat::avif, "avif", "AVIF"},
+        {PhotoFormat::gif, "gif", "GIF"},    {PhotoFormat::jxl, "jxl", "JPEG XL"},
+        {PhotoFormat::raw, "raw", "RAW"},    {PhotoFormat::other, "other", "Other"}};
+    ASSERT_EQ(cases.size(), EnumCases<PhotoFormat>::kAll.size());
+    for (const auto& [format, raw, shown] : cases) {
+        EXPECT_EQ(rawValue(format), raw);
+        EXPECT_EQ(displayName(format), shown);
+        EXPECT_EQ(fromRawValue<PhotoFormat>(raw), format);
+    }
 }
 
 TEST(PhotoFormat, FromTypeIdentifierOrMimeType) {
@@ -39,7 +62,11 @@ TEST(PhotoFormat, FromTypeIdentifierOrMimeType) {
     EXPECT_EQ(photoFormatFromUti("image/tiff"), PhotoFormat::tiff);
     EXPECT_EQ(photoFormatFromUti("image/x-nikon-nef"), PhotoFormat::raw);
     EXPECT_EQ(photoFormatFromUti("image/x-adobe-dng"), PhotoFormat::raw);
-    EXPECT_EQ(photoFormatFromUti("image/gif"), PhotoFormat::other);
+    EXPECT_EQ(photoFormatFromUti("image/gif"), PhotoFormat::gif);
+    EXPECT_EQ(photoFormatFromUti("org.webmproject.webp"), PhotoFormat::webp);
+    EXPECT_EQ(photoFormatFromUti("image/avif"), PhotoFormat::avif);
+    EXPECT_EQ(photoFormatFromUti("image/jxl"), PhotoFormat::jxl);
+    EXPECT_EQ(photoFormatFromUti("image/vnd.adobe.photoshop"), PhotoFormat::other);
     EXPECT_EQ(photoFormatFromUti("com.example.unknown"), PhotoFormat::other);
 }
 
@@ -163,7 +190,7 @@ ScanResult fullResult() {
     result.discovered = 12;
     result.examined = 10;
     result.otherFiles = 3;
-    result.skipped = {{"/photos/x.gif", SkipReason::unsupportedFormat, "GIF"},
+    result.skipped = {{"/photos/x.psd", SkipReason::unsupportedFormat, "PSD"},
                       {"/photos/l.jpg", SkipReason::symbolicLink, std::nullopt}};
     result.excluded = {{"/photos/L.photoslibrary", ExcludedItem::Kind::managedLibrary, "A."}};
     result.cancelled = true;
@@ -227,8 +254,9 @@ TEST(ScanRecords, TextsUseThisPlatformsWords) {
     EXPECT_EQ(explanation(SkipReason::unreadable),
               "Linux refused to open these, usually because of their permissions.");
     EXPECT_EQ(explanation(SkipReason::unsupportedFormat),
-              "GIF, WebP, PSD and other image types are not compared yet, nor RAW files from "
-              "cameras this computer cannot read. JPEG, PNG, HEIC, TIFF and camera RAW are.");
+              "PSD, BMP and other image types are not compared yet, nor RAW files from cameras "
+              "this computer cannot read, nor JPEG XL where this computer cannot decode it. "
+              "JPEG, PNG, HEIC, TIFF, WebP, AVIF, GIF and camera RAW are.");
     EXPECT_EQ(title(SkipReason::symbolicLink), "Aliases (symbolic links), not followed");
     EXPECT_EQ(rawValue(ScanProgress::Stage::verifying), "Confirming matches byte by byte");
     EXPECT_EQ(rawValue(ScanProgress::Stage::checkingFaces), "Checking eyes and smiles");

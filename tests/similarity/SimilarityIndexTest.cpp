@@ -5,6 +5,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <string>
+#include <utility>
+#include <vector>
+
 namespace brevant {
 namespace {
 
@@ -46,10 +51,36 @@ TEST(SimilarityIndex, PresetsDecideWhichPairsGroup) {
     ASSERT_EQ(conservative.size(), 1u);
     EXPECT_THAT(memberPaths(conservative[0]), ElementsAre("/p/e.jpg", "/p/f.jpg"));
     EXPECT_EQ(conservative[0].kind, MatchKind::similar);
-    EXPECT_EQ(conservative[0].id, "similar:/p/e.jpg");
+    EXPECT_THAT(conservative[0].id, ::testing::StartsWith("similar:/p/e.jpg:"));
     EXPECT_EQ(conservative[0].spread, 12.0f);
     EXPECT_EQ(index.groups(13.0).size(), 3u);
     EXPECT_EQ(index.groups(12.5).size(), 2u);
+}
+
+// What was decided about a group finds it again after a rescan only when
+// its members are the same unchanged files.
+TEST(SimilarityIndex, AGroupKeepsItsIdWhileItsMembersAreTheSameFiles) {
+    auto idOf = [](const std::function<void(SimilarityIndex&)>& change) {
+        auto index = indexOf(3, {pair(0, 1, 5)});
+        change(index);
+        auto groups = index.groups(SimilarityPreset::balanced);
+        EXPECT_EQ(groups.size(), 1u);
+        return groups.empty() ? std::string() : groups[0].id;
+    };
+    std::string id = idOf([](SimilarityIndex&) {});
+    EXPECT_EQ(idOf([](SimilarityIndex&) {}), id);
+    // Pictures outside the group play no part.
+    EXPECT_EQ(idOf([](SimilarityIndex& index) { index.pictures[2].snapshot.size = 7; }), id);
+    const std::vector<std::pair<std::string, std::function<void(SimilarityIndex&)>>> changes{
+        {"size", [](SimilarityIndex& index) { index.pictures[1].snapshot.size = 101; }},
+        {"time", [](SimilarityIndex& index) { index.pictures[1].snapshot.modifiedSeconds = 9; }},
+        {"nanoseconds",
+         [](SimilarityIndex& index) { index.pictures[0].snapshot.modifiedNanoseconds = 1; }},
+        {"other member", [](SimilarityIndex& index) { index.pictures[1].path = "/p/x.jpg"; }},
+    };
+    for (const auto& [name, change] : changes) {
+        EXPECT_NE(idOf(change), id) << name;
+    }
 }
 
 TEST(SimilarityIndex, DistancesBeyondTheBroadestPresetAreTakenAsIt) {
@@ -81,6 +112,23 @@ TEST(SimilarityIndex, GroupingIsCompleteLink) {
     EXPECT_THAT(memberPaths(merged[0]), ElementsAre("/p/a.jpg", "/p/b.jpg", "/p/c.jpg"));
     EXPECT_EQ(merged[0].spread, 4.0f);
     EXPECT_THAT(memberPaths(merged[1]), ElementsAre("/p/d.jpg", "/p/e.jpg"));
+}
+
+TEST(SimilarityIndex, PicturesDeclaredDifferentNeverShareAGroupOrASeries) {
+    double t = 700000000.0;
+    auto index = indexOf(3, {pair(0, 1, 1), pair(1, 2, 2), pair(0, 2, 3)}, {}, {t, t + 1, t + 2});
+    ASSERT_EQ(index.groups(SimilarityPreset::balanced)[0].members.size(), 3u);
+    ASSERT_EQ(index.series(3.0, 34.0)[0].members.size(), 3u);
+
+    index.declaredDifferent = {{0, 2}};
+    EXPECT_TRUE(index.isDeclaredDifferent(2, 0));
+    auto groups = index.groups(SimilarityPreset::balanced);
+    ASSERT_EQ(groups.size(), 1u);
+    EXPECT_THAT(memberPaths(groups[0]), ElementsAre("/p/a.jpg", "/p/b.jpg"));
+    // The run ends before the picture declared different from one in it.
+    auto series = index.series(3.0, 34.0);
+    ASSERT_EQ(series.size(), 1u);
+    EXPECT_THAT(memberPaths(series[0]), ElementsAre("/p/a.jpg", "/p/b.jpg"));
 }
 
 TEST(SimilarityIndex, GroupsAreOrderedByBytesFreedThenPath) {
