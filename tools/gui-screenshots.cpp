@@ -21,6 +21,7 @@
 #include "app/gui/CleanupScreen.hpp"
 #include "app/gui/CompareView.hpp"
 #include "app/gui/CompressionController.hpp"
+#include "app/gui/DetailLoader.hpp"
 #include "app/gui/HistoryScreen.hpp"
 #include "app/gui/HomeScreen.hpp"
 #include "app/gui/LeftOutList.hpp"
@@ -29,6 +30,7 @@
 #include "app/gui/OverviewScreen.hpp"
 #include "app/gui/PhotoCleanupModel.hpp"
 #include "app/gui/ReviewScreen.hpp"
+#include "app/gui/SceneZoom.hpp"
 #include "app/gui/SettingsWindow.hpp"
 #include "app/gui/Skins.hpp"
 #include "app/gui/ThumbnailLoader.hpp"
@@ -443,6 +445,92 @@ void shootReview(const QString& label, const QString& photos, MainWindow& window
     shooter.take(window, label, QStringLiteral("review-refused"));
 }
 
+// Real-size photos (REAL_PHOTO_FOLDER, made by scripts/screenshots): the
+// review of a group of two, three and five copies at the first window size
+// and on a large screen, then the overview and the review after a cleanup
+// and after Put Back All. Nothing of it stays moved.
+bool shootRealSize(const QString& label, const QString& folder, const QString& photos,
+                   PhotoCleanupModel& model, MainWindow& window, Shooter& shooter) {
+    using brevant::gui::ReviewScreen;
+    model.returnHome();
+    model.setSources({QFile::encodeName(folder).toStdString()});
+    model.setMode(Mode::identical);
+    if (!model.startScan() || !waitUntil([&] { return model.phase() != Phase::scanning; }) ||
+        model.session() == nullptr) {
+        return false;
+    }
+    ReviewScreen* review = window.review();
+    for (QSize size : {QSize(1080, 780), QSize(2560, 1400)}) {
+        window.resize(size);
+        window.showReview();
+        for (std::size_t copies : {2U, 3U, 5U}) {
+            int group = findGroup(*model.session(), [copies](const brevant::DuplicateGroup& g) {
+                return g.members.size() == copies;
+            });
+            if (group < 0) {
+                continue;
+            }
+            review->showGroup(group);
+            review->thumbnails()->waitForDone();
+            settle();
+            shooter.take(window, label,
+                         QStringLiteral("real-%1copies-%2").arg(copies).arg(size.width()));
+        }
+    }
+    window.resize(1080, 780);
+    // Zoomed to the file's own pixels on the group of two.
+    int pair = findGroup(*model.session(),
+                         [](const brevant::DuplicateGroup& g) { return g.members.size() == 2; });
+    review->showGroup(pair);
+    review->thumbnails()->waitForDone();
+    settle();
+    review->compare()->actualPixels();
+    waitUntil([&] { return review->compare()->details()->pending() == 0; });
+    QThread::msleep(300);
+    waitUntil([&] { return review->compare()->details()->pending() == 0; });
+    shooter.take(window, label, QStringLiteral("real-100percent"));
+    review->compare()->zoom()->fit();
+
+    brevant::gui::CleanupController& cleanups = *window.cleanups();
+    brevant::gui::HistoryScreen& history = *window.historyScreen();
+    // The cleanups shot before; this one is to be read as the newest.
+    const int earlier = history.list()->topLevelItemCount();
+    cleanups.setTrasher(nullptr);
+    model.session()->markAllSuggested();
+    window.showCleanupCard();
+    brevant::gui::CleanupCard* card = window.cleanupCard();
+    if (card == nullptr || !card->hasPlan()) {
+        return false;
+    }
+    card->confirmButton()->click();
+    brevant::gui::CleanupScreen& screen = *window.cleanupScreen();
+    if (!waitUntil([&] { return screen.showsReport(); })) {
+        return false;
+    }
+    screen.doneButton()->click();
+    shooter.take(window, label, QStringLiteral("after-cleanup-overview"));
+    window.showReview();
+    review->thumbnails()->waitForDone();
+    shooter.take(window, label, QStringLiteral("after-cleanup-review"));
+
+    window.showHistory();
+    if (!waitUntil([&] { return history.list()->topLevelItemCount() > earlier; })) {
+        return false;
+    }
+    history.open(0);
+    if (!putAllBack(*history.reportView(), cleanups)) {
+        return false;
+    }
+    shooter.take(window, label, QStringLiteral("after-putback-history"));
+    window.showReview();
+    review->thumbnails()->waitForDone();
+    shooter.take(window, label, QStringLiteral("after-putback-review"));
+    model.returnHome();
+    model.setSources({QFile::encodeName(photos).toStdString()});
+    model.setMode(Mode::similar);
+    return true;
+}
+
 bool shootSkin(const QString& skin, const QString& label, const QString& photos,
                brevant::gui::Skins& skins, PhotoCleanupModel& model, MainWindow& window,
                Shooter& shooter, const Catalogs& catalogs) {
@@ -502,8 +590,14 @@ bool shootSkin(const QString& skin, const QString& label, const QString& photos,
     shooter.take(window, label, QStringLiteral("overview-skipped"));
     shootReview(label, photos, window, model, shooter);
     // The cleanup screens in the default skin and one dark skin.
-    if ((label == QLatin1String("classic-light") || skin == QLatin1String("nightfall")) &&
-        !shootCleanup(label, model, window, shooter)) {
+    bool cleanupSkin =
+        label == QLatin1String("classic-light") || skin == QLatin1String("nightfall");
+    if (cleanupSkin && !shootCleanup(label, model, window, shooter)) {
+        return false;
+    }
+    QString real = qEnvironmentVariable("REAL_PHOTO_FOLDER");
+    if (cleanupSkin && !real.isEmpty() &&
+        !shootRealSize(label, real, photos, model, window, shooter)) {
         return false;
     }
 

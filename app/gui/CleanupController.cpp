@@ -55,6 +55,19 @@ std::vector<PutBackResult> putBackAll(const std::string& journalPath,
     return results;
 }
 
+// The pictures back at the paths they were moved from; those put back
+// under another name are new to the results.
+std::vector<std::string> returnedHome(const std::vector<PutBackResult>& results) {
+    std::vector<std::string> paths;
+    for (const auto& result : results) {
+        if (result.outcome.kind == RestoreOutcome::Kind::restored &&
+            result.outcome.path == result.removal.path) {
+            paths.push_back(result.removal.path);
+        }
+    }
+    return paths;
+}
+
 } // namespace
 
 CleanupController::CleanupController(PhotoCleanupModel& model, QObject* parent)
@@ -118,16 +131,10 @@ void CleanupController::finishRun(std::expected<CleanupReport, ExecutionRefusal>
         Q_EMIT runRefused(QString::fromStdString(result.error().message()));
         return;
     }
-    // What is in the Trash is no longer to be marked; what stayed keeps its
-    // mark, so the card can be opened again for it.
-    if (std::shared_ptr<ReviewSession> session = model_.session()) {
-        for (const auto& item : result->items) {
-            if (item.outcome.kind == ItemOutcome::Kind::movedToTrash) {
-                session->unmark(item.removal.path);
-            }
-        }
-        model_.noteMarksChanged();
-    }
+    // What is in the Trash leaves the results; what stayed keeps its mark,
+    // so the card can be opened again for it.
+    model_.applyCleanup(*result);
+    model_.noteMarksChanged();
     Q_EMIT runFinished(*result);
 }
 
@@ -196,6 +203,7 @@ void CleanupController::putBack(const std::string& journalPath, std::vector<std:
         },
         [this](const PutBack& done) {
             --puttingBack_;
+            model_.applyPutBack(returnedHome(done.results));
             Q_EMIT putBackFinished(done.after, done.results);
         });
 }

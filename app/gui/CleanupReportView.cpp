@@ -43,6 +43,52 @@ QString joined(const QStringList& sentences) {
     return sentences.join(QLatin1Char('\n'));
 }
 
+// At most this many sentences about single pictures; the list above has
+// each picture's outcome, and a longer notice would push the buttons off
+// the screen.
+constexpr qsizetype kMostSentences = 3;
+
+// What a Put Back did, in a few lines: one picture is named with where it
+// went; of several, those back in their own places are counted, and the
+// others named, the first few of them.
+QStringList putBackSentences(const std::vector<PutBackResult>& results) {
+    QStringList sentences;
+    if (results.size() == 1) {
+        const auto& [removal, outcome] = results.front();
+        sentences.push_back(qtText(outcome.message(PathNames::lastComponent(removal.path))));
+        return sentences;
+    }
+    std::int64_t home = 0;
+    QStringList others;
+    for (const auto& [removal, outcome] : results) {
+        if (outcome.kind == RestoreOutcome::Kind::restored && outcome.path == removal.path) {
+            ++home;
+            continue;
+        }
+        std::string name = PathNames::lastComponent(removal.path);
+        QString sentence = qtText(outcome.message(name));
+        // Each sentence says which picture it is about.
+        if (outcome.kind == RestoreOutcome::Kind::occupied) {
+            sentence = QStringLiteral("%1: %2").arg(qtText(name), sentence);
+        }
+        others.push_back(sentence);
+    }
+    if (home == 1) {
+        sentences.push_back(QObject::tr("1 picture is back where it was."));
+    } else if (home > 1) {
+        sentences.push_back(QObject::tr("%1 pictures are back where they were.")
+                                .arg(QLocale().toString(static_cast<qlonglong>(home))));
+    }
+    if (others.size() > kMostSentences) {
+        qsizetype rest = others.size() - kMostSentences;
+        others.resize(kMostSentences);
+        others.push_back(QObject::tr("%1 more: see the outcome of each above.")
+                             .arg(countText(rest, "picture", "pictures")));
+    }
+    sentences.append(others);
+    return sentences;
+}
+
 } // namespace
 
 CleanupReportView::CleanupReportView(CleanupController& cleanups, QWidget* parent)
@@ -164,6 +210,8 @@ void CleanupReportView::fill() {
     }
     explanation_->setText(explained.join(QLatin1Char(' ')));
     explanation_->setVisible(!explained.isEmpty());
+    // Emptying the Trash matters only while something of this run is in it.
+    note_->setVisible(report.moved() > 0);
     started_->setText(
         tr("Started %1 · %2")
             .arg(dateText(report.started), countText(static_cast<std::int64_t>(report.items.size()),
@@ -289,19 +337,12 @@ void CleanupReportView::showPutBack(const std::optional<CleanupReport>& report,
         updateButtons();
         return;
     }
-    QStringList sentences;
     for (const auto& [removal, outcome] : results) {
-        std::string name = PathNames::lastComponent(removal.path);
-        QString sentence = qtText(outcome.message(name));
-        // With several pictures, each sentence says which it is about.
-        if (results.size() > 1 && outcome.kind == RestoreOutcome::Kind::occupied) {
-            sentence = QStringLiteral("%1: %2").arg(qtText(name), sentence);
-        }
-        sentences.push_back(sentence);
         if (outcome.kind == RestoreOutcome::Kind::occupied) {
             occupied_.push_back(removal.path);
         }
     }
+    QStringList sentences = putBackSentences(results);
     if (sentences.isEmpty()) {
         sentences.push_back(tr("Nothing was put back: none of these pictures is in the Trash."));
     }
@@ -324,7 +365,7 @@ QString CleanupReportView::figure(const QString& name) const {
 }
 
 QString CleanupReportView::generalNote() const {
-    return parts::noticeLabel(note_)->text();
+    return note_->isVisibleTo(this) ? parts::noticeLabel(note_)->text() : QString();
 }
 
 QString CleanupReportView::putBackMessage() const {

@@ -1,19 +1,28 @@
 #include "CompareView.hpp"
 
+#include "app/gui/DetailLoader.hpp"
+#include "app/gui/ElidedLabel.hpp"
+#include "app/gui/MemberTile.hpp"
 #include "app/gui/PictureView.hpp"
 #include "app/gui/QtText.hpp"
 #include "app/gui/ReviewTexts.hpp"
 #include "app/gui/SceneZoom.hpp"
 #include "app/gui/ScreenParts.hpp"
 #include "app/gui/ThumbnailLoader.hpp"
+#include "engine/review/CopyLabels.hpp"
 
 #include <QDialog>
+#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <QResizeEvent>
 #include <QScrollArea>
 #include <QStackedWidget>
 #include <QVBoxLayout>
+
+#include <algorithm>
+#include <cmath>
 
 namespace brevant::gui {
 
@@ -21,49 +30,103 @@ namespace {
 
 constexpr double kLargeShare = 0.85;
 
+// What a tile needs beside its picture (badge, name, folder, facts,
+// buttons), and the proportions of a typical photo.
+constexpr int kTileChrome = 150;
+constexpr double kPhotoAspect = 1.5;
+constexpr int kSpacing = 10;
+
+// How many tiles to a row so that each picture is as large as it can be in
+// `area`: two copies side by side, five as three and two.
+int columnsFor(int tiles, QSize area) {
+    // Not laid out yet: one row, as before the window shows.
+    if (area.height() <= kTileChrome || area.width() <= 0) {
+        return std::max(tiles, 1);
+    }
+    int best = 1;
+    double bestWidth = 0;
+    for (int columns = 1; columns <= tiles; ++columns) {
+        int rows = (tiles + columns - 1) / columns;
+        double cellWidth = (area.width() - (columns - 1) * kSpacing) / double(columns);
+        double cellHeight = (area.height() - (rows - 1) * kSpacing) / double(rows) - kTileChrome;
+        double pictureWidth = std::min(cellWidth, cellHeight * kPhotoAspect);
+        if (pictureWidth > bestWidth + 1) {
+            best = columns;
+            bestWidth = pictureWidth;
+        }
+    }
+    return best;
+}
+
+QString stateText(const MemberFacts& facts) {
+    if (facts.isLocked) {
+        return QLatin1String(texts::kLockedBadge);
+    }
+    if (facts.isMarked) {
+        return QLatin1String(texts::kMarkedBadge);
+    }
+    if (facts.isKeeper) {
+        return QLatin1String(texts::kKeeperBadge);
+    }
+    return {};
+}
+
 } // namespace
 
 CompareView::CompareView(ThumbnailLoader& thumbnails, QWidget* parent)
     : QWidget(parent)
     , thumbnails_(thumbnails)
     , zoom_(new SceneZoom(this))
+    , details_(new DetailLoader(this))
+    , zoomText_(parts::label({}, "muted", this))
     , heading_(parts::label({}, "section", this))
     , pages_(new QStackedWidget(this))
     , empty_(parts::label(QLatin1String(texts::kNoGroup), "muted", this))
     , scroll_(new QScrollArea(this))
     , row_(new QWidget)
-    , rowLayout_(new QHBoxLayout(row_))
+    , rowLayout_(new QGridLayout(row_))
     , flipPage_(new QWidget(this))
-    , flipCaption_(parts::label({}, "section", flipPage_))
+    , flipCaption_(new ElidedLabel({}, flipPage_))
     , flipView_(new PictureView(zoom_, flipPage_))
     , flipButton_(new QPushButton(tr("A/B Flip"), this))
     , sideBySideButton_(new QPushButton(QLatin1String(texts::kSideBySide), this)) {
     auto* zoomOut = new QPushButton(QStringLiteral("−"), this);
     auto* zoomIn = new QPushButton(QStringLiteral("+"), this);
     auto* fit = new QPushButton(QLatin1String(texts::kFit), this);
+    auto* actual = new QPushButton(QStringLiteral("100 %"), this);
+    actual->setObjectName(QStringLiteral("actualPixels"));
+    actual->setToolTip(tr("Show the file's own pixels, one to one"));
+    zoomText_->setObjectName(QStringLiteral("zoomText"));
+    zoomText_->setToolTip(tr("Zoom: screen pixels per pixel of the file"));
+    zoomText_->setMinimumWidth(
+        zoomText_->fontMetrics().horizontalAdvance(QStringLiteral("3200 %")));
+    zoomText_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     zoomOut->setToolTip(QLatin1String(texts::kZoomOut));
     zoomIn->setToolTip(QLatin1String(texts::kZoomIn));
     flipButton_->setToolTip(QLatin1String(texts::kFlip));
-    for (QPushButton* button : {zoomOut, zoomIn, fit, flipButton_, sideBySideButton_}) {
+    for (QPushButton* button : {zoomOut, zoomIn, fit, actual, flipButton_, sideBySideButton_}) {
         button->setFocusPolicy(Qt::NoFocus);
     }
     auto* bar = new QHBoxLayout;
     bar->addWidget(heading_, 1);
+    bar->addWidget(zoomText_);
     bar->addWidget(zoomOut);
     bar->addWidget(zoomIn);
     bar->addWidget(fit);
+    bar->addWidget(actual);
     bar->addSpacing(12);
     bar->addWidget(flipButton_);
     bar->addWidget(sideBySideButton_);
 
     empty_->setAlignment(Qt::AlignCenter);
     rowLayout_->setContentsMargins(0, 0, 0, 0);
-    rowLayout_->setSpacing(10);
+    rowLayout_->setSpacing(kSpacing);
     scroll_->setWidget(row_);
     scroll_->setWidgetResizable(true);
     scroll_->setFrameShape(QFrame::NoFrame);
     auto* flipColumn = new QVBoxLayout(flipPage_);
     flipColumn->setContentsMargins(0, 0, 0, 0);
+    flipCaption_->setProperty("role", "section");
     flipColumn->addWidget(flipCaption_);
     flipColumn->addWidget(flipView_, 1);
     pages_->addWidget(empty_);
@@ -78,6 +141,9 @@ CompareView::CompareView(ThumbnailLoader& thumbnails, QWidget* parent)
     connect(zoomOut, &QPushButton::clicked, zoom_, &SceneZoom::zoomOut);
     connect(zoomIn, &QPushButton::clicked, zoom_, &SceneZoom::zoomIn);
     connect(fit, &QPushButton::clicked, zoom_, &SceneZoom::fit);
+    connect(actual, &QPushButton::clicked, this, &CompareView::actualPixels);
+    connect(zoom_, &SceneZoom::changed, this, &CompareView::updateZoomText);
+    connect(flipView_, &PictureView::scaleChanged, this, &CompareView::updateZoomText);
     connect(flipButton_, &QPushButton::clicked, this, &CompareView::flip);
     connect(sideBySideButton_, &QPushButton::clicked, this, &CompareView::sideBySide);
     connect(flipView_, &PictureView::doubleClicked, this, [this] { enlarge(flipShown()); });
@@ -94,6 +160,7 @@ void CompareView::clearTiles() {
     }
     tiles_.clear();
     facts_.clear();
+    columns_ = 0;
     current_ = -1;
 }
 
@@ -116,7 +183,9 @@ void CompareView::showGroup(const std::optional<DuplicateGroup>& group) {
     }
     for (int i = 0; i < static_cast<int>(group_.members.size()); ++i) {
         auto* tile = new MemberTile(group_.members[i], zoom_, row_);
-        rowLayout_->addWidget(tile, 1);
+        tile->view()->setDetailSource(details_, group_.members[i].path);
+        connect(tile->view(), &PictureView::scaleChanged, this, &CompareView::updateZoomText);
+        rowLayout_->addWidget(tile, 0, i);
         tiles_.push_back(tile);
         connect(tile, &MemberTile::chosen, this, [this, i] { setCurrent(i); });
         connect(tile, &MemberTile::markClicked, this, [this, i] { Q_EMIT markClicked(i); });
@@ -126,6 +195,7 @@ void CompareView::showGroup(const std::optional<DuplicateGroup>& group) {
                 [this, i](const QPoint& global) { Q_EMIT menuRequested(i, global); });
         updateImage(i);
     }
+    arrangeTiles();
     setCurrent(0);
 }
 
@@ -133,6 +203,9 @@ void CompareView::setFacts(const std::vector<MemberFacts>& facts) {
     facts_ = facts;
     for (int i = 0; i < count() && i < static_cast<int>(facts.size()); ++i) {
         tiles_[i]->setFacts(facts[i]);
+    }
+    if (isFlipping()) {
+        showFlip();
     }
 }
 
@@ -149,11 +222,16 @@ void CompareView::setCurrent(int member) {
         return;
     }
     bool changed = member != current_;
+    if (changed) {
+        // A refusal speaks of the copy it was about; moving on ends it.
+        clearRefusals();
+    }
     current_ = member;
     for (int i = 0; i < count(); ++i) {
         tiles_[i]->setSelected(i == current_);
     }
     scroll_->ensureWidgetVisible(tiles_[current_]);
+    updateZoomText();
     if (changed) {
         Q_EMIT currentChanged(current_);
     }
@@ -210,13 +288,24 @@ void CompareView::flip() {
 void CompareView::showFlip() {
     int shown = flipShown();
     const PhotoAsset& asset = group_.members[shown];
-    flipCaption_->setText(
-        tr("%1 · %2 — press F to flip")
-            .arg(showingB_ ? QStringLiteral("B") : QStringLiteral("A"), qtText(asset.name())));
+    // Which copy this is: its folder and its state, since the names of
+    // copies are often the same.
+    QStringList caption{showingB_ ? QStringLiteral("B") : QStringLiteral("A"), qtText(asset.name()),
+                        qtText(CopyLabels::folderInRoot(asset))};
+    if (shown < static_cast<int>(facts_.size())) {
+        if (QString state = stateText(facts_[shown]); !state.isEmpty()) {
+            caption << state;
+        }
+    }
+    flipCaption_->setFullText(tr("%1 — press F to flip").arg(caption.join(QStringLiteral(" · "))));
+    flipCaption_->setToolTip(qtText(asset.path));
+    // The copy shown is the one the inspector describes and the keys act on.
+    setCurrent(shown);
     if (asset.pixelWidth && asset.pixelHeight) {
         flipView_->setScenePixels(QSizeF(*asset.pixelWidth, *asset.pixelHeight));
     }
     QImage image = thumbnails_.thumbnail(asset);
+    flipView_->setDetailSource(details_, asset.path);
     flipView_->setImage(image, thumbnails_.failed(asset) ? QLatin1String(texts::kNoPreview)
                                                          : tr("Loading…"));
     if (!asset.pixelWidth || !asset.pixelHeight) {
@@ -224,6 +313,7 @@ void CompareView::showFlip() {
     }
     pages_->setCurrentWidget(flipPage_);
     sideBySideButton_->setEnabled(true);
+    updateZoomText();
 }
 
 void CompareView::sideBySide() {
@@ -232,6 +322,7 @@ void CompareView::sideBySide() {
     if (count() > 0) {
         pages_->setCurrentWidget(scroll_);
     }
+    updateZoomText();
 }
 
 bool CompareView::isFlipping() const {
@@ -266,6 +357,7 @@ void CompareView::enlarge(int member) {
     if (asset.pixelWidth && asset.pixelHeight) {
         largePicture_->setScenePixels(QSizeF(*asset.pixelWidth, *asset.pixelHeight));
     }
+    largePicture_->setDetailSource(details_, asset.path);
     largePicture_->setImage(thumbnails_.thumbnail(asset), tr("Loading…"));
     QWidget* top = window();
     large_->resize((top->size() * kLargeShare).expandedTo(QSize(480, 360)));
@@ -286,6 +378,60 @@ void CompareView::imageArrived(const QString& path) {
         qtText(group_.members[largeMember_].path) == path) {
         largePicture_->setImage(thumbnails_.thumbnail(group_.members[largeMember_]), {});
     }
+}
+
+void CompareView::arrangeTiles() {
+    int columns = columnsFor(count(), scroll_->viewport()->size());
+    if (columns == columns_) {
+        return;
+    }
+    columns_ = columns;
+    for (int i = 0; i < count(); ++i) {
+        rowLayout_->removeWidget(tiles_[i]);
+    }
+    for (int column = 0; column < rowLayout_->columnCount(); ++column) {
+        rowLayout_->setColumnStretch(column, 0);
+    }
+    for (int i = 0; i < count(); ++i) {
+        rowLayout_->addWidget(tiles_[i], i / columns, i % columns);
+    }
+    for (int column = 0; column < columns; ++column) {
+        rowLayout_->setColumnStretch(column, 1);
+    }
+}
+
+void CompareView::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    // The viewport follows once the layout has run.
+    QMetaObject::invokeMethod(this, &CompareView::arrangeTiles, Qt::QueuedConnection);
+}
+
+PictureView* CompareView::shownView() const {
+    if (isFlipping()) {
+        return flipView_;
+    }
+    MemberTile* shown = tile(current_);
+    return shown != nullptr ? shown->view() : nullptr;
+}
+
+void CompareView::actualPixels() {
+    if (PictureView* view = shownView()) {
+        zoom_->zoomTo(view->actualPixelsFactor());
+    }
+}
+
+QString CompareView::flipCaption() const {
+    return flipCaption_->fullText();
+}
+
+QString CompareView::zoomText() const {
+    return zoomText_->text();
+}
+
+void CompareView::updateZoomText() {
+    PictureView* view = shownView();
+    double percent = view != nullptr ? view->zoomPercent() : 0.0;
+    zoomText_->setText(percent > 0 ? QStringLiteral("%1 %").arg(std::lround(percent)) : QString());
 }
 
 void CompareView::updateImage(int member) {

@@ -9,7 +9,7 @@
 #include <vector>
 
 class QDialog;
-class QHBoxLayout;
+class QGridLayout;
 class QLabel;
 class QPushButton;
 class QScrollArea;
@@ -17,6 +17,8 @@ class QStackedWidget;
 
 namespace brevant::gui {
 
+class DetailLoader;
+class ElidedLabel;
 class PictureView;
 class SceneZoom;
 class ThumbnailLoader;
@@ -49,6 +51,16 @@ public:
 
     [[nodiscard]] SceneZoom* zoom() const { return zoom_; }
 
+    // Zooms so that the shown copy's pixels are the screen's, one to one;
+    // the visible part is decoded from the file at full resolution.
+    void actualPixels();
+    // The shown copy's zoom, "100 %".
+    [[nodiscard]] QString zoomText() const;
+    // The view of the copy shown now: the flip's, or the current tile's.
+    [[nodiscard]] PictureView* shownView() const;
+
+    [[nodiscard]] DetailLoader* details() const { return details_; }
+
     void setCurrent(int member);
     void nextMember();
     void previousMember();
@@ -69,6 +81,9 @@ public:
 
     [[nodiscard]] PictureView* flipView() const { return flipView_; }
 
+    // What the flip's caption says of the copy it shows, whole.
+    [[nodiscard]] QString flipCaption() const;
+
     // The larger view of a copy; null until one was opened.
     void enlarge(int member);
 
@@ -80,15 +95,23 @@ Q_SIGNALS:
     void lockClicked(int member);
     void menuRequested(int member, const QPoint& global);
 
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+
 private:
     void clearTiles();
     void showFlip();
     void imageArrived(const QString& path);
     void updateImage(int member);
+    void updateZoomText();
+    // As many tiles to a row as give the pictures the most room.
+    void arrangeTiles();
     [[nodiscard]] int keeper() const;
 
     ThumbnailLoader& thumbnails_;
     SceneZoom* zoom_;
+    DetailLoader* details_;
+    QLabel* zoomText_;
     // Empty (no members) when no group is shown.
     DuplicateGroup group_;
     bool hasGroup_ = false;
@@ -100,9 +123,11 @@ private:
     QLabel* empty_;
     QScrollArea* scroll_;
     QWidget* row_;
-    QHBoxLayout* rowLayout_;
+    QGridLayout* rowLayout_;
+    // Tiles to a row as last arranged; 0 before.
+    int columns_ = 0;
     QWidget* flipPage_;
-    QLabel* flipCaption_;
+    ElidedLabel* flipCaption_;
     PictureView* flipView_;
     QPushButton* flipButton_;
     QPushButton* sideBySideButton_;

@@ -204,7 +204,9 @@ QString GroupListModel::kindName(MatchKind kind) {
 }
 
 QString GroupListModel::title(const DuplicateGroup& group) const {
-    return tr("%1 · %2 · %3")
+    // The size on a line of its own, said to be what cleaning frees, so
+    // that no row is cut before it.
+    return tr("%1 · %2\n%3 to free")
         .arg(kindName(group.kind),
              countText(static_cast<std::int64_t>(group.members.size()), "copy", "copies"),
              byteText(group.extraBytes()));
@@ -263,7 +265,9 @@ QVariant GroupListModel::data(const QModelIndex& index, int role) const {
     case Qt::DisplayRole:
         return QStringLiteral("%1\n%2").arg(title(group), detail(groupIndex));
     case Qt::ToolTipRole:
-        return qtText(group.members.front().folder());
+        // The whole row, in case the list is too narrow for it.
+        return QStringLiteral("%1\n%2\n%3")
+            .arg(title(group), detail(groupIndex), qtText(group.members.front().folder()));
     case Qt::DecorationRole:
         return thumbnail(groupIndex);
     case kindRole:

@@ -26,9 +26,11 @@
 #include <QIcon>
 #include <QMenuBar>
 #include <QPushButton>
+#include <QScreen>
 #include <QSettings>
 #include <QStackedWidget>
 
+#include <algorithm>
 #include <utility>
 
 namespace brevant::gui {
@@ -75,6 +77,7 @@ MainWindow::MainWindow(PhotoCleanupModel& model, Skins& skins, QSettings& store,
     if (!restoreGeometry(store_.value(geometryKey()).toByteArray())) {
         resize(kFirstSize);
     }
+    fitToScreen();
     connect(&model_, &PhotoCleanupModel::phaseChanged, this, &MainWindow::followPhase);
     connect(&model_, &PhotoCleanupModel::settingsChanged, this, &MainWindow::updateActions);
     connect(&model_, &PhotoCleanupModel::resultChanged, this, &MainWindow::updateActions);
@@ -85,6 +88,29 @@ MainWindow::MainWindow(PhotoCleanupModel& model, Skins& skins, QSettings& store,
         }
     });
     followPhase();
+}
+
+void MainWindow::fitToScreen() {
+    // A size saved on a larger screen, or the first size on a small one,
+    // would put Done and Back out of reach.
+    QScreen* shown = screen();
+    if (shown == nullptr) {
+        return;
+    }
+    QRect available = shown->availableGeometry();
+    QSize frame = frameGeometry().size() - geometry().size();
+    QSize fitted = size().boundedTo(available.size() - frame);
+    if (fitted != size()) {
+        resize(fitted);
+    }
+    QRect placed = frameGeometry();
+    if (!available.contains(placed)) {
+        placed.moveLeft(std::clamp(placed.left(), available.left(),
+                                   std::max(available.left(), available.right() - placed.width())));
+        placed.moveTop(std::clamp(placed.top(), available.top(),
+                                  std::max(available.top(), available.bottom() - placed.height())));
+        move(placed.topLeft());
+    }
 }
 
 void MainWindow::buildMenus() {

@@ -102,6 +102,8 @@ protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
+    // Within the screen's free area: neither larger nor off its edges.
+    void fitToScreen();
     void buildMenus();
     void followPhase();
     void showOverview();

@@ -1,10 +1,12 @@
 #include "MemberTile.hpp"
 
+#include "app/gui/ElidedLabel.hpp"
 #include "app/gui/PictureView.hpp"
 #include "app/gui/QtText.hpp"
 #include "app/gui/ReviewTexts.hpp"
 #include "app/gui/ScreenParts.hpp"
 #include "engine/platform/LocaleDate.hpp"
+#include "engine/review/CopyLabels.hpp"
 
 #include <QContextMenuEvent>
 #include <QHBoxLayout>
@@ -33,8 +35,8 @@ MemberTile::MemberTile(const PhotoAsset& asset, SceneZoom* zoom, QWidget* parent
     , badge_(parts::label({}, "section", this))
     , reason_(parts::label({}, "muted", this))
     , refusal_(parts::notice({}, this))
-    , name_(parts::label(qtText(asset.name()), nullptr, this))
-    , folder_(parts::label(qtText(asset.folder()), "muted", this))
+    , name_(new ElidedLabel(qtText(asset.name()), this))
+    , folder_(new ElidedLabel(qtText(CopyLabels::folderInRoot(asset)), this))
     , facts_(parts::label({}, "muted", this))
     , quality_(parts::label({}, "muted", this))
     , mark_(new QPushButton(this))
@@ -49,15 +51,13 @@ MemberTile::MemberTile(const PhotoAsset& asset, SceneZoom* zoom, QWidget* parent
     view_->setImage({}, tr("Loading…"));
     refusal_->setObjectName(QStringLiteral("refusal"));
     refusal_->hide();
-    // Long names and folders are cut at the tile's edge rather than
-    // widening it; the inspector shows them whole.
-    for (QLabel* line : {name_, folder_}) {
-        line->setWordWrap(false);
-        line->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    }
+    // Long names and folders lose their middle rather than widening the
+    // tile; the tooltip and the inspector show the whole path.
+    folder_->setProperty("role", "muted");
+    name_->setToolTip(qtText(asset.path));
+    folder_->setToolTip(qtText(asset.path));
     badge_->setWordWrap(true);
     reason_->setWordWrap(true);
-    folder_->setToolTip(qtText(asset.folder()));
     QStringList line;
     line << byteText(asset.size());
     if (QString pixels = pixelText(asset); !pixels.isEmpty()) {
@@ -101,14 +101,26 @@ MemberTile::MemberTile(const PhotoAsset& asset, SceneZoom* zoom, QWidget* parent
 
 void MemberTile::setFacts(const MemberFacts& facts) {
     QString badge;
+    const char* state = "";
     if (facts.isLocked) {
         badge = QLatin1String(texts::kLockedBadge);
+        state = "locked";
     } else if (facts.isMarked) {
         badge = QLatin1String(texts::kMarkedBadge);
+        state = "marked";
     } else if (facts.isKeeper) {
         badge = QLatin1String(texts::kKeeperBadge);
+        state = "keeper";
     }
     badge_->setText(badge.isEmpty() ? QStringLiteral(" ") : badge);
+    // Marked and kept copies differ at a glance: the skins colour the badge
+    // and a marked copy's picture is dimmed.
+    if (badge_->property("badge").toString() != QLatin1String(state)) {
+        badge_->setProperty("badge", QLatin1String(state));
+        style()->unpolish(badge_);
+        style()->polish(badge_);
+    }
+    view_->setDimmed(facts.isMarked);
     reason_->setText(facts.isKeeper ? facts.keeperReason : QString());
     reason_->setVisible(facts.isKeeper);
     QStringList quality;
@@ -158,6 +170,14 @@ QString MemberTile::refusal() const {
 
 QString MemberTile::badge() const {
     return badge_->text().trimmed();
+}
+
+QString MemberTile::folderText() const {
+    return folder_->fullText();
+}
+
+QString MemberTile::folderToolTip() const {
+    return folder_->toolTip();
 }
 
 void MemberTile::contextMenuEvent(QContextMenuEvent* event) {

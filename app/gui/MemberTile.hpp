@@ -12,6 +12,7 @@ class QPushButton;
 
 namespace brevant::gui {
 
+class ElidedLabel;
 class PictureView;
 class SceneZoom;
 
@@ -50,6 +51,9 @@ public:
     void setRefusal(const QString& text);
     [[nodiscard]] QString refusal() const;
     [[nodiscard]] QString badge() const;
+    // The folder line, whole, and its tooltip (the copy's path).
+    [[nodiscard]] QString folderText() const;
+    [[nodiscard]] QString folderToolTip() const;
 
 Q_SIGNALS:
     void chosen();
@@ -68,8 +72,8 @@ private:
     QLabel* badge_;
     QLabel* reason_;
     QFrame* refusal_;
-    QLabel* name_;
-    QLabel* folder_;
+    ElidedLabel* name_;
+    ElidedLabel* folder_;
     QLabel* facts_;
     QLabel* quality_;
     QPushButton* mark_;

@@ -200,14 +200,17 @@ void OverviewScreen::showResult() {
     }
     bool none = model_.groups().empty();
     headline_->setText(none ? QLatin1String(texts::kNothingFound) : tr("Overview"));
+    // The whole scan: finding the identical copies, measuring and grouping.
     double seconds = std::max(0.0, result.finished.secondsSinceReferenceDate -
                                        result.started.secondsSinceReferenceDate);
+    auto milliseconds =
+        std::max(static_cast<std::int64_t>(seconds * 1000), model_.scanMilliseconds());
     subtitle_->setText(
         tr("%1 · %2 in %3 examined in %4")
             .arg(modeTitle(model_.resultMode(), model_.groupedPreset()),
                  countText(result.examined, "picture", "pictures"),
                  countText(static_cast<std::int64_t>(result.roots.size()), "folder", "folders"),
-                 spanText(static_cast<std::int64_t>(seconds * 1000))));
+                 spanText(milliseconds)));
     groups_->setText(locale.toString(static_cast<qlonglong>(model_.groups().size())));
     pictures_->setText(locale.toString(pictures));
     bytes_->setText(byteText(model_.bytesToFree()));

@@ -354,6 +354,7 @@ void PhotoCleanupModel::showProgress(const ModelProgress& progress) {
 
 void PhotoCleanupModel::finishScan(std::expected<ScanOutcome, std::string> outcome) {
     cancel_.reset();
+    scanMilliseconds_ = elapsedMilliseconds();
     if (!outcome) {
         setPhase(Phase::idle);
         Q_EMIT scanFailed(qtText(outcome.error()));
@@ -403,6 +404,20 @@ void PhotoCleanupModel::adopt(ScanOutcome outcome) {
     hasResult_ = true;
     ++generation_;
     Q_EMIT resultChanged();
+}
+
+void PhotoCleanupModel::applyCleanup(const CleanupReport& report) {
+    if (!hasResult_) {
+        return;
+    }
+    adopt(ScanPipeline::afterCleanup(*outcome_, report));
+}
+
+void PhotoCleanupModel::applyPutBack(const std::vector<std::string>& returned) {
+    if (!hasResult_ || returned.empty()) {
+        return;
+    }
+    adopt(ScanPipeline::afterPutBack(*outcome_, returned));
 }
 
 std::vector<KindSummary> PhotoCleanupModel::kinds() const {

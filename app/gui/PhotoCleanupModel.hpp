@@ -2,6 +2,7 @@
 
 #include "app/gui/CleanupSettings.hpp"
 #include "app/gui/Worker.hpp"
+#include "engine/cleanup/CleanupReport.hpp"
 #include "engine/pipeline/PipelineProgress.hpp"
 #include "engine/pipeline/ScanOutcome.hpp"
 #include "engine/pipeline/ScanPipeline.hpp"
@@ -157,6 +158,9 @@ public:
 
     [[nodiscard]] std::int64_t elapsedMilliseconds() const;
 
+    // How long the last finished scan took, every pass of it.
+    [[nodiscard]] std::int64_t scanMilliseconds() const { return scanMilliseconds_; }
+
     [[nodiscard]] const ScanResult& result() const;
 
     [[nodiscard]] bool hasResult() const { return hasResult_; }
@@ -189,6 +193,12 @@ public:
     // One entry per kind present, in the kinds' order.
     [[nodiscard]] std::vector<KindSummary> kinds() const;
     [[nodiscard]] std::int64_t bytesToFree() const;
+
+    // After a cleanup: the copies its report has in the Trash leave the
+    // groups, the session and the figures, without scanning again.
+    void applyCleanup(const CleanupReport& report);
+    // After a Put Back: the copies back at their own paths return.
+    void applyPutBack(const std::vector<std::string>& returned);
 
     // Whoever changes marks or locks through session() (the review screen,
     // a cleanup) tells the model, so every view of the marks can follow.
@@ -230,6 +240,7 @@ private:
     std::shared_ptr<CancellationFlag> cancel_;
     ModelProgress progress_;
     QElapsedTimer clock_;
+    std::int64_t scanMilliseconds_ = 0;
 
     // Null until a scan has a result. Kept, though no longer shown, through
     // a new scan, whose session takes over its marks.

@@ -9,6 +9,8 @@
 #include "app/gui/SceneZoom.hpp"
 #include "app/gui/ScreenParts.hpp"
 #include "app/gui/ThumbnailLoader.hpp"
+#include "engine/platform/LocaleDate.hpp"
+#include "engine/review/CopyLabels.hpp"
 #include "engine/review/ReviewSession.hpp"
 #include "engine/similarity/QualityHints.hpp"
 
@@ -36,8 +38,11 @@ using Command = ReviewScreen::Command;
 using Filter = GroupListModel::Filter;
 using Sort = GroupListModel::Sort;
 
-constexpr int kListWidth = 240;
+constexpr int kListWidth = 230;
 constexpr int kInspectorWidth = 250;
+// Narrower than this, the review starts with the inspector hidden, so that
+// the pictures get its room.
+constexpr int kRoomForInspector = 1400;
 
 QString text(const char* words) {
     return QString::fromUtf8(words);
@@ -83,6 +88,8 @@ ReviewScreen::ReviewScreen(PhotoCleanupModel& model, QWidget* parent)
     list_->setModel(groups_);
     list_->setUniformItemSizes(true);
     list_->setIconSize(QSize(48, 48));
+    // Long file names lose their middle, never the size at the end.
+    list_->setTextElideMode(Qt::ElideMiddle);
     list_->setSelectionMode(QAbstractItemView::SingleSelection);
     list_->setEditTriggers(QAbstractItemView::NoEditTriggers);
     notice_->setWordWrap(true);
@@ -91,6 +98,13 @@ ReviewScreen::ReviewScreen(PhotoCleanupModel& model, QWidget* parent)
     auto* top = new QHBoxLayout;
     top->addWidget(parts::label(tr("Review"), "title", this));
     top->addWidget(count_, 1, Qt::AlignBottom);
+    inspectorButton_ = new QPushButton(tr("Details"), this);
+    inspectorButton_->setCheckable(true);
+    inspectorButton_->setChecked(true);
+    inspectorButton_->setToolTip(tr("Show or hide the details of the chosen copy (Ctrl+I)"));
+    inspectorButton_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_I));
+    inspectorButton_->setFocusPolicy(Qt::NoFocus);
+    top->addWidget(inspectorButton_);
     top->addWidget(back_);
 
     auto* left = new QWidget(this);
@@ -116,6 +130,11 @@ ReviewScreen::ReviewScreen(PhotoCleanupModel& model, QWidget* parent)
     splitter->setStretchFactor(1, 1);
     splitter->setSizes({kListWidth, 600, kInspectorWidth});
     splitter->setChildrenCollapsible(false);
+    inspectorPane_ = inspectorScroll;
+    connect(inspectorButton_, &QPushButton::toggled, this, [this](bool shown) {
+        inspectorChosen_ = true;
+        inspectorPane_->setVisible(shown);
+    });
 
     auto* bottom = new QHBoxLayout;
     auto* totals = new QVBoxLayout;
@@ -126,7 +145,7 @@ ReviewScreen::ReviewScreen(PhotoCleanupModel& model, QWidget* parent)
     bottom->addWidget(cleanup_);
 
     auto* column = new QVBoxLayout(this);
-    column->setContentsMargins(24, 16, 24, 16);
+    column->setContentsMargins(16, 10, 16, 10);
     column->addLayout(top);
     column->addWidget(splitter, 1);
     column->addLayout(bottom);
@@ -235,9 +254,26 @@ QList<QAction*> ReviewScreen::markingActions() const {
     return listed;
 }
 
+void ReviewScreen::setInspectorShown(bool shown) {
+    inspectorButton_->setChecked(shown);
+    inspectorChosen_ = true;
+    inspectorPane_->setVisible(shown);
+}
+
+bool ReviewScreen::isInspectorShown() const {
+    return !inspectorPane_->isHidden();
+}
+
 void ReviewScreen::showEvent(QShowEvent* event) {
     for (const auto& [command, action] : actions_) {
         action->setEnabled(true);
+    }
+    if (!inspectorChosen_) {
+        QWidget* top = window();
+        bool room = top == nullptr || top->width() >= kRoomForInspector;
+        inspectorButton_->setChecked(room);
+        inspectorPane_->setVisible(room);
+        inspectorChosen_ = false;
     }
     QWidget::showEvent(event);
 }
@@ -517,7 +553,8 @@ void ReviewScreen::updateInspector() {
     if (auto suggestion = session->suggestion(*group)) {
         const PhotoAsset* keeper = session->asset(suggestion->keeperID);
         facts.isKeeper = suggestion->keeperID == asset->path;
-        facts.keeperName = keeper != nullptr ? qtText(keeper->name()) : QString();
+        facts.keeperName =
+            keeper != nullptr ? qtText(CopyLabels::distinctName(*keeper, *group)) : QString();
         facts.keeperReason = qtText(suggestion->reason);
     }
     if (auto index = model_.index()) {
@@ -534,10 +571,13 @@ void ReviewScreen::updateInspector() {
             facts.faceNote = qtText(found->second);
         }
     }
-    // EXIF writes "2023:07:05 09:30:00"; shown as the locale writes dates.
+    // EXIF writes "2023:07:05 09:30:00"; shown as the other dates are. A
+    // date that is no date ("0000:00:00 00:00:00", blanks) is not shown.
     QString taken = thumbnails_->captureDate(*asset);
     QDateTime when = QDateTime::fromString(taken, QStringLiteral("yyyy:MM:dd HH:mm:ss"));
-    facts.captureDate = when.isValid() ? QLocale().toString(when, QLocale::ShortFormat) : taken;
+    facts.captureDate = when.isValid() && when.date().year() > 1
+                            ? qtText(platform::shortDateTime(when.toSecsSinceEpoch()))
+                            : QString();
     inspector_->showAsset(asset, facts);
 }
 

@@ -80,6 +80,13 @@ public:
 
     [[nodiscard]] Inspector* inspector() const { return inspector_; }
 
+    // Shows or hides the inspector beside the compare view; hidden, the
+    // pictures have its room.
+    void setInspectorShown(bool shown);
+    [[nodiscard]] bool isInspectorShown() const;
+
+    [[nodiscard]] QPushButton* inspectorButton() const { return inspectorButton_; }
+
     [[nodiscard]] ThumbnailLoader* thumbnails() const { return thumbnails_; }
 
     [[nodiscard]] QComboBox* filterChoice() const { return filter_; }
@@ -142,6 +149,10 @@ private:
     QLabel* count_;
     CompareView* compare_;
     Inspector* inspector_;
+    QWidget* inspectorPane_ = nullptr;
+    QPushButton* inspectorButton_ = nullptr;
+    // The inspector's first showing depends on the room there is.
+    bool inspectorChosen_ = false;
     QLabel* total_;
     QLabel* notice_;
     QPushButton* markAll_;

@@ -26,6 +26,10 @@ void SceneZoom::zoomOut() {
     set(factor_ / kStep, centre_);
 }
 
+void SceneZoom::zoomTo(double factor) {
+    set(factor, centre_);
+}
+
 void SceneZoom::fit() {
     set(1.0, {0.5, 0.5});
 }

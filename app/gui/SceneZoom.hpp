@@ -32,6 +32,8 @@ public:
     void zoomIn();
     void zoomOut();
     void fit();
+    // Sets the factor, keeping the middle of what is shown.
+    void zoomTo(double factor);
     // Zooms by `ratio`, keeping the point `anchor` (a fraction of the
     // picture) where it is on the screen.
     void zoomBy(double ratio, QPointF anchor);

@@ -10,9 +10,7 @@
 
 namespace brevant::gui {
 
-namespace {
-
-QImage toImage(const platform::DecodedImage& decoded) {
+QImage ThumbnailLoader::toImage(const platform::DecodedImage& decoded) {
     std::vector<std::uint8_t> samples = decoded.rgbSamples();
     int width = decoded.width();
     int height = decoded.height();
@@ -28,8 +26,6 @@ QImage toImage(const platform::DecodedImage& decoded) {
     }
     return image;
 }
-
-} // namespace
 
 ThumbnailLoader::ThumbnailLoader(QObject* parent)
     : QObject(parent)

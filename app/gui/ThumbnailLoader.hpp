@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/gui/Worker.hpp"
+#include "engine/platform/DecodedImage.hpp"
 #include "engine/scan/PhotoAsset.hpp"
 
 #include <QCache>
@@ -43,6 +44,9 @@ public:
     [[nodiscard]] QString captureDate(const PhotoAsset& asset) const;
 
     [[nodiscard]] int pending() const { return static_cast<int>(pending_.size()); }
+
+    // The decoded pixels as a QImage; null when they cannot be read.
+    [[nodiscard]] static QImage toImage(const platform::DecodedImage& decoded);
 
     // For tests and screenshots: until every decode has arrived.
     void waitForDone();

@@ -9,6 +9,8 @@
 
 #include <memory>
 #include <optional>
+#include <set>
+#include <string>
 #include <vector>
 
 namespace brevant {
@@ -24,8 +26,11 @@ struct ScanOutcome {
     // result's own list is empty.
     std::shared_ptr<const ScanResult> result = std::make_shared<const ScanResult>();
     std::shared_ptr<const SimilarityIndex> index;
-    // As CleanupGroups::reviewed gives them.
+    // As CleanupGroups::reviewed gives them, without the copies `away`.
     std::vector<DuplicateGroup> groups;
+    // Copies a cleanup has moved to the Trash since the scan, by path: they
+    // are left out of the groups until they are put back.
+    std::set<std::string> away;
     std::shared_ptr<ReviewSession> session;
     // For a catalog source.
     std::optional<CatalogSource::Facts> catalog;

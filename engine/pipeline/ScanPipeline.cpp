@@ -29,7 +29,8 @@ int distinctMembers(const std::vector<DuplicateGroup>& groups) {
 // session over them.
 void formGroups(ScanOutcome& outcome) {
     const SimilarityIndex* index = outcome.index.get();
-    outcome.groups = CleanupGroups::reviewed(outcome.request.mode, outcome.result->groups, index);
+    outcome.groups = CleanupGroups::without(
+        CleanupGroups::reviewed(outcome.request.mode, outcome.result->groups, index), outcome.away);
     if (!outcome.request.review) {
         return;
     }
@@ -192,6 +193,7 @@ ScanOutcome ScanPipeline::regroup(const ScanOutcome& outcome, SimilarityPreset p
     ScanOutcome regrouped{.request = outcome.request,
                           .result = outcome.result,
                           .index = outcome.index,
+                          .away = outcome.away,
                           .catalog = outcome.catalog};
     regrouped.request.mode.preset = preset;
     regrouped.request.review = rules;
@@ -205,6 +207,45 @@ ScanOutcome ScanPipeline::regroup(const ScanOutcome& outcome, SimilarityPreset p
         rules = ReviewRules::of(*outcome.session);
     }
     return regroup(outcome, preset, rules);
+}
+
+namespace {
+
+// The outcome again with other copies away, under the rules its session
+// holds now and with its marks carried over.
+ScanOutcome withAway(const ScanOutcome& outcome, std::set<std::string> away) {
+    ScanOutcome changed{.request = outcome.request,
+                        .result = outcome.result,
+                        .index = outcome.index,
+                        .away = std::move(away),
+                        .catalog = outcome.catalog};
+    if (outcome.session) {
+        changed.request.review = ReviewRules::of(*outcome.session);
+    }
+    formGroups(changed);
+    changed.carryMarks(outcome);
+    return changed;
+}
+
+} // namespace
+
+ScanOutcome ScanPipeline::afterCleanup(const ScanOutcome& outcome, const CleanupReport& report) {
+    std::set<std::string> away = outcome.away;
+    for (const auto& item : report.items) {
+        if (item.outcome.kind == ItemOutcome::Kind::movedToTrash) {
+            away.insert(item.removal.path);
+        }
+    }
+    return withAway(outcome, std::move(away));
+}
+
+ScanOutcome ScanPipeline::afterPutBack(const ScanOutcome& outcome,
+                                       const std::vector<std::string>& returned) {
+    std::set<std::string> away = outcome.away;
+    for (const auto& path : returned) {
+        away.erase(path);
+    }
+    return withAway(outcome, std::move(away));
 }
 
 } // namespace brevant

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/catalogs/CatalogSource.hpp"
+#include "engine/cleanup/CleanupReport.hpp"
 #include "engine/pipeline/PipelineProgress.hpp"
 #include "engine/pipeline/ScanOutcome.hpp"
 #include "engine/pipeline/ScanRequest.hpp"
@@ -92,6 +93,19 @@ public:
                                              const std::optional<ReviewRules>& rules);
     // The same, judged by the rules the outcome's session holds now.
     [[nodiscard]] static ScanOutcome regroup(const ScanOutcome& outcome, SimilarityPreset preset);
+
+    // The outcome as the files lie after a cleanup: the copies its report
+    // has in the Trash leave their groups, and groups left with one copy go.
+    // The session is fresh, judged by the rules the older one holds now, and
+    // carries its marks over where they are still allowed. Nothing is
+    // scanned or measured again.
+    [[nodiscard]] static ScanOutcome afterCleanup(const ScanOutcome& outcome,
+                                                  const CleanupReport& report);
+    // The same after a Put Back: the copies now back at their own paths
+    // return to their groups. A copy put back under another name stays out
+    // until the next scan, which finds it under that name.
+    [[nodiscard]] static ScanOutcome afterPutBack(const ScanOutcome& outcome,
+                                                  const std::vector<std::string>& returned);
 
 private:
     // Measures the pictures and reads the faces the keeper needs; nothing

@@ -63,4 +63,17 @@ CleanupGroups::withIdentical(std::vector<DuplicateGroup> grouped,
     return grouped;
 }
 
+std::vector<DuplicateGroup> CleanupGroups::without(std::vector<DuplicateGroup> groups,
+                                                   const std::set<std::string>& away) {
+    if (away.empty()) {
+        return groups;
+    }
+    for (auto& group : groups) {
+        std::erase_if(group.members,
+                      [&](const PhotoAsset& member) { return away.contains(member.path); });
+    }
+    std::erase_if(groups, [](const DuplicateGroup& group) { return group.members.size() < 2; });
+    return groups;
+}
+
 } // namespace brevant

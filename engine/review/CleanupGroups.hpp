@@ -4,6 +4,8 @@
 #include "engine/scan/DuplicateGroup.hpp"
 #include "engine/similarity/SimilarityIndex.hpp"
 
+#include <set>
+#include <string>
 #include <vector>
 
 namespace brevant {
@@ -43,6 +45,12 @@ struct CleanupGroups {
     [[nodiscard]] static std::vector<DuplicateGroup>
     withIdentical(std::vector<DuplicateGroup> grouped,
                   const std::vector<DuplicateGroup>& identical);
+
+    // The groups as the files lie once the copies at `away` have left (moved
+    // to the Trash): those copies leave their groups, a group left with one
+    // copy goes, and the rest keep their order.
+    [[nodiscard]] static std::vector<DuplicateGroup> without(std::vector<DuplicateGroup> groups,
+                                                             const std::set<std::string>& away);
 };
 
 } // namespace brevant

@@ -25,14 +25,18 @@
 #include <QApplication>
 #include <QPushButton>
 #include <QScopeGuard>
+#include <QScreen>
 #include <QSemaphore>
 #include <QTest>
 #include <QTreeWidget>
 
 #include <atomic>
+#include <filesystem>
+#include <fmt/format.h>
 #include <fstream>
 #include <map>
 #include <memory>
+#include <set>
 
 namespace brevant::gui::testing {
 
@@ -108,17 +112,33 @@ public:
 
     [[nodiscard]] std::string trashFiles() const { return dataHome_ + "/Trash/files"; }
 
+    // More byte-for-byte copies of a library picture, in a folder of their
+    // own; their paths.
+    std::vector<std::string> addCopies(const std::string& relative, int count) {
+        std::vector<std::string> paths;
+        std::string original = brevant::testing::readFile(library_.path(relative));
+        std::error_code error;
+        std::filesystem::create_directories(library_.path("Extra"), error);
+        for (int i = 0; i < count; ++i) {
+            paths.push_back(library_.path(fmt::format("Extra/copy-{:02}.jpg", i)));
+            overwrite(paths.back(), original);
+        }
+        return paths;
+    }
+
     // Scans and marks every copy the suggestions do not keep; remembers the
     // bytes of the marked ones.
-    bool scanAndMark() {
+    bool scan() {
         model().setSources({library_.root()});
         model().setMode(CleanupSettings::Mode::identical);
-        if (!model().startScan()) {
-            return false;
-        }
-        if (!QTest::qWaitFor([this] { return model().phase() == Phase::reviewing; },
-                             kScanTimeoutMs) ||
-            model().session() == nullptr || model().session()->markAllSuggested() == 0) {
+        return model().startScan() &&
+               QTest::qWaitFor([this] { return model().phase() == Phase::reviewing; },
+                               kScanTimeoutMs) &&
+               model().session() != nullptr;
+    }
+
+    bool scanAndMark() {
+        if (!scan() || model().session()->markAllSuggested() == 0) {
             return false;
         }
         for (const auto& path : model().session()->marks()) {
@@ -174,6 +194,8 @@ private Q_SLOTS:
     void putsBackOneItemAndTheWholeCleanup();
     void occupiedPlaceOffersAnotherNameAndNeverOverwrites();
     void keyboardAloneRunsACleanupAndPutsItBack();
+    void resultsFollowACleanupAndAPutBack();
+    void putBackOfManyPicturesKeepsTheWindowOnTheScreen();
 };
 
 void CleanupWindowTest::menusOfferTheCleanupCommands() {
@@ -492,6 +514,120 @@ void CleanupWindowTest::keyboardAloneRunsACleanupAndPutsItBack() {
     for (const auto& [path, contents] : rig.marked()) {
         QVERIFY(brevant::testing::readFile(path) == contents);
     }
+}
+
+namespace {
+
+// The paths of every copy the model's groups and session hold.
+std::set<std::string> pathsShown(PhotoCleanupModel& model) {
+    std::set<std::string> paths;
+    for (const auto& group : model.groups()) {
+        for (const auto& member : group.members) {
+            paths.insert(member.path);
+        }
+    }
+    for (const auto& group : model.session()->groups()) {
+        for (const auto& member : group.members) {
+            paths.insert(member.path);
+        }
+    }
+    return paths;
+}
+
+bool withinScreen(const QWidget& window) {
+    QRect available = window.screen()->availableGeometry();
+    return window.frameGeometry().height() <= available.height() &&
+           window.minimumSizeHint().height() <= available.height();
+}
+
+} // namespace
+
+void CleanupWindowTest::resultsFollowACleanupAndAPutBack() {
+    Rig rig;
+    QVERIFY(rig.isActive());
+    const std::string third = rig.addCopies("Holidays/IMG_1001.JPG", 1).front();
+    QVERIFY(rig.scan());
+    std::shared_ptr<ReviewSession> session = rig.model().session();
+    QCOMPARE(session->groups().size(), std::size_t{2});
+    const std::set<std::string> before = pathsShown(rig.model());
+    const std::int64_t bytesBefore = rig.model().bytesToFree();
+    QCOMPARE(rig.window().overview()->groupsFigure(), QStringLiteral("2"));
+
+    // One copy of the group of three and one of the pair move.
+    const DuplicateGroup& pair =
+        session->groups()[0].members.size() == 2 ? session->groups()[0] : session->groups()[1];
+    const std::string pairCopy = pair.members.back().path;
+    QVERIFY(session->mark(third).has_value());
+    QVERIFY(session->mark(pairCopy).has_value());
+    const std::set<std::string> moved{third, pairCopy};
+    const std::int64_t bytesMoved = fileSize(third) + fileSize(pairCopy);
+    QVERIFY(rig.confirmCard());
+    QTRY_VERIFY_WITH_TIMEOUT(rig.window().cleanupScreen()->showsReport(), kRunTimeoutMs);
+    QCOMPARE(rig.report()->figure(QStringLiteral("Moved")), QStringLiteral("2"));
+
+    // No moved copy is left in the results; the pair is gone and the
+    // figures drop by what moved.
+    std::set<std::string> after = pathsShown(rig.model());
+    for (const auto& path : moved) {
+        QVERIFY2(!after.contains(path), path.c_str());
+    }
+    QCOMPARE(after.size(), before.size() - 3);
+    QCOMPARE(rig.model().groups().size(), std::size_t{1});
+    QCOMPARE(rig.model().session()->groups().front().members.size(), std::size_t{2});
+    QCOMPARE(rig.model().bytesToFree(), bytesBefore - bytesMoved);
+    QTest::keyClick(rig.window().cleanupScreen()->doneButton(), Qt::Key_Return);
+    QCOMPARE(rig.window().currentScreen(), static_cast<QWidget*>(rig.window().overview()));
+    QCOMPARE(rig.window().overview()->groupsFigure(), QStringLiteral("1"));
+    QCOMPARE(rig.window().overview()->bytesFigure(), byteText(bytesBefore - bytesMoved));
+
+    // Marking every suggestion again marks only copies still there.
+    rig.window().showReview();
+    QAction* markAll = rig.window().action(QStringLiteral("Mark Suggested Copies in Every Group"));
+    QVERIFY(markAll != nullptr);
+    markAll->trigger();
+    const std::set<std::string>& marks = rig.model().session()->marks();
+    QCOMPARE(marks.size(), std::size_t{1});
+    QVERIFY(!moved.contains(*marks.begin()));
+    QVERIFY(fileSize(*marks.begin()) > 0);
+    rig.model().session()->clearMarks(rig.model().session()->groups().front());
+    rig.model().noteMarksChanged();
+
+    // Put Back All brings both back into their groups, without a scan.
+    rig.window().showHistory();
+    HistoryScreen* history = rig.window().historyScreen();
+    QTRY_COMPARE_WITH_TIMEOUT(history->list()->topLevelItemCount(), 1, kRunTimeoutMs);
+    QTest::keyClick(history->list(), Qt::Key_Return);
+    QVERIFY(history->showsReport());
+    QTest::mouseClick(history->reportView()->putBackAllButton(), Qt::LeftButton);
+    QTRY_VERIFY_WITH_TIMEOUT(!rig.cleanups().isPuttingBack(), kRunTimeoutMs);
+    QCOMPARE(history->reportView()->putBackMessage(),
+             QStringLiteral("2 pictures are back where they were."));
+    // Nothing of it is in the Trash any more, so emptying it frees nothing.
+    QCOMPARE(history->reportView()->generalNote(), QString());
+    QCOMPARE(pathsShown(rig.model()), before);
+    QCOMPARE(rig.model().groups().size(), std::size_t{2});
+    QCOMPARE(rig.model().bytesToFree(), bytesBefore);
+    QVERIFY(rig.model().session()->marks().empty());
+    QVERIFY(withinScreen(rig.window()));
+}
+
+void CleanupWindowTest::putBackOfManyPicturesKeepsTheWindowOnTheScreen() {
+    Rig rig;
+    QVERIFY(rig.isActive());
+    // The first size is fitted to the (small) offscreen screen.
+    QVERIFY(withinScreen(rig.window()));
+    rig.addCopies("Holidays/IMG_1001.JPG", 40);
+    QVERIFY(rig.runCleanup());
+    CleanupReportView* report = rig.report();
+    const int moved = static_cast<int>(rig.marked().size());
+    QCOMPARE(moved, 42);
+    QTest::mouseClick(report->putBackAllButton(), Qt::LeftButton);
+    QTRY_VERIFY_WITH_TIMEOUT(!rig.cleanups().isPuttingBack(), kRunTimeoutMs);
+    QCOMPARE(report->putBackMessage(), QStringLiteral("42 pictures are back where they were."));
+    QCOMPARE(report->figure(QStringLiteral("Put back")), QStringLiteral("42"));
+    QVERIFY(withinScreen(rig.window()));
+    QCoreApplication::processEvents();
+    QVERIFY(withinScreen(rig.window()));
 }
 
 BREVANT_GUI_TEST(CleanupWindowTest);

@@ -236,6 +236,61 @@ TEST_F(ScanPipelineTest, ARegroupAndARescanCarryTheMarksStillAllowedOver) {
     EXPECT_TRUE(rescanned->session->isLocked(locked));
 }
 
+TEST_F(ScanPipelineTest, MovedCopiesLeaveTheResultsAndComeBackWhenPutBack) {
+    auto scanned = ScanPipeline().run(
+        reviewOf(library(), ScanMode::similar(SimilarityPreset::balanced)), CancellationFlag(), {});
+    ASSERT_TRUE(scanned.has_value());
+    ASSERT_EQ(scanned->session->markAllSuggested(), 9);
+    std::vector<std::string> marked(scanned->session->marks().begin(),
+                                    scanned->session->marks().end());
+    // Every mark moves but the last, which stays where it was.
+    CleanupReport report;
+    std::set<std::string> moved;
+    for (const auto& path : marked) {
+        bool stays = path == marked.back();
+        report.items.push_back({.removal = {.path = path},
+                                .outcome = stays ? ItemOutcome::skipped("Changed since the scan.")
+                                                 : ItemOutcome::movedToTrash(path + ".trashed")});
+        if (!stays) {
+            moved.insert(path);
+        }
+    }
+
+    ScanOutcome cleaned = ScanPipeline::afterCleanup(*scanned, report);
+    EXPECT_EQ(cleaned.away, moved);
+    std::set<std::string> left;
+    for (const auto& group : cleaned.groups) {
+        EXPECT_GE(group.members.size(), 2U);
+        for (const auto& member : group.members) {
+            left.insert(member.path);
+        }
+    }
+    for (const auto& path : moved) {
+        EXPECT_FALSE(left.contains(path)) << path;
+        EXPECT_EQ(cleaned.session->group(path), nullptr) << path;
+    }
+    EXPECT_EQ(cleaned.groups, cleaned.session->groups());
+    // What stayed keeps its mark; nothing else is marked, and marking every
+    // suggestion again finds nothing that moved.
+    EXPECT_EQ(cleaned.session->marks(), std::set<std::string>{marked.back()});
+    cleaned.session->markAllSuggested();
+    for (const auto& path : cleaned.session->marks()) {
+        EXPECT_FALSE(moved.contains(path)) << path;
+    }
+    // A regroup keeps them out; the same result and index are shared.
+    ScanOutcome regrouped = ScanPipeline::regroup(cleaned, SimilarityPreset::conservative);
+    for (const auto& group : regrouped.groups) {
+        for (const auto& member : group.members) {
+            EXPECT_FALSE(moved.contains(member.path)) << member.path;
+        }
+    }
+    EXPECT_EQ(cleaned.index, scanned->index);
+
+    ScanOutcome back = ScanPipeline::afterPutBack(cleaned, {moved.begin(), moved.end()});
+    EXPECT_TRUE(back.away.empty());
+    EXPECT_EQ(back.groups, scanned->groups);
+}
+
 TEST_F(ScanPipelineTest, AListingReadsNoFacesAndMakesNoSession) {
     Calls calls;
     ScanRequest request{.source = ScanSource::ofFolders({library().root()}),
