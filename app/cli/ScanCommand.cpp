@@ -118,7 +118,7 @@ std::string ScanCommand::report(const ScanResult& result, std::string_view home,
             text += fmt::format("  {}\n", shownPath(member.path, home));
         }
         // A Live Photo keeps its photo, however big its movie is.
-        freed += group.kind == MatchKind::liveMovie ? group.size : group.extraBytes();
+        freed += group.extraBytes();
     }
     int found = result.discovered - result.otherFiles;
     auto groups = static_cast<std::int64_t>(result.groups.size());

@@ -13,6 +13,14 @@ DuplicateGroup DuplicateGroup::make(std::string sha256, std::int64_t size,
 }
 
 std::int64_t DuplicateGroup::extraBytes() const {
+    // A Live Photo's still is its fixed keeper, however small it is next to the movie.
+    if (kind == MatchKind::liveMovie && !members.empty()) {
+        std::int64_t total = 0;
+        for (const auto& member : members) {
+            total += member.snapshot.size;
+        }
+        return total - members.front().snapshot.size;
+    }
     std::int64_t total = 0;
     std::int64_t largest = 0;
     for (const auto& member : members) {

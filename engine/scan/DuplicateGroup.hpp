@@ -26,7 +26,7 @@ struct DuplicateGroup {
                                              std::vector<PhotoAsset> members, MatchKind kind,
                                              std::optional<float> spread = std::nullopt);
 
-    // What removing all but the largest copy would free.
+    // What removing all but the largest copy would free (for a Live Photo: its movie).
     [[nodiscard]] std::int64_t extraBytes() const;
 
     friend bool operator==(const DuplicateGroup&, const DuplicateGroup&) = default;

@@ -68,8 +68,9 @@ public:
     // copy of a near-identical pair to keep is the similar group's question.
     [[nodiscard]] std::vector<DuplicateGroup> series(double window, double relatedDistance) const;
 
-    // Members in ascending picture index; the id is the kind and the first
-    // member's path, unique because groups of one kind never share a member.
+    // Members in ascending picture index; the id is the kind, the first member's
+    // path and a digest of every member's path, size and modification time, so
+    // it stays the same across rescans only while the members are unchanged.
     [[nodiscard]] DuplicateGroup makeGroup(std::vector<int> members, MatchKind kind,
                                            float spread) const;
 

@@ -149,10 +149,11 @@ TEST(JournalReconcile, AnItemFoundInATrashFolderByIdentityWasMovedThere) {
 
 TEST(JournalReconcile, AnItemNeitherInPlaceNorInTheTrashIsUnknown) {
     Interrupted run;
-    // b is gone; c's name now holds another file, which is not c.
+    // b is gone; c's name now holds another file, which is not c. The new file
+    // is made before c goes, so it cannot be given c's freed inode number.
     std::filesystem::remove(run.b);
-    std::filesystem::remove(run.c);
-    run.tree.file("photos/c.jpg", "new");
+    std::string other = run.tree.file("photos/other.jpg", "new");
+    std::filesystem::rename(other, run.c);
     std::string path =
         run.journal({Entry::ofIntent(run.b, fixedDate(1)), Entry::ofIntent(run.c, fixedDate(2)),
                      Entry::ofNote(run.c, "a note", fixedDate(3))});

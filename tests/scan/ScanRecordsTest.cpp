@@ -135,6 +135,10 @@ TEST(DuplicateGroup, ExtraBytesAndMatched) {
                                       MatchKind::identical);
     EXPECT_EQ(group.extraBytes(), 20);
     EXPECT_EQ(DuplicateGroup{}.extraBytes(), 0);
+    // The movie is what a Live Photo frees, even when it is bigger than the still.
+    auto live = DuplicateGroup::make(
+        "", 900, {asset("/p/IMG_1.HEIC", 300), asset("/p/IMG_1.MOV", 900)}, MatchKind::liveMovie);
+    EXPECT_EQ(live.extraBytes(), 900);
     auto result = ScanResult::make({"/p"}, {group, group});
     EXPECT_EQ(result.matched(), 6);
     EXPECT_EQ(result.discovered, 0);
