@@ -10,6 +10,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
 #include <fmt/format.h>
 #include <map>
@@ -92,12 +93,18 @@ public:
     }
 
 private:
-    void file(std::string_view relative, std::string_view bytes) const {
-        tree_.file("photos/" + std::string(relative), bytes);
+    // Each copy a second after the one before: a coarse file-system clock can
+    // give copies written in one tick the same time, and then the names
+    // would choose the keeper instead of the age the test expects.
+    void file(std::string_view relative, std::string_view bytes) {
+        std::string path = tree_.file("photos/" + std::string(relative), bytes);
+        fs::last_write_time(path, firstWritten_ + std::chrono::seconds(written_++));
     }
 
     TempTree tree_;
     testing::ScopedEnvironment dataHome_;
+    fs::file_time_type firstWritten_ = fs::file_time_type::clock::now() - std::chrono::hours(24);
+    int written_ = 0;
 };
 
 std::string shellWord(const std::string& path) {
