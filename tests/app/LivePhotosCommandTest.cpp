@@ -11,10 +11,27 @@
 
 #include <filesystem>
 #include <fmt/format.h>
-#include <regex>
+#include <string>
+#include <string_view>
 
 namespace brevant::cli {
 namespace {
+
+// The journal the run's "brevant restore ID --all" line names; empty when
+// the output has no such line.
+std::string restoreId(const std::string& out) {
+    constexpr std::string_view kCommand = "brevant restore ";
+    std::size_t start = out.find(kCommand);
+    if (start == std::string::npos) {
+        return {};
+    }
+    start += kCommand.size();
+    std::size_t end = out.find(" --all", start);
+    if (end == std::string::npos) {
+        return {};
+    }
+    return out.substr(start, end - start);
+}
 
 using ::testing::HasSubstr;
 using ::testing::Not;
@@ -99,10 +116,9 @@ TEST(LivePhotosCommand, CleanMovesTheMovieToTheTrashAndRestoreBringsItBack) {
         EXPECT_THAT(testing::trashList(), HasSubstr(" " + album.pair().movie + "\n"));
     }
 
-    std::smatch found;
-    ASSERT_TRUE(std::regex_search(run.out, found, std::regex("brevant restore (\\S+) --all")))
-        << run.out;
-    Outcome restore = album.brevant(fmt::format("restore {} --all", found[1].str()));
+    std::string id = restoreId(run.out);
+    ASSERT_FALSE(id.empty()) << run.out;
+    Outcome restore = album.brevant(fmt::format("restore {} --all", id));
     ASSERT_EQ(restore.status, ExitStatus::kSuccess) << restore.out << restore.err;
     EXPECT_EQ(testing::readFile(album.pair().movie), album.movieBytes());
     EXPECT_FALSE(fs::exists(album.trashInfo("IMG_0001.MOV")));
@@ -137,10 +153,9 @@ TEST(LivePhotosCommand, CompressMakesMotionPhotosStillsAndPutsTheOriginalBack) {
     EXPECT_EQ(testing::readFile(album.trashed("PXL_0001.jpg")), bytes);
     EXPECT_TRUE(fs::exists(album.trashInfo("PXL_0001.jpg")));
 
-    std::smatch found;
-    ASSERT_TRUE(std::regex_search(run.out, found, std::regex("brevant restore (\\S+) --all")))
-        << run.out;
-    Outcome restore = album.brevant(fmt::format("restore {} --all", found[1].str()));
+    std::string id = restoreId(run.out);
+    ASSERT_FALSE(id.empty()) << run.out;
+    Outcome restore = album.brevant(fmt::format("restore {} --all", id));
     ASSERT_EQ(restore.status, ExitStatus::kSuccess) << restore.out << restore.err;
     EXPECT_EQ(testing::readFile(photo), bytes);
     EXPECT_FALSE(fs::exists(still));
