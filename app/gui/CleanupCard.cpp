@@ -106,6 +106,9 @@ void CleanupCard::showPlan() {
     groups_->setHeaderLabels({tr("Copy"), tr("Picture"), tr("Folder"), tr("Size")});
     groups_->setRootIsDecorated(false);
     groups_->setItemsExpandable(false);
+    // Every row is made before the tree takes them: spanning a row of a tree
+    // lays the whole tree out again, which over many groups took minutes.
+    QList<QTreeWidgetItem*> rows;
     int number = 0;
     for (const auto& removals : byGroup(plan)) {
         const PlannedRemoval& first = *removals.front();
@@ -115,22 +118,25 @@ void CleanupCard::showPlan() {
             groupBytes += removal->snapshot.size;
         }
         auto* group = new QTreeWidgetItem(
-            groups_,
             {tr("Group %1 · %2 · keeps %3 · moves %4, %5")
                  .arg(++number)
                  .arg(OverviewScreen::kindTitle(kind))
                  .arg(static_cast<qsizetype>(first.keepers.size()))
                  .arg(countText(static_cast<std::int64_t>(removals.size()), "picture", "pictures"),
                       byteText(groupBytes))});
-        group->setFirstColumnSpanned(true);
         for (const auto& keeper : first.keepers) {
             copyRow(group, tr("Stays"), keeper.path, keeper.snapshot.size);
         }
         for (const PlannedRemoval* removal : removals) {
             copyRow(group, tr("Goes to Trash"), removal->path, removal->snapshot.size);
         }
+        rows.push_back(group);
     }
+    groups_->addTopLevelItems(rows);
     groups_->expandAll();
+    for (QTreeWidgetItem* group : std::as_const(rows)) {
+        group->setFirstColumnSpanned(true);
+    }
     groups_->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
     layout->addWidget(groups_, 1);
 

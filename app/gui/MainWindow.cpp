@@ -275,6 +275,7 @@ void MainWindow::showAbout() {
 }
 
 void MainWindow::showCatalogMarkingCard() {
+    review_->finishMarking();
     auto scope = model_.settings().scope;
     if (scope == CleanupSettings::Scope::folders || model_.session() == nullptr) {
         return;
@@ -402,6 +403,7 @@ CleanupCard* MainWindow::cleanupCard() const {
 }
 
 void MainWindow::showCleanupCard() {
+    review_->finishMarking();
     // Photos of a catalog are flagged in the catalog, never moved.
     if (model_.settings().scope != CleanupSettings::Scope::folders) {
         showCatalogMarkingCard();

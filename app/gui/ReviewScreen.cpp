@@ -8,6 +8,7 @@
 #include "app/gui/ReviewTexts.hpp"
 #include "app/gui/SceneZoom.hpp"
 #include "app/gui/ScreenParts.hpp"
+#include "app/gui/SuggestedMarking.hpp"
 #include "app/gui/ThumbnailLoader.hpp"
 #include "engine/platform/LocaleDate.hpp"
 #include "engine/review/CopyLabels.hpp"
@@ -66,6 +67,7 @@ ReviewScreen::ReviewScreen(PhotoCleanupModel& model, QWidget* parent)
     , total_(parts::label({}, "section", this))
     , notice_(parts::label({}, "muted", this))
     , markAll_(new QPushButton(text(texts::kMarkAllSuggested), this))
+    , marking_(new SuggestedMarking(this))
     , back_(new QPushButton(text(texts::kBackToOverview), this))
     // A button reads "&" as the mark of its access key.
     , cleanup_(parts::accentButton(
@@ -180,6 +182,8 @@ ReviewScreen::ReviewScreen(PhotoCleanupModel& model, QWidget* parent)
     connect(compare_, &CompareView::menuRequested, this, &ReviewScreen::showMenu);
     connect(inspector_, &Inspector::openFolderRequested, this, &ReviewScreen::openFolder);
     connect(markAll_, &QPushButton::clicked, this, [this] { run(Command::markAllSuggested); });
+    connect(marking_, &SuggestedMarking::progressed, this, &ReviewScreen::markingProgressed);
+    connect(marking_, &SuggestedMarking::finished, this, &ReviewScreen::markingFinished);
     connect(back_, &QPushButton::clicked, this, &ReviewScreen::overviewRequested);
     connect(cleanup_, &QPushButton::clicked, this, &ReviewScreen::cleanupRequested);
     connect(&model_, &PhotoCleanupModel::resultChanged, this, &ReviewScreen::resultChanged);
@@ -307,6 +311,8 @@ void ReviewScreen::resultChanged() {
     if (const PhotoAsset* asset = compare_->currentAsset()) {
         place = asset->path;
     }
+    // Marks asked of the old groups have no place among the new ones.
+    markingStopped();
     session_ = session;
     currentGroup_ = -1;
     groups_->setSession(session);
@@ -466,11 +472,11 @@ void ReviewScreen::markIn(Command command) {
     }
     compare_->clearRefusals();
     if (command == Command::markAllSuggested) {
-        int marked = session->markAllSuggested();
-        setNotice(marked == 0
-                      ? qtText(ReviewSession::kNothingMoreToMark)
-                      : tr("Marked %1.").arg(countText(marked, "more copy", "more copies")));
-        marksChanged();
+        if (!marking_->isRunning()) {
+            markAll_->setEnabled(false);
+            actions_.at(Command::markAllSuggested)->setEnabled(false);
+            marking_->start(session_);
+        }
         return;
     }
     const DuplicateGroup* group = shownGroup();
@@ -487,6 +493,31 @@ void ReviewScreen::markIn(Command command) {
         setNotice({});
     }
     marksChanged();
+}
+
+void ReviewScreen::finishMarking() {
+    marking_->finish();
+}
+
+void ReviewScreen::markingProgressed(std::size_t groupsDone, std::size_t groups) {
+    QLocale locale;
+    setNotice(tr("Marking the suggested copies… %1 of %2 groups")
+                  .arg(locale.toString(static_cast<qulonglong>(groupsDone)),
+                       locale.toString(static_cast<qulonglong>(groups))));
+    updateTotal();
+}
+
+void ReviewScreen::markingFinished(int marked) {
+    markingStopped();
+    setNotice(marked == 0 ? qtText(ReviewSession::kNothingMoreToMark)
+                          : tr("Marked %1.").arg(countText(marked, "more copy", "more copies")));
+    marksChanged();
+}
+
+void ReviewScreen::markingStopped() {
+    marking_->stop();
+    markAll_->setEnabled(true);
+    actions_.at(Command::markAllSuggested)->setEnabled(true);
 }
 
 void ReviewScreen::marksChanged() {
@@ -589,14 +620,7 @@ void ReviewScreen::updateTotal() {
         total_->setText(text(texts::kNothingMarked));
         return;
     }
-    // Each marked path once, as markedBytes counts them, without copying
-    // every marked copy out of the session after each mark.
-    std::int64_t bytes = 0;
-    for (const auto& path : session->marks()) {
-        if (const PhotoAsset* asset = session->asset(path)) {
-            bytes += asset->size();
-        }
-    }
+    std::int64_t bytes = session->markedBytes();
     total_->setText(tr("%1 marked · %2")
                         .arg(countText(static_cast<std::int64_t>(marked), "picture", "pictures"),
                              byteText(bytes)));

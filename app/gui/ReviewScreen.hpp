@@ -5,6 +5,7 @@
 #include <QWidget>
 
 #include <array>
+#include <cstddef>
 #include <map>
 #include <memory>
 #include <optional>
@@ -25,6 +26,7 @@ class CompareView;
 class GroupListModel;
 class Inspector;
 class PhotoCleanupModel;
+class SuggestedMarking;
 class ThumbnailLoader;
 
 // Where the user decides, group after group, which copies go: the group
@@ -110,6 +112,10 @@ public:
     // Shows the group (a session index), bringing its row into the list.
     void showGroup(int groupIndex);
 
+    // Marks at once what "Mark Suggested Copies in Every Group" still has
+    // to mark, so that a cleanup started meanwhile sees every mark.
+    void finishMarking();
+
 Q_SIGNALS:
     // The user wants to go on to the cleanup of what is marked.
     void cleanupRequested();
@@ -129,6 +135,9 @@ private:
     void markCurrent(Command command);
     void markIn(Command command);
     void marksChanged();
+    void markingProgressed(std::size_t groupsDone, std::size_t groups);
+    void markingFinished(int marked);
+    void markingStopped();
     void refresh();
     void updateFacts();
     void updateInspector();
@@ -156,6 +165,7 @@ private:
     QLabel* total_;
     QLabel* notice_;
     QPushButton* markAll_;
+    SuggestedMarking* marking_;
     QPushButton* back_;
     QPushButton* cleanup_;
     std::map<Command, QAction*> actions_;

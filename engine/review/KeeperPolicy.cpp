@@ -456,7 +456,11 @@ std::vector<PhotoAsset> KeeperPolicy::ranked(const DuplicateGroup& group, const 
 
 std::optional<KeeperPolicy::Suggestion> KeeperPolicy::suggestion(const DuplicateGroup& group,
                                                                  const Context& context) {
-    std::vector<Rule> rules = KeeperPolicy::rules(context);
+    return suggestion(group, rules(context));
+}
+
+std::optional<KeeperPolicy::Suggestion> KeeperPolicy::suggestion(const DuplicateGroup& group,
+                                                                 const std::vector<Rule>& rules) {
     Ranking ranking = rankingOf(rules, group);
     if (ranking.order.empty()) {
         return std::nullopt;

@@ -37,7 +37,11 @@ void ReviewSession::setSimilarity(std::optional<KeeperMeasures> similarity) {
 void ReviewSession::setProtectedRoots(std::set<std::string> roots) {
     protectedRoots_ = std::move(roots);
     std::erase_if(marks_, [this](const std::string& path) {
-        return folder_paths::innermost(protectedRoots_, path).has_value();
+        if (!folder_paths::innermost(protectedRoots_, path)) {
+            return false;
+        }
+        markedBytes_ -= sizeOf(path);
+        return true;
     });
 }
 
@@ -119,12 +123,21 @@ std::expected<void, MarkRefusal> ReviewSession::mark(const std::string& path) {
     if (auto refused = refusal(path)) {
         return std::unexpected(std::move(*refused));
     }
-    marks_.insert(path);
+    if (marks_.insert(path).second) {
+        markedBytes_ += sizeOf(path);
+    }
     return {};
 }
 
 void ReviewSession::unmark(const std::string& path) {
-    marks_.erase(path);
+    if (marks_.erase(path) > 0) {
+        markedBytes_ -= sizeOf(path);
+    }
+}
+
+std::int64_t ReviewSession::sizeOf(const std::string& path) const {
+    const PhotoAsset* found = asset(path);
+    return found != nullptr ? found->size() : 0;
 }
 
 std::expected<void, MarkRefusal> ReviewSession::toggle(const std::string& path) {
@@ -155,12 +168,12 @@ std::expected<void, MarkRefusal> ReviewSession::unlock(const std::string& path) 
 }
 
 int ReviewSession::markSuggested(const DuplicateGroup& group) {
-    return markSuggested(group, context());
+    return markSuggested(group, KeeperPolicy::rules(context()));
 }
 
 int ReviewSession::markSuggested(const DuplicateGroup& group,
-                                 const KeeperPolicy::Context& context) {
-    auto suggestion = KeeperPolicy::suggestion(group, context);
+                                 const std::vector<KeeperPolicy::Rule>& rules) {
+    auto suggestion = KeeperPolicy::suggestion(group, rules);
     if (!suggestion) {
         return 0;
     }
@@ -176,13 +189,18 @@ int ReviewSession::markSuggested(const DuplicateGroup& group,
     return marked;
 }
 
-int ReviewSession::markAllSuggested() {
-    KeeperPolicy::Context shared = context();
+int ReviewSession::markSuggestedIn(std::size_t first, std::size_t last) {
+    auto rules = KeeperPolicy::rules(context());
+    last = std::min(last, groups_.size());
     int marked = 0;
-    for (const auto& group : groups_) {
-        marked += markSuggested(group, shared);
+    for (std::size_t g = first; g < last; ++g) {
+        marked += markSuggested(groups_[g], rules);
     }
     return marked;
+}
+
+int ReviewSession::markAllSuggested() {
+    return markSuggestedIn(0, groups_.size());
 }
 
 void ReviewSession::clearMarks(const DuplicateGroup& group) {
@@ -212,14 +230,6 @@ std::vector<PhotoAsset> ReviewSession::markedAssets() const {
         }
     }
     return marked;
-}
-
-std::int64_t ReviewSession::markedBytes() const {
-    std::int64_t total = 0;
-    for (const auto& marked : markedAssets()) {
-        total += marked.size();
-    }
-    return total;
 }
 
 } // namespace brevant

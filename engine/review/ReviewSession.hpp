@@ -94,6 +94,10 @@ public:
     // skipping those refused at that moment; answers how many were newly
     // marked.
     int markSuggested(const DuplicateGroup& group);
+    // The same for the groups from `first` up to (not including) `last`, in
+    // order; the window marks every group a slice at a time so that it
+    // never waits on a million of them at once.
+    int markSuggestedIn(std::size_t first, std::size_t last);
     // The same for every group in order; the total.
     int markAllSuggested();
     void clearMarks(const DuplicateGroup& group);
@@ -105,16 +109,21 @@ public:
 
     // In group order, then member order; each copy once.
     [[nodiscard]] std::vector<PhotoAsset> markedAssets() const;
-    [[nodiscard]] std::int64_t markedBytes() const;
+
+    [[nodiscard]] std::int64_t markedBytes() const { return markedBytes_; }
 
 private:
-    int markSuggested(const DuplicateGroup& group, const KeeperPolicy::Context& context);
+    int markSuggested(const DuplicateGroup& group, const std::vector<KeeperPolicy::Rule>& rules);
+    [[nodiscard]] std::int64_t sizeOf(const std::string& path) const;
     [[nodiscard]] bool isLastUnmarked(const std::string& path, std::size_t group) const;
 
     std::vector<DuplicateGroup> groups_;
     // Indices of the groups holding each path, in group order.
     std::unordered_map<std::string, std::vector<std::size_t>> groupsByPath_;
     std::set<std::string> marks_;
+    // Kept with every mark and unmark: the window shows it after each one,
+    // and adding up half a million marks each time was felt.
+    std::int64_t markedBytes_ = 0;
     std::shared_ptr<LockStore> locks_;
     std::set<std::string> protectedRoots_;
     std::vector<std::string> inboxFolders_;

@@ -24,6 +24,7 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include <functional>
 #include <set>
 
 namespace brevant::gui::testing {
@@ -81,6 +82,20 @@ std::vector<DuplicateGroup> generatedGroups(const std::string& root) {
     };
 }
 
+// Two copies of each of many pictures, the older one kept.
+std::vector<DuplicateGroup> manyGroups(const std::string& root) {
+    std::vector<DuplicateGroup> groups;
+    for (int i = 0; i < 40'000; ++i) {
+        std::string name = std::to_string(i) + ".jpg";
+        PhotoAsset kept = testing::copy(root, "Photos/" + name, 2000);
+        PhotoAsset newer = testing::copy(root, "Backup/" + name, 2000);
+        newer.snapshot.modifiedSeconds += 60;
+        groups.push_back(
+            DuplicateGroup::make(std::to_string(i), 2000, {kept, newer}, MatchKind::identical));
+    }
+    return groups;
+}
+
 // A window whose scans give the generated groups, opened on the review.
 struct ReviewFixture {
     TempTree tree;
@@ -91,11 +106,12 @@ struct ReviewFixture {
     std::unique_ptr<MainWindow> window;
     ReviewScreen* review = nullptr;
 
-    ReviewFixture() {
+    explicit ReviewFixture(const std::function<std::vector<DuplicateGroup>(const std::string&)>&
+                               make = generatedGroups) {
         PhotoCleanupModel::Engine engine = PhotoCleanupModel::Engine::standard();
-        engine.scan = [groups = generatedGroups(library)](const std::vector<std::string>& folders,
-                                                          bool, const CancellationFlag&,
-                                                          const ExactMatcher::Progress&) {
+        engine.scan = [groups = make(library)](const std::vector<std::string>& folders, bool,
+                                               const CancellationFlag&,
+                                               const ExactMatcher::Progress&) {
             ScanResult result;
             result.roots = folders;
             result.groups = groups;
@@ -165,6 +181,7 @@ private Q_SLOTS:
     void filterShowsTheRightGroups();
     void keyboardMarkingFollowsTheRefusalRules();
     void markingSuggestedCopiesMarksWhatTheEngineSuggests();
+    void markingEveryGroupLeavesTheWindowFree();
     void zoomStaysInStepBetweenDifferentSizes();
     void presetChangeKeepsAllowedMarksAndThePlace();
     void listHandsOutRowsInBatchesInEachOrder();
@@ -317,6 +334,44 @@ void ReviewScreenTest::markingSuggestedCopiesMarksWhatTheEngineSuggests() {
     expected.erase(f.path("A/b.jpg"));
     expected.erase(f.path("A/c.jpg"));
     QCOMPARE(session->marks(), expected);
+}
+
+void ReviewScreenTest::markingEveryGroupLeavesTheWindowFree() {
+    ReviewFixture f(manyGroups);
+    QAction* markAll = f.review->action(ReviewScreen::Command::markAllSuggested);
+    markAll->trigger();
+    // Marking goes on between the window's events; meanwhile it says how far
+    // it is and cannot be asked for twice.
+    QVERIFY(!markAll->isEnabled());
+    QVERIFY(f.review->noticeText().startsWith(QStringLiteral("Marking the suggested copies… ")));
+    std::size_t first = f.model->session()->marks().size();
+    QVERIFY(first < 40'000);
+    QTRY_VERIFY_WITH_TIMEOUT(f.model->session()->marks().size() > first, 10'000);
+    QVERIFY(!f.model->session()->isMarked(f.path("Photos/7.jpg")));
+
+    // Going on to the cleanup meanwhile marks the rest first: the card shows
+    // every mark asked for.
+    f.window->showCleanupCard();
+    QCOMPARE(f.model->session()->marks().size(), std::size_t{40'000});
+    QVERIFY(f.model->session()->isMarked(f.path("Backup/39999.jpg")));
+    QVERIFY(markAll->isEnabled());
+    QCOMPARE(f.review->noticeText(),
+             QStringLiteral("Marked %1 more copies.").arg(QLocale().toString(40'000)));
+    QCOMPARE(f.review->totalText(), QStringLiteral("%1 pictures marked · %2")
+                                        .arg(QLocale().toString(40'000), byteText(80'000'000)));
+    auto* card = f.window->findChild<QDialog*>();
+    QVERIFY(card != nullptr);
+    card->reject();
+
+    // Left alone, it ends by itself with the same marks.
+    for (const auto& group : f.model->session()->groups()) {
+        f.model->session()->clearMarks(group);
+    }
+    markAll->trigger();
+    QTRY_VERIFY_WITH_TIMEOUT(markAll->isEnabled(), 60'000);
+    QCOMPARE(f.model->session()->marks().size(), std::size_t{40'000});
+    QCOMPARE(f.review->noticeText(),
+             QStringLiteral("Marked %1 more copies.").arg(QLocale().toString(40'000)));
 }
 
 void ReviewScreenTest::zoomStaysInStepBetweenDifferentSizes() {

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <fmt/format.h>
+
 namespace brevant {
 namespace {
 
@@ -182,6 +184,46 @@ TEST(ReviewSession, MarkingTheSuggestedCopies) {
     EXPECT_FALSE(session.isMarked("/photos/sea/e.jpg"));
     EXPECT_TRUE(session.toggle("/photos/sea/e.jpg"));
     EXPECT_TRUE(session.isMarked("/photos/sea/e.jpg"));
+}
+
+TEST(ReviewSession, MarkingInSlicesMarksWhatMarkingAllDoesAndKeepsTheTotal) {
+    // Seven groups; the second one's copies are all in a protected folder.
+    std::vector<DuplicateGroup> groups;
+    for (int g = 0; g < 7; ++g) {
+        std::string folder = g == 1 ? "/kept/" : fmt::format("/photos/{}/", g);
+        PhotoAsset big = copyAt(folder + "big.jpg", 10 * g + 1);
+        big.snapshot.size = 5000;
+        groups.push_back(groupOf(
+            {copyAt(folder + "a.jpg", 10 * g + 2), big, copyAt(folder + "c.jpg", 10 * g + 3)}));
+    }
+    auto whole = sessionOf(groups, {"/kept"});
+    auto sliced = sessionOf(groups, {"/kept"});
+    whole.setPriorities({KeeperPolicy::Priority::largestFile});
+    sliced.setPriorities({KeeperPolicy::Priority::largestFile});
+    EXPECT_EQ(whole.markAllSuggested(), 12);
+    EXPECT_EQ(sliced.markSuggestedIn(0, 3) + sliced.markSuggestedIn(3, 3) +
+                  sliced.markSuggestedIn(3, 5) + sliced.markSuggestedIn(5, 100),
+              12);
+    EXPECT_EQ(sliced.marks(), whole.marks());
+    EXPECT_FALSE(sliced.isMarked("/photos/0/big.jpg"));
+    EXPECT_FALSE(sliced.isMarked("/kept/a.jpg"));
+
+    // The total follows every way a mark comes and goes.
+    EXPECT_EQ(sliced.markedBytes(), 12 * 1000);
+    sliced.unmark("/photos/0/a.jpg");
+    sliced.unmark("/photos/0/a.jpg");
+    EXPECT_EQ(sliced.markedBytes(), 11 * 1000);
+    ASSERT_TRUE(sliced.toggle("/photos/0/big.jpg"));
+    EXPECT_EQ(sliced.markedBytes(), 11 * 1000 + 5000);
+    ASSERT_TRUE(sliced.lock("/photos/0/big.jpg"));
+    EXPECT_EQ(sliced.markedBytes(), 11 * 1000);
+    sliced.setProtectedRoots({"/kept", "/photos/2"});
+    EXPECT_EQ(sliced.markedBytes(), 9 * 1000);
+    std::int64_t counted = 0;
+    for (const auto& marked : sliced.markedAssets()) {
+        counted += marked.size();
+    }
+    EXPECT_EQ(sliced.markedBytes(), counted);
 }
 
 TEST(ReviewSession, ACopyInTwoGroupsKeepsACopyInEach) {
