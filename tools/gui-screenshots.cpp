@@ -272,11 +272,7 @@ brevant::gui::CatalogMarkingCard* openCard(Scope scope, const std::string& catal
     model.setScope(scope);
     model.setMode(Mode::identical);
     std::string folder = std::filesystem::path(catalog).parent_path().string();
-    if (scope == Scope::lightroom) {
-        model.setLightroomCatalog(catalog, folder);
-    } else {
-        model.setCaptureOneCatalog(catalog, folder);
-    }
+    model.setCatalog(*scope.catalog, catalog, folder);
     if (!model.startScan() || !waitUntil([&] { return model.phase() != Phase::scanning; }) ||
         model.session() == nullptr) {
         return nullptr;
@@ -323,8 +319,8 @@ bool shootUntestedCatalog(const QString& label, const Catalogs& catalogs, PhotoC
             version, pick));
     };
     setState("1504002", "-1.0");
-    brevant::gui::CatalogMarkingCard* card =
-        openCard(Scope::lightroom, catalogs.lightroom, model, window);
+    brevant::gui::CatalogMarkingCard* card = openCard(
+        Scope::of(brevant::CatalogApplication::lightroom), catalogs.lightroom, model, window);
     bool ok = card != nullptr;
     if (ok) {
         card->hide();
@@ -345,8 +341,8 @@ bool shootCatalogMarking(const QString& label, const Catalogs& catalogs, PhotoCl
     if (!shootUntestedCatalog(label, catalogs, model, window, shooter)) {
         return false;
     }
-    brevant::gui::CatalogMarkingCard* card =
-        openCard(Scope::lightroom, catalogs.lightroom, model, window);
+    brevant::gui::CatalogMarkingCard* card = openCard(
+        Scope::of(brevant::CatalogApplication::lightroom), catalogs.lightroom, model, window);
     if (card == nullptr) {
         return false;
     }
@@ -368,7 +364,8 @@ bool shootCatalogMarking(const QString& label, const Catalogs& catalogs, PhotoCl
     shooter.take(*card, label, QStringLiteral("catalog-card-marked"));
     card->close();
 
-    card = openCard(Scope::captureOne, catalogs.captureOne, model, window);
+    card = openCard(Scope::of(brevant::CatalogApplication::captureOne), catalogs.captureOne, model,
+                    window);
     if (card == nullptr || !confirmed(card)) {
         return false;
     }
@@ -551,13 +548,13 @@ bool shootSkin(const QString& skin, const QString& label, const QString& photos,
     }
 
     // The Lightroom Classic page, over a folder without a catalog.
-    model.setScope(Scope::lightroom);
-    window.home()->scopeButton(Scope::lightroom)->setChecked(true);
+    model.setScope(Scope::of(brevant::CatalogApplication::lightroom));
+    window.home()->scopeButton(Scope::of(brevant::CatalogApplication::lightroom))->setChecked(true);
     bool searched = false;
     QObject search;
     QObject::connect(&model, &PhotoCleanupModel::catalogChanged, &search,
                      [&searched](Scope) { searched = true; });
-    model.findCatalog(Scope::lightroom,
+    model.findCatalog(Scope::of(brevant::CatalogApplication::lightroom),
                       QFile::encodeName(QDir::tempPath()).toStdString() + "/no-catalog-here");
     if (!waitUntil([&] { return searched; })) {
         return false;

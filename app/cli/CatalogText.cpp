@@ -2,43 +2,11 @@
 
 #include "app/cli/ExitStatus.hpp"
 #include "app/cli/Terminal.hpp"
-#include "engine/catalogs/CaptureOneCatalog.hpp"
 
 #include <filesystem>
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 
 namespace brevant::cli::catalog_text {
-
-namespace {
-
-std::string captureOneWork(const CaptureOneRef& ref) {
-    std::vector<std::string> phrases;
-    if (ref.isEdited) {
-        phrases.emplace_back("edited");
-    }
-    if (ref.variants > 1) {
-        phrases.push_back(fmt::format("{} variants", ref.variants));
-    }
-    if (ref.rating > 0) {
-        phrases.push_back(ref.rating == 1 ? "1 star" : fmt::format("{} stars", ref.rating));
-    }
-    for (int tag : ref.colorTags) {
-        if (auto color = CaptureOneCatalog::colorName(tag); color && !color->empty()) {
-            phrases.push_back(fmt::format("tagged {}", *color));
-        }
-    }
-    if (ref.albums > 0) {
-        phrases.push_back(ref.albums == 1 ? "in an album"
-                                          : fmt::format("in {} albums", ref.albums));
-    }
-    if (ref.keywords > 0) {
-        phrases.emplace_back("has keywords");
-    }
-    return fmt::format("{}", fmt::join(phrases, ", "));
-}
-
-} // namespace
 
 const char* plural(std::size_t count, const char* one, const char* many) {
     return count == 1 ? one : many;
@@ -60,13 +28,7 @@ int failed(const Environment& environment, std::string_view message) {
 }
 
 std::string work(const PhotoAsset& asset) {
-    if (asset.lightroom) {
-        return asset.lightroom->workSummary();
-    }
-    if (asset.captureOne) {
-        return captureOneWork(*asset.captureOne);
-    }
-    return {};
+    return asset.catalog ? asset.catalog->workDetails() : std::string();
 }
 
 std::string memberLine(const PhotoAsset& member, std::string_view home) {

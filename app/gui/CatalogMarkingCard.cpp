@@ -47,8 +47,8 @@ QString keptPaths(const PlannedRemoval& removal) {
 }
 
 QString intro(Scope scope) {
-    auto refusal = scope == Scope::captureOne ? ExecutionRefusal::captureOnePhotos()
-                                              : ExecutionRefusal::lightroomPhotos();
+    auto refusal = ExecutionRefusal::catalogPhotos(
+        applicationOf(scope).value_or(CatalogSource::Application::lightroom));
     return qtText(refusal.message());
 }
 

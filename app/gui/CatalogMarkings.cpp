@@ -22,25 +22,11 @@ const CatalogKindTexts& textsOf(Scope scope) {
 } // namespace
 
 std::optional<CatalogSource::Application> applicationOf(Scope scope) {
-    switch (scope) {
-    case Scope::folders:
-        return std::nullopt;
-    case Scope::lightroom:
-        return CatalogSource::Application::lightroom;
-    case Scope::captureOne:
-        return CatalogSource::Application::captureOne;
-    }
-    return std::nullopt;
+    return scope.catalog;
 }
 
 Scope scopeOf(CatalogSource::Application application) {
-    switch (application) {
-    case CatalogSource::Application::lightroom:
-        return Scope::lightroom;
-    case CatalogSource::Application::captureOne:
-        return Scope::captureOne;
-    }
-    return Scope::lightroom;
+    return Scope::of(application);
 }
 
 Scope CatalogMarking::scope() const {

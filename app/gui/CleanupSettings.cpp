@@ -1,10 +1,12 @@
 #include "CleanupSettings.hpp"
 
+#include "engine/catalogs/CatalogKindTexts.hpp"
 #include "engine/support/PathText.hpp"
 
 #include <QSettings>
 #include <QStringList>
 
+#include <fmt/format.h>
 #include <ostream>
 
 namespace brevant::gui {
@@ -71,10 +73,15 @@ CleanupSettings CleanupSettings::load(const QSettings& store, const std::string&
     settings.preset = readCase(store, keys::kPreset, settings.preset);
     settings.scope = readCase(store, keys::kScope, settings.scope);
     settings.mode = readCase(store, keys::kMode, settings.mode);
-    settings.lightroomCatalog = readPath(store, keys::kLightroomCatalog);
-    settings.captureOneCatalog = readPath(store, keys::kCaptureOneCatalog);
-    settings.lightroomFolders = readPaths(store, keys::kLightroomFolders);
-    settings.captureOneFolders = readPaths(store, keys::kCaptureOneFolders);
+    for (auto application : EnumCases<CatalogApplication>::kAll) {
+        if (auto catalog = readPath(store, keys::catalogKey(application)); !catalog.empty()) {
+            settings.catalogs[application] = catalog;
+        }
+        if (auto folders = readPaths(store, keys::catalogFoldersKey(application));
+            !folders.empty()) {
+            settings.catalogFolders[application] = folders;
+        }
+    }
     std::string skin = store.value(key(keys::kSkin)).toString().toStdString();
     if (!skin.empty()) {
         settings.skin = skin;
@@ -96,25 +103,36 @@ void CleanupSettings::save(QSettings& store) const {
     store.setValue(key(keys::kPreset), text(rawValue(preset)));
     store.setValue(key(keys::kScope), text(rawValue(scope)));
     store.setValue(key(keys::kMode), text(rawValue(mode)));
-    store.setValue(key(keys::kLightroomCatalog), text(path_text::encode(lightroomCatalog)));
-    store.setValue(key(keys::kCaptureOneCatalog), text(path_text::encode(captureOneCatalog)));
-    writePaths(store, keys::kLightroomFolders, lightroomFolders);
-    writePaths(store, keys::kCaptureOneFolders, captureOneFolders);
+    for (auto application : EnumCases<CatalogApplication>::kAll) {
+        auto catalog = catalogs.find(application);
+        auto folders = catalogFolders.find(application);
+        store.setValue(
+            key(keys::catalogKey(application)),
+            text(path_text::encode(catalog == catalogs.end() ? std::string() : catalog->second)));
+        writePaths(store, keys::catalogFoldersKey(application),
+                   folders == catalogFolders.end() ? std::vector<std::string>() : folders->second);
+    }
     store.setValue(key(keys::kSkin), text(skin));
     store.sync();
 }
 
+namespace settings_keys {
+
+std::string catalogKey(CatalogApplication application) {
+    return fmt::format("photoCleanup.{}Catalog", CatalogKindTexts::of(application).settingsKey);
+}
+
+std::string catalogFoldersKey(CatalogApplication application) {
+    return fmt::format("photoCleanup.{}Folders", CatalogKindTexts::of(application).settingsKey);
+}
+
+} // namespace settings_keys
+
 std::string_view rawValue(CleanupSettings::Scope scope) {
-    using Scope = CleanupSettings::Scope;
-    switch (scope) {
-    case Scope::folders:
+    if (!scope.catalog) {
         return "folders";
-    case Scope::lightroom:
-        return "lightroom";
-    case Scope::captureOne:
-        return "captureOne";
     }
-    return "folders";
+    return CatalogKindTexts::of(*scope.catalog).settingsKey;
 }
 
 void PrintTo(CleanupSettings::Scope scope, std::ostream* os) {

@@ -2,10 +2,16 @@
 
 #include "engine/review/KeeperPolicy.hpp"
 #include "engine/review/ScanMode.hpp"
+#include "engine/scan/CatalogApplication.hpp"
 #include "engine/similarity/SimilarityPreset.hpp"
 #include "engine/support/RawValue.hpp"
 
+#include <array>
+#include <compare>
+#include <cstddef>
 #include <iosfwd>
+#include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -18,12 +24,26 @@ namespace brevant::gui {
 // Paths are held as the file system's bytes and stored in their PathText
 // form, so folder names that are not UTF-8 come back byte for byte.
 struct CleanupSettings {
-    // Where a scan looks. A Photos library does not exist on Linux, so a
-    // stored "photosLibrary" reads back as folders.
-    enum class Scope {
-        folders,
-        lightroom,
-        captureOne,
+    // Where a scan looks: folders, or the catalog of one kind. A Photos
+    // library does not exist on Linux, so a stored "photosLibrary" reads
+    // back as folders.
+    struct Scope {
+        std::optional<CatalogApplication> catalog;
+
+        static const Scope folders;
+
+        [[nodiscard]] static constexpr Scope of(CatalogApplication application) {
+            return Scope{application};
+        }
+
+        // The id of its button: 0 for folders, then the kinds in order.
+        [[nodiscard]] int id() const { return catalog ? static_cast<int>(*catalog) + 1 : 0; }
+
+        [[nodiscard]] static Scope fromID(int id) {
+            return id <= 0 ? Scope{} : Scope{static_cast<CatalogApplication>(id - 1)};
+        }
+
+        friend auto operator<=>(const Scope&, const Scope&) = default;
     };
 
     // What a scan looks for.
@@ -39,10 +59,10 @@ struct CleanupSettings {
     SimilarityPreset preset = SimilarityPreset::balanced;
     Scope scope = Scope::folders;
     Mode mode = Mode::identical;
-    std::string lightroomCatalog;
-    std::string captureOneCatalog;
-    std::vector<std::string> lightroomFolders;
-    std::vector<std::string> captureOneFolders;
+    // The chosen catalog of each kind, and the folders it was looked for
+    // in, the latest first; a kind without one is absent.
+    std::map<CatalogApplication, std::string> catalogs;
+    std::map<CatalogApplication, std::vector<std::string>> catalogFolders;
     std::string skin = "classic";
 
     // Absent or unreadable values take their defaults: no folders, the
@@ -65,12 +85,12 @@ inline constexpr std::string_view kPrioritiesRevision = "photoCleanup.priorities
 inline constexpr std::string_view kPreset = "photoCleanup.preset";
 inline constexpr std::string_view kScope = "photoCleanup.scope";
 inline constexpr std::string_view kMode = "photoCleanup.mode";
-inline constexpr std::string_view kLightroomCatalog = "photoCleanup.lightroomCatalog";
-inline constexpr std::string_view kCaptureOneCatalog = "photoCleanup.captureOneCatalog";
-inline constexpr std::string_view kLightroomFolders = "photoCleanup.lightroomFolders";
-inline constexpr std::string_view kCaptureOneFolders = "photoCleanup.captureOneFolders";
 inline constexpr std::string_view kSkin = "photoCleanup.skin";
 inline constexpr std::string_view kWindowGeometry = "photoCleanup.windowGeometry";
+// A kind's catalog and folders: "photoCleanup.lightroomCatalog",
+// "photoCleanup.lightroomFolders".
+[[nodiscard]] std::string catalogKey(CatalogApplication application);
+[[nodiscard]] std::string catalogFoldersKey(CatalogApplication application);
 } // namespace settings_keys
 
 [[nodiscard]] std::string_view rawValue(CleanupSettings::Scope scope);
@@ -80,9 +100,18 @@ void PrintTo(CleanupSettings::Scope scope, std::ostream* os);
 
 namespace brevant {
 
+inline constexpr gui::CleanupSettings::Scope gui::CleanupSettings::Scope::folders{};
+
 template <> struct EnumCases<gui::CleanupSettings::Scope> {
     using Scope = gui::CleanupSettings::Scope;
-    static constexpr std::array kAll{Scope::folders, Scope::lightroom, Scope::captureOne};
+    static constexpr auto kAll = [] {
+        constexpr auto kKinds = EnumCases<CatalogApplication>::kAll;
+        std::array<Scope, kKinds.size() + 1> all{};
+        for (std::size_t i = 0; i < kKinds.size(); ++i) {
+            all.at(i + 1) = Scope::of(kKinds.at(i));
+        }
+        return all;
+    }();
 };
 
 } // namespace brevant

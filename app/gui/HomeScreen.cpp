@@ -5,6 +5,7 @@
 #include "app/gui/QtText.hpp"
 #include "app/gui/ScreenParts.hpp"
 #include "app/gui/WindowTexts.hpp"
+#include "engine/catalogs/CatalogKindTexts.hpp"
 
 #include <QButtonGroup>
 #include <QFileDialog>
@@ -141,14 +142,13 @@ QWidget* HomeScreen::whereCard() {
 
     scopes_ = new QButtonGroup(card);
     auto* scopeRow = new QHBoxLayout;
-    const std::pair<Scope, QString> scopes[] = {
-        {Scope::folders, tr("Folders")},
-        {Scope::lightroom, tr("Lightroom Classic catalog")},
-        {Scope::captureOne, tr("Capture One catalog")},
-    };
-    for (const auto& [scope, title] : scopes) {
+    // Folders, then every kind of catalog in its order.
+    for (auto scope : EnumCases<Scope>::kAll) {
+        QString title =
+            scope.catalog ? tr("%1 catalog").arg(qtText(CatalogKindTexts::of(*scope.catalog).name))
+                          : tr("Folders");
         auto* button = new QRadioButton(title, card);
-        scopes_->addButton(button, static_cast<int>(scope));
+        scopes_->addButton(button, scope.id());
         scopeRow->addWidget(button);
     }
     scopeRow->addStretch();
@@ -159,14 +159,15 @@ QWidget* HomeScreen::whereCard() {
     sources_->setObjectName(QStringLiteral("sources"));
     scopePages_ = new QStackedWidget(card);
     scopePages_->addWidget(sources_);
-    scopePages_->addWidget(catalogPage(Scope::lightroom));
-    scopePages_->addWidget(catalogPage(Scope::captureOne));
+    for (auto application : EnumCases<CatalogApplication>::kAll) {
+        scopePages_->addWidget(catalogPage(Scope::of(application)));
+    }
     layout->addWidget(scopePages_);
 
     connect(sources_, &FolderList::foldersChanged, this,
             [this](const std::vector<std::string>& folders) { model_.setSources(folders); });
     connect(scopes_, &QButtonGroup::idClicked, this, [this](int id) {
-        auto scope = static_cast<Scope>(id);
+        auto scope = Scope::fromID(id);
         model_.setScope(scope);
         // The first time, look where the application keeps its catalogs.
         if (scope != Scope::folders && model_.catalog(scope).empty()) {
@@ -186,16 +187,12 @@ QWidget* HomeScreen::catalogPage(Scope scope) {
     shown.notice = parts::notice({}, page);
     shown.notice->hide();
     shown.choose = new QPushButton(tr("Choose Folder…"), page);
-    shown.choose->setToolTip(scope == Scope::lightroom
-                                 ? tr("Choose the folder the .lrcat catalog file is in")
-                                 : tr("Choose the folder the .cocatalog catalog is in"));
+    const auto& kind = CatalogKindTexts::of(*scope.catalog);
+    shown.choose->setToolTip(qtText(kind.chooseTip));
     layout->addWidget(shown.path);
     layout->addWidget(shown.notice);
     layout->addWidget(shown.choose, 0, Qt::AlignLeft);
-    layout->addWidget(parts::label(scope == Scope::lightroom
-                                       ? QLatin1String(texts::kLightroomReading)
-                                       : QLatin1String(texts::kCaptureOneReading),
-                                   "muted", page));
+    layout->addWidget(parts::label(qtText(kind.reading), "muted", page));
     layout->addStretch();
     connect(shown.choose, &QPushButton::clicked, this,
             [this, scope] { chooseCatalogFolder(scope); });
@@ -208,8 +205,8 @@ void HomeScreen::chooseCatalogFolder(Scope scope) {
                                    : QFileInfo(qtText(chosen)).absolutePath();
     QString folder = QFileDialog::getExistingDirectory(
         this,
-        scope == Scope::lightroom ? tr("Choose the Folder of the Lightroom Classic Catalog")
-                                  : tr("Choose the Folder of the Capture One Catalog"),
+        tr("Choose the Folder of the %1 Catalog")
+            .arg(qtText(CatalogKindTexts::of(*scope.catalog).name)),
         start);
     if (!folder.isEmpty()) {
         model_.findCatalog(scope, pathBytes(folder));
@@ -306,7 +303,7 @@ void HomeScreen::showSettings() {
         modeButton(settings.mode)->setChecked(true);
         presetButton(settings.preset)->setChecked(true);
     }
-    scopePages_->setCurrentIndex(static_cast<int>(settings.scope));
+    scopePages_->setCurrentIndex(settings.scope.id());
     bool similar = settings.mode == Mode::similar;
     for (auto* button : presets_->buttons()) {
         button->setEnabled(similar);
@@ -314,8 +311,9 @@ void HomeScreen::showSettings() {
     for (const auto& [preset, explanation] : presetExplanations_) {
         explanation->setEnabled(similar);
     }
-    showCatalog(Scope::lightroom);
-    showCatalog(Scope::captureOne);
+    for (auto application : EnumCases<CatalogApplication>::kAll) {
+        showCatalog(Scope::of(application));
+    }
     scan_->setEnabled(model_.canScan());
     compress_->setEnabled(model_.canScan() && settings.scope == Scope::folders);
     summary_->setText(summaryText());
@@ -342,7 +340,7 @@ QRadioButton* HomeScreen::presetButton(SimilarityPreset preset) const {
 }
 
 QRadioButton* HomeScreen::scopeButton(Scope scope) const {
-    return static_cast<QRadioButton*>(scopes_->button(static_cast<int>(scope)));
+    return static_cast<QRadioButton*>(scopes_->button(scope.id()));
 }
 
 QString HomeScreen::noticeText() const {

@@ -3,6 +3,7 @@
 #include "app/gui/QtText.hpp"
 #include "app/gui/ReviewTexts.hpp"
 #include "app/gui/ScreenParts.hpp"
+#include "engine/catalogs/CatalogKindTexts.hpp"
 #include "engine/platform/LocaleDate.hpp"
 #include "engine/scan/PhotoFormat.hpp"
 #include "engine/scan/Relationship.hpp"
@@ -51,14 +52,10 @@ QString relationshipText(const PhotoAsset& asset) {
 
 QString workText(const PhotoAsset& asset) {
     QStringList lines;
-    if (asset.lightroom) {
-        if (std::string work = asset.lightroom->workSummary(); !work.empty()) {
-            lines << QObject::tr("Lightroom Classic: %1").arg(qtText(work));
-        }
-    }
-    if (asset.captureOne) {
-        if (std::string work = asset.captureOne->workSummary(); !work.empty()) {
-            lines << QObject::tr("Capture One: %1").arg(qtText(work));
+    if (asset.catalog) {
+        if (std::string work = asset.catalog->workSummary(); !work.empty()) {
+            const auto& texts = CatalogKindTexts::of(asset.catalog->application());
+            lines << QObject::tr("%1: %2").arg(qtText(texts.name), qtText(work));
         }
     }
     return lines.join(QLatin1Char('\n'));

@@ -1,10 +1,8 @@
 #include "PhotoCleanupModel.hpp"
 
 #include "app/gui/QtText.hpp"
-#include "engine/catalogs/CaptureOneCatalog.hpp"
-#include "engine/catalogs/LightroomCatalog.hpp"
+#include "engine/catalogs/CatalogSource.hpp"
 #include "engine/platform/DataFolder.hpp"
-#include "engine/platform/ProcessInfo.hpp"
 
 #include <QSettings>
 
@@ -115,32 +113,22 @@ void PhotoCleanupModel::setSkin(const std::string& skin) {
     save();
 }
 
-void PhotoCleanupModel::setLightroomCatalog(const std::string& catalog, const std::string& folder) {
-    settings_.lightroomCatalog = catalog;
-    std::erase(settings_.lightroomFolders, folder);
-    settings_.lightroomFolders.insert(settings_.lightroomFolders.begin(), folder);
-    save();
-}
-
-void PhotoCleanupModel::setCaptureOneCatalog(const std::string& catalog,
-                                             const std::string& folder) {
-    settings_.captureOneCatalog = catalog;
-    std::erase(settings_.captureOneFolders, folder);
-    settings_.captureOneFolders.insert(settings_.captureOneFolders.begin(), folder);
+void PhotoCleanupModel::setCatalog(CatalogApplication application, const std::string& catalog,
+                                   const std::string& folder) {
+    settings_.catalogs[application] = catalog;
+    auto& folders = settings_.catalogFolders[application];
+    std::erase(folders, folder);
+    folders.insert(folders.begin(), folder);
     save();
 }
 
 const std::string& PhotoCleanupModel::catalog(Scope scope) const {
     static const std::string none;
-    switch (scope) {
-    case Scope::folders:
+    if (!scope.catalog) {
         return none;
-    case Scope::lightroom:
-        return settings_.lightroomCatalog;
-    case Scope::captureOne:
-        return settings_.captureOneCatalog;
     }
-    return none;
+    auto found = settings_.catalogs.find(*scope.catalog);
+    return found == settings_.catalogs.end() ? none : found->second;
 }
 
 const std::string& PhotoCleanupModel::catalogNotice(Scope scope) const {
@@ -150,38 +138,27 @@ const std::string& PhotoCleanupModel::catalogNotice(Scope scope) const {
 }
 
 std::string PhotoCleanupModel::defaultCatalogFolder(Scope scope) {
-    // Where LightroomCatalog::defaultCatalogs and CaptureOneCatalog's look.
-    switch (scope) {
-    case Scope::folders:
-        return {};
-    case Scope::lightroom:
-        return platform::homeFolder() + "/Pictures/Lightroom";
-    case Scope::captureOne:
-        return platform::homeFolder() + "/Pictures";
-    }
-    return {};
+    return scope.catalog ? CatalogSource::defaultFolder(*scope.catalog) : std::string();
 }
 
 void PhotoCleanupModel::findCatalog(Scope scope, const std::optional<std::string>& folder) {
-    if (scope == Scope::folders) {
+    if (!scope.catalog) {
         return;
     }
+    auto application = *scope.catalog;
     std::string searched = folder.value_or(defaultCatalogFolder(scope));
     int search = ++catalogSearches_[scope];
     worker_.run(
-        [scope, searched](const CancellationFlag&) {
-            return scope == Scope::lightroom ? LightroomCatalog::choose(searched)
-                                             : CaptureOneCatalog::choose(searched);
+        [application, searched](const CancellationFlag&) {
+            return CatalogSource::choose(application, searched);
         },
-        [this, scope, searched, search](const CatalogChoice& choice) {
+        [this, scope, application, searched, search](const CatalogChoice& choice) {
             if (search != catalogSearches_[scope]) {
                 return;
             }
             catalogNotices_[scope] = choice.notice.value_or(std::string());
-            if (choice.catalog && scope == Scope::lightroom) {
-                setLightroomCatalog(*choice.catalog, searched);
-            } else if (choice.catalog) {
-                setCaptureOneCatalog(*choice.catalog, searched);
+            if (choice.catalog) {
+                setCatalog(application, *choice.catalog, searched);
             }
             Q_EMIT catalogChanged(scope);
         });

@@ -104,8 +104,10 @@ public:
     // Regroups the current result when it was a similar scan; never measures.
     void setPreset(SimilarityPreset preset);
     void setSkin(const std::string& skin);
-    void setLightroomCatalog(const std::string& catalog, const std::string& folder);
-    void setCaptureOneCatalog(const std::string& catalog, const std::string& folder);
+    // Remembers the catalog of a kind, and the folder it was found in as
+    // the latest one looked in.
+    void setCatalog(CatalogApplication application, const std::string& catalog,
+                    const std::string& folder);
 
     // Looks for the catalog of a catalog scope in `folder`, or where the
     // catalog's application keeps it when none is given, on a worker. The

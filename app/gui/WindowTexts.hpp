@@ -26,12 +26,6 @@ inline constexpr const char* kLivePhotosExplanation =
     "The short movie beside each Live Photo; the photo is always kept as a still.";
 inline constexpr const char* kScanCancelled = "The scan was cancelled. Nothing was changed.";
 inline constexpr const char* kNoSources = "Add a folder to scan first.";
-inline constexpr const char* kLightroomReading =
-    "Brevant reads the catalog without changing it and compares the photo files it lists. "
-    "Lightroom Classic may stay open while it does.";
-inline constexpr const char* kCaptureOneReading =
-    "Brevant reads the catalog without changing it and compares the image files it lists. "
-    "Capture One may stay open while it does.";
 
 inline constexpr const char* kCancelling = "Cancelling…";
 inline constexpr const char* kCancellingDetail =

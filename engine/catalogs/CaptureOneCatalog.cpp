@@ -133,13 +133,6 @@ bool CaptureOneCatalog::isTestedVersion() const {
     return testedSchemaVersions().contains(schemaVersion);
 }
 
-std::optional<std::string_view> CaptureOneCatalog::colorName(int index) {
-    if (index < 1 || index >= static_cast<int>(kColorNames.size())) {
-        return std::nullopt;
-    }
-    return kColorNames[static_cast<std::size_t>(index)];
-}
-
 std::optional<std::string> CaptureOneCatalog::database(const std::string& package) {
     namespace fs = std::filesystem;
     std::error_code error;

@@ -57,9 +57,11 @@ struct CaptureOneCatalog {
 
     // Colour tag indexes as Capture One numbers them; 0 is no tag.
     static constexpr int kRed = 1;
-    static constexpr std::array<std::string_view, 8> kColorNames = {
-        "", "Red", "Orange", "Yellow", "Green", "Blue", "Pink", "Purple"};
-    [[nodiscard]] static std::optional<std::string_view> colorName(int index);
+    static constexpr auto kColorNames = CaptureOneRef::kColorNames;
+
+    [[nodiscard]] static std::optional<std::string_view> colorName(int index) {
+        return CaptureOneRef::colorName(index);
+    }
 
     [[nodiscard]] static std::expected<CaptureOneCatalog, ReadError> read(const std::string& url);
 

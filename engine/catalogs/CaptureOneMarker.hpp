@@ -33,10 +33,6 @@ struct CaptureOneMarking {
         CatalogSource::Application::captureOne;
     static constexpr std::string_view kRecordFolder = "Capture One";
 
-    [[nodiscard]] static std::optional<std::int64_t> catalogID(const PlannedRemoval& removal) {
-        return removal.captureOneImageID;
-    }
-
     [[nodiscard]] static std::int64_t photoID(const Photo& photo) { return photo.ref.imageID; }
 
     [[nodiscard]] static bool isOpen(const std::string& catalog) {
@@ -110,8 +106,14 @@ struct CaptureOneMarker : CatalogMarker<CaptureOneMarking> {
     static constexpr CatalogKindTexts kTexts{
         .key = "captureOne",
         .name = "Capture One",
+        .settingsKey = "captureOne",
+        .chooseTip = "Choose the folder the .cocatalog catalog is in",
+        .reading = "Brevant reads the catalog without changing it and compares the image files it "
+                   "lists. Capture One may stay open while it does.",
         .alreadyMarkedHeading = "Already tagged Red in Capture One",
         .notCatalogPhotos = "Only photos from a Capture One catalog can be tagged there.",
+        .trashRefused = "Photos in a Capture One catalog are never moved to the Trash from here. "
+                        "Tag them Red in Capture One instead.",
         .applicationOpen = "Quit Capture One first. Its catalog is only changed while Capture "
                            "One is closed.",
         .finishNote = kFinishNote,

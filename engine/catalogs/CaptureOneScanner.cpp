@@ -18,8 +18,8 @@ bool CaptureOneScanner::isUsable(const CaptureOnePhoto& photo) {
 ScanResult CaptureOneScanner::scan(const CaptureOneCatalog& catalog, bool keepPictures,
                                    const CancellationFlag& cancel,
                                    const ExactMatcher::Progress& progress) {
-    ScanResult result = CatalogScan::photos<CaptureOneScanner>(catalog, keepPictures, cancel,
-                                                               progress, &PhotoAsset::captureOne);
+    ScanResult result =
+        CatalogScan::photos<CaptureOneScanner>(catalog, keepPictures, cancel, progress);
     result.captureOneRed = static_cast<int>(alreadyMarked(catalog).size());
     return result;
 }

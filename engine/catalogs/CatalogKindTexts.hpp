@@ -15,9 +15,20 @@ struct CatalogKindTexts {
     std::string_view key;
     // "Lightroom Classic".
     std::string_view name;
+    // The keeper's reason names the work done on it in the catalog.
+    bool explainsWork = false;
+    // How the window stores the kind as a scope, and its catalog under
+    // "photoCleanup.<settingsKey>Catalog": "lightroom".
+    std::string_view settingsKey;
+    // The window's words for choosing the catalog's folder, and how the
+    // catalog is read.
+    std::string_view chooseTip;
+    std::string_view reading;
     // "Already Rejected in Lightroom Classic".
     std::string_view alreadyMarkedHeading;
     std::string_view notCatalogPhotos;
+    // Why its photos are not moved to the Trash from a cleanup.
+    std::string_view trashRefused;
     std::string_view applicationOpen;
     // How the user finishes in the catalog's own application.
     std::string_view finishNote;

@@ -33,7 +33,7 @@ namespace brevant {
 //
 //   using Catalog, Photo, Chosen, Record (with Record::Item);
 //   kApplication, kRecordFolder;
-//   catalogID(removal), photoID(photo), isOpen(catalog), read(catalog),
+//   photoID(photo), isOpen(catalog), read(catalog),
 //   recheck(removal, photo*), choose(photo), backUp(catalog, fresh, now),
 //   database(catalog, fresh), change(writer, chosen, now) -> Item,
 //   undoDatabase(catalogPath), undo(writer, item).
@@ -75,7 +75,7 @@ template <class Hooks> struct CatalogMarker {
             return std::unexpected(Refusal::approvalDoesNotMatch(Marking::kApplication));
         }
         if (!std::ranges::all_of(plan.removals, [](const PlannedRemoval& removal) {
-                return Marking::catalogID(removal).has_value();
+                return catalogID(removal).has_value();
             })) {
             return std::unexpected(Refusal::notCatalogPhotos(Marking::kApplication));
         }
@@ -187,6 +187,14 @@ template <class Hooks> struct CatalogMarker {
     }
 
 private:
+    // The planned photo's id in this kind of catalog.
+    [[nodiscard]] static std::optional<std::int64_t> catalogID(const PlannedRemoval& removal) {
+        if (!removal.catalog || removal.catalog->application != Marking::kApplication) {
+            return std::nullopt;
+        }
+        return removal.catalog->imageID;
+    }
+
     std::vector<typename Marking::Chosen> rechecked(const CleanupPlan& plan,
                                                     const typename Marking::Catalog& fresh,
                                                     std::vector<SkippedMark>& skipped) const {
@@ -196,7 +204,7 @@ private:
         }
         std::vector<typename Marking::Chosen> chosen;
         for (const auto& removal : plan.removals) {
-            auto id = Marking::catalogID(removal);
+            auto id = catalogID(removal);
             auto found = id ? byID.find(*id) : byID.end();
             const typename Marking::Photo* photo = found != byID.end() ? found->second : nullptr;
             if (auto reason = Marking::recheck(removal, photo)) {

@@ -39,23 +39,23 @@ struct CatalogScan {
 
     // The scan of one catalog: its usable photos (as `Scanner::isUsable`
     // tells) compared, each picture given the reference of the first usable
-    // photo on its file in catalog order, put in `slot`; the missing photos
-    // skipped with `Scanner::missingSentence`.
-    template <class Scanner, class Catalog, class Ref>
-    [[nodiscard]] static ScanResult
-    photos(const Catalog& catalog, bool keepPictures, const CancellationFlag& cancel,
-           const ExactMatcher::Progress& progress, std::optional<Ref> PhotoAsset::* slot) {
-        std::unordered_map<std::string, Ref> refs;
+    // photo on its file in catalog order; the missing photos skipped with
+    // `Scanner::missingSentence`.
+    template <class Scanner, class Catalog>
+    [[nodiscard]] static ScanResult photos(const Catalog& catalog, bool keepPictures,
+                                           const CancellationFlag& cancel,
+                                           const ExactMatcher::Progress& progress) {
+        std::unordered_map<std::string, CatalogReference> refs;
         Paths usable;
         for (const auto& photo : catalog.photos) {
             if (Scanner::isUsable(photo)) {
-                refs.try_emplace(photo.path, photo.ref);
+                refs.try_emplace(photo.path, CatalogReference{photo.ref});
                 usable.insert(photo.path);
             }
         }
-        auto annotate = [&refs, slot](PhotoAsset& picture) {
+        auto annotate = [&refs](PhotoAsset& picture) {
             if (auto it = refs.find(picture.path); it != refs.end()) {
-                picture.*slot = it->second;
+                picture.catalog = it->second;
             }
         };
         ScanResult result =

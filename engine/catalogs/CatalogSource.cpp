@@ -6,8 +6,10 @@
 #include "engine/catalogs/CatalogRefusal.hpp"
 #include "engine/catalogs/LightroomCatalog.hpp"
 #include "engine/catalogs/LightroomScanner.hpp"
+#include "engine/platform/ProcessInfo.hpp"
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <filesystem>
 #include <ostream>
@@ -41,6 +43,36 @@ scanned(CatalogSource::Application application, const std::string& path, bool ke
     return result;
 }
 
+using Scan = std::expected<CatalogSource::Scanned, std::string> (*)(CatalogSource::Application,
+                                                                    const std::string&, bool,
+                                                                    const CancellationFlag&,
+                                                                    const ExactMatcher::Progress&);
+
+// What tells the kinds apart where a catalog is found, chosen and scanned;
+// one entry a kind, in the order of the Application enumeration.
+struct KindEntry {
+    CatalogSource::Application application;
+    // Lowercased, as the catalog's name ends.
+    std::string_view extension;
+    Scan scan;
+    CatalogChoice (*choose)(const std::string& folder);
+    // Where the application keeps its catalogs, under the home folder.
+    std::string_view defaultFolder;
+};
+
+constexpr std::array kKinds{
+    KindEntry{CatalogSource::Application::lightroom, ".lrcat",
+              &scanned<LightroomCatalog, LightroomScanner>, &LightroomCatalog::choose,
+              "/Pictures/Lightroom"},
+    KindEntry{CatalogSource::Application::captureOne, ".cocatalog",
+              &scanned<CaptureOneCatalog, CaptureOneScanner>, &CaptureOneCatalog::choose,
+              "/Pictures"},
+};
+
+const KindEntry& entryOf(CatalogSource::Application application) {
+    return kKinds.at(static_cast<std::size_t>(application));
+}
+
 } // namespace
 
 std::optional<CatalogSource::Application> CatalogSource::applicationOf(const std::string& path) {
@@ -50,13 +82,11 @@ std::optional<CatalogSource::Application> CatalogSource::applicationOf(const std
     }
     name = std::filesystem::path(name).extension().string();
     std::ranges::transform(name, name.begin(), [](unsigned char c) { return std::tolower(c); });
-    if (name == ".lrcat") {
-        return Application::lightroom;
+    auto found = std::ranges::find(kKinds, name, &KindEntry::extension);
+    if (found == kKinds.end()) {
+        return std::nullopt;
     }
-    if (name == ".cocatalog") {
-        return Application::captureOne;
-    }
-    return std::nullopt;
+    return found->application;
 }
 
 std::string_view CatalogSource::name(Application application) {
@@ -74,15 +104,15 @@ CatalogSource::scan(const std::string& path, bool keepPictures, const Cancellati
     if (!application) {
         return std::unexpected(std::string(kNotACatalog));
     }
-    switch (*application) {
-    case Application::lightroom:
-        return scanned<LightroomCatalog, LightroomScanner>(*application, path, keepPictures, cancel,
-                                                           progress);
-    case Application::captureOne:
-        return scanned<CaptureOneCatalog, CaptureOneScanner>(*application, path, keepPictures,
-                                                             cancel, progress);
-    }
-    return std::unexpected(std::string(kNotACatalog));
+    return entryOf(*application).scan(*application, path, keepPictures, cancel, progress);
+}
+
+std::string CatalogSource::defaultFolder(Application application) {
+    return platform::homeFolder() + std::string(entryOf(application).defaultFolder);
+}
+
+CatalogChoice CatalogSource::choose(Application application, const std::string& folder) {
+    return entryOf(application).choose(folder);
 }
 
 void PrintTo(CatalogSource::Application application, std::ostream* os) {

@@ -1,6 +1,8 @@
 #pragma once
 
+#include "engine/catalogs/CatalogChoice.hpp"
 #include "engine/scan/CancellationFlag.hpp"
+#include "engine/scan/CatalogApplication.hpp"
 #include "engine/scan/ExactMatcher.hpp"
 #include "engine/scan/ScanResult.hpp"
 #include "engine/support/RawValue.hpp"
@@ -20,10 +22,7 @@ namespace brevant {
 // one more application is one more case here; the scan road above and the
 // programs stay as they are.
 struct CatalogSource {
-    enum class Application {
-        lightroom,
-        captureOne,
-    };
+    using Application = CatalogApplication;
 
     // What a scan learned of the catalog besides its pictures.
     struct Facts {
@@ -62,6 +61,12 @@ struct CatalogSource {
     // in Lightroom Classic", "Already tagged Red in Capture One".
     [[nodiscard]] static std::string_view alreadyMarkedHeading(Application application);
 
+    // Where the application keeps its catalogs unless the user says.
+    [[nodiscard]] static std::string defaultFolder(Application application);
+    // The catalog of this kind in the folder, with a notice when there was
+    // none or more than one.
+    [[nodiscard]] static CatalogChoice choose(Application application, const std::string& folder);
+
     // Reads the catalog and scans the files it lists; the sentence why when
     // it is no catalog or cannot be read. Nothing is ever written to it.
     [[nodiscard]] static std::expected<Scanned, std::string>
@@ -70,10 +75,5 @@ struct CatalogSource {
 };
 
 void PrintTo(CatalogSource::Application application, std::ostream* os);
-
-template <> struct EnumCases<CatalogSource::Application> {
-    using Application = CatalogSource::Application;
-    static constexpr std::array kAll{Application::lightroom, Application::captureOne};
-};
 
 } // namespace brevant

@@ -26,10 +26,6 @@ struct LightroomMarking {
         CatalogSource::Application::lightroom;
     static constexpr std::string_view kRecordFolder = "Lightroom Classic";
 
-    [[nodiscard]] static std::optional<std::int64_t> catalogID(const PlannedRemoval& removal) {
-        return removal.lightroomImageID;
-    }
-
     [[nodiscard]] static std::int64_t photoID(const Photo& photo) { return photo.ref.imageID; }
 
     [[nodiscard]] static bool isOpen(const std::string& catalog) {
@@ -97,8 +93,15 @@ struct LightroomRejecter : CatalogMarker<LightroomMarking> {
     static constexpr CatalogKindTexts kTexts{
         .key = "lightroomClassic",
         .name = "Lightroom Classic",
+        .explainsWork = true,
+        .settingsKey = "lightroom",
+        .chooseTip = "Choose the folder the .lrcat catalog file is in",
+        .reading = "Brevant reads the catalog without changing it and compares the photo files it "
+                   "lists. Lightroom Classic may stay open while it does.",
         .alreadyMarkedHeading = "Already Rejected in Lightroom Classic",
         .notCatalogPhotos = "Only photos from a Lightroom Classic catalog can be marked Rejected.",
+        .trashRefused = "Photos in a Lightroom Classic catalog are never moved to the Trash from "
+                        "here. Mark them Rejected in Lightroom instead.",
         .applicationOpen = "Quit Lightroom Classic first. Its catalog is only changed while "
                            "Lightroom is closed.",
         .finishNote = kFreedNothing,

@@ -11,8 +11,8 @@ bool LightroomScanner::isUsable(const LightroomPhoto& photo) {
 ScanResult LightroomScanner::scan(const LightroomCatalog& catalog, bool keepPictures,
                                   const CancellationFlag& cancel,
                                   const ExactMatcher::Progress& progress) {
-    ScanResult result = CatalogScan::photos<LightroomScanner>(catalog, keepPictures, cancel,
-                                                              progress, &PhotoAsset::lightroom);
+    ScanResult result =
+        CatalogScan::photos<LightroomScanner>(catalog, keepPictures, cancel, progress);
     result.lightroomRejected = static_cast<int>(alreadyMarked(catalog).size());
     return result;
 }

@@ -209,15 +209,13 @@ std::optional<ExecutionRefusal> CleanupExecutor::refusal(const CleanupPlan& plan
         })) {
         return ExecutionRefusal::libraryPhotos();
     }
-    if (std::ranges::any_of(removals, [](const PlannedRemoval& removal) {
-            return removal.lightroomImageID.has_value();
-        })) {
-        return ExecutionRefusal::lightroomPhotos();
-    }
-    if (std::ranges::any_of(removals, [](const PlannedRemoval& removal) {
-            return removal.captureOneImageID.has_value();
-        })) {
-        return ExecutionRefusal::captureOnePhotos();
+    // The kinds in their order, each over every removal.
+    for (auto application : EnumCases<CatalogApplication>::kAll) {
+        if (std::ranges::any_of(removals, [application](const PlannedRemoval& removal) {
+                return removal.catalog && removal.catalog->application == application;
+            })) {
+            return ExecutionRefusal::catalogPhotos(application);
+        }
     }
     // Anything at the journal's name, even a dangling link, means this plan
     // was handed over before.

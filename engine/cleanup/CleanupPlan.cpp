@@ -44,8 +44,7 @@ void to_json(nlohmann::ordered_json& j, const PlannedRemoval& value) {
         j["matchKind"] = json::enumValue(*value.matchKind);
     }
     json::putOptionalText(j, "libraryFilename", value.libraryFilename);
-    json::putOptional(j, "lightroomImageID", value.lightroomImageID);
-    json::putOptional(j, "captureOneImageID", value.captureOneImageID);
+    putItem(j, value.catalog);
 }
 
 void from_json(const nlohmann::ordered_json& j, PlannedRemoval& value) {
@@ -62,8 +61,7 @@ void from_json(const nlohmann::ordered_json& j, PlannedRemoval& value) {
         value.matchKind = json::getEnum<MatchKind>(j, "matchKind");
     }
     value.libraryFilename = json::getOptionalText(j, "libraryFilename");
-    value.lightroomImageID = json::getOptional<std::int64_t>(j, "lightroomImageID");
-    value.captureOneImageID = json::getOptional<std::int64_t>(j, "captureOneImageID");
+    value.catalog = getItem(j);
 }
 
 void to_json(nlohmann::ordered_json& j, const CleanupPlan& value) {

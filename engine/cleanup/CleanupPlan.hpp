@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/scan/CatalogReference.hpp"
 #include "engine/scan/FileSnapshot.hpp"
 #include "engine/scan/MatchKind.hpp"
 #include "engine/support/Date.hpp"
@@ -37,8 +38,8 @@ struct PlannedRemoval {
     bool isExternalVolume = false;
     std::optional<MatchKind> matchKind;
     std::optional<std::string> libraryFilename;
-    std::optional<std::int64_t> lightroomImageID;
-    std::optional<std::int64_t> captureOneImageID;
+    // The photo's entry in the catalog it came from.
+    std::optional<CatalogItem> catalog;
 
     friend bool operator==(const PlannedRemoval&, const PlannedRemoval&) = default;
 };

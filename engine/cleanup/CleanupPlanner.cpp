@@ -70,11 +70,8 @@ PlannedRemoval removalOf(const PhotoAsset& asset, const MarkedGroup& entry) {
     if (asset.library) {
         removal.libraryFilename = asset.library->filename;
     }
-    if (asset.lightroom) {
-        removal.lightroomImageID = asset.lightroom->imageID;
-    }
-    if (asset.captureOne) {
-        removal.captureOneImageID = asset.captureOne->imageID;
+    if (asset.catalog) {
+        removal.catalog = asset.catalog->item();
     }
     return removal;
 }

@@ -1,5 +1,7 @@
 #include "ExecutionRefusal.hpp"
 
+#include "engine/catalogs/CatalogKindTexts.hpp"
+
 #include <ostream>
 #include <utility>
 
@@ -33,12 +35,10 @@ ExecutionRefusal ExecutionRefusal::libraryPhotos() {
     return refusalOf(Kind::libraryPhotos);
 }
 
-ExecutionRefusal ExecutionRefusal::lightroomPhotos() {
-    return refusalOf(Kind::lightroomPhotos);
-}
-
-ExecutionRefusal ExecutionRefusal::captureOnePhotos() {
-    return refusalOf(Kind::captureOnePhotos);
+ExecutionRefusal ExecutionRefusal::catalogPhotos(CatalogApplication application) {
+    ExecutionRefusal refusal = refusalOf(Kind::catalogPhotos);
+    refusal.detail = std::string(CatalogKindTexts::of(application).trashRefused);
+    return refusal;
 }
 
 ExecutionRefusal ExecutionRefusal::busy(std::string sentence) {
@@ -64,12 +64,7 @@ std::string ExecutionRefusal::message() const {
     case Kind::libraryPhotos:
         return "Photos in the Photos library are never moved to the Trash from here. Add them to "
                "the review album instead.";
-    case Kind::lightroomPhotos:
-        return "Photos in a Lightroom Classic catalog are never moved to the Trash from here. "
-               "Mark them Rejected in Lightroom instead.";
-    case Kind::captureOnePhotos:
-        return "Photos in a Capture One catalog are never moved to the Trash from here. Tag them "
-               "Red in Capture One instead.";
+    case Kind::catalogPhotos:
     case Kind::busy:
     case Kind::locksUnreadable:
         return detail;
@@ -88,10 +83,8 @@ std::string_view rawValue(ExecutionRefusal::Kind kind) {
         return "alreadyRun";
     case Kind::libraryPhotos:
         return "libraryPhotos";
-    case Kind::lightroomPhotos:
-        return "lightroomPhotos";
-    case Kind::captureOnePhotos:
-        return "captureOnePhotos";
+    case Kind::catalogPhotos:
+        return "catalogPhotos";
     case Kind::busy:
         return "busy";
     case Kind::locksUnreadable:

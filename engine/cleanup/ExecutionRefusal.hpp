@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/scan/CatalogApplication.hpp"
 #include "engine/support/RawValue.hpp"
 
 #include <iosfwd>
@@ -16,8 +17,8 @@ struct ExecutionRefusal {
         approvalDoesNotMatch,
         alreadyRun,
         libraryPhotos,
-        lightroomPhotos,
-        captureOnePhotos,
+        // Photos a catalog lists; `detail` is the catalog's sentence.
+        catalogPhotos,
         // Another run holds the data folder's change lock.
         busy,
         // The lock store cannot be read, so the locks are not known.
@@ -26,15 +27,14 @@ struct ExecutionRefusal {
 
     Kind kind = Kind::approvalDoesNotMatch;
     // journalUnavailable: why the record could not be written or read;
-    // busy and locksUnreadable: the whole sentence.
+    // catalogPhotos, busy and locksUnreadable: the whole sentence.
     std::string detail;
 
     [[nodiscard]] static ExecutionRefusal journalUnavailable(std::string detail);
     [[nodiscard]] static ExecutionRefusal approvalDoesNotMatch();
     [[nodiscard]] static ExecutionRefusal alreadyRun();
     [[nodiscard]] static ExecutionRefusal libraryPhotos();
-    [[nodiscard]] static ExecutionRefusal lightroomPhotos();
-    [[nodiscard]] static ExecutionRefusal captureOnePhotos();
+    [[nodiscard]] static ExecutionRefusal catalogPhotos(CatalogApplication application);
     [[nodiscard]] static ExecutionRefusal busy(std::string sentence);
     [[nodiscard]] static ExecutionRefusal locksUnreadable(std::string sentence);
 
@@ -46,13 +46,9 @@ struct ExecutionRefusal {
 
 template <> struct EnumCases<ExecutionRefusal::Kind> {
     using Kind = ExecutionRefusal::Kind;
-    static constexpr std::array kAll{Kind::journalUnavailable,
-                                     Kind::approvalDoesNotMatch,
-                                     Kind::alreadyRun,
-                                     Kind::libraryPhotos,
-                                     Kind::lightroomPhotos,
-                                     Kind::captureOnePhotos,
-                                     Kind::busy,
+    static constexpr std::array kAll{Kind::journalUnavailable, Kind::approvalDoesNotMatch,
+                                     Kind::alreadyRun,         Kind::libraryPhotos,
+                                     Kind::catalogPhotos,      Kind::busy,
                                      Kind::locksUnreadable};
 };
 

@@ -1,11 +1,13 @@
 #include "KeeperPolicy.hpp"
 
+#include "engine/catalogs/CatalogKindTexts.hpp"
 #include "engine/review/FolderPaths.hpp"
 #include "engine/similarity/FaceCheck.hpp"
 #include "engine/similarity/QualityHints.hpp"
 #include "engine/similarity/QualityScore.hpp"
 
 #include <algorithm>
+#include <fmt/format.h>
 #include <functional>
 #include <memory>
 #include <numeric>
@@ -155,12 +157,9 @@ bool isLocked(const Context& context, const PhotoAsset& asset) {
     return context.isLocked && context.isLocked(asset);
 }
 
-bool lightroomWork(const PhotoAsset& asset) {
-    return asset.lightroom && asset.lightroom->workedOn();
-}
-
-bool captureOneWork(const PhotoAsset& asset) {
-    return asset.captureOne && asset.captureOne->workedOn();
+bool catalogWork(const PhotoAsset& asset, CatalogApplication application) {
+    return asset.catalog && asset.catalog->application() == application &&
+           asset.catalog->workedOn();
 }
 
 using SharedContext = std::shared_ptr<const Context>;
@@ -184,18 +183,22 @@ std::vector<Rule> fixedRules(const SharedContext& context) {
                                            b.fixedKeepReason().has_value());
                      },
                      {}});
-    rules.push_back({"You worked on this copy in Lightroom Classic",
-                     [](const PhotoAsset& a, const PhotoAsset& b) {
-                         return preferTrue(lightroomWork(a), lightroomWork(b));
-                     },
-                     [](const PhotoAsset& keeper) {
-                         return keeper.lightroom ? keeper.lightroom->workSummary() : std::string();
-                     }});
-    rules.push_back({"You worked on this copy in Capture One",
-                     [](const PhotoAsset& a, const PhotoAsset& b) {
-                         return preferTrue(captureOneWork(a), captureOneWork(b));
-                     },
-                     {}});
+    // One rule a kind of catalog, in the order of their registration.
+    for (auto application : EnumCases<CatalogApplication>::kAll) {
+        const auto& texts = CatalogKindTexts::of(application);
+        Rule rule{fmt::format("You worked on this copy in {}", texts.name),
+                  [application](const PhotoAsset& a, const PhotoAsset& b) {
+                      return preferTrue(catalogWork(a, application), catalogWork(b, application));
+                  },
+                  {}};
+        if (texts.explainsWork) {
+            rule.detail = [application](const PhotoAsset& keeper) {
+                bool listed = keeper.catalog && keeper.catalog->application() == application;
+                return listed ? keeper.catalog->workSummary() : std::string();
+            };
+        }
+        rules.push_back(std::move(rule));
+    }
     return rules;
 }
 

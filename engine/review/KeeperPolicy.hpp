@@ -80,7 +80,7 @@ struct KeeperPolicy {
         // when the rule cannot tell.
         std::function<int(const PhotoAsset&, const PhotoAsset&)> compare;
         // Words added to the reason for this keeper (the work done on it
-        // in Lightroom Classic); empty for most rules.
+        // in a catalog); empty for most rules.
         std::function<std::string(const PhotoAsset&)> detail;
     };
 

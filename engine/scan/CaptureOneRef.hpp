@@ -2,9 +2,12 @@
 
 #include "engine/support/Hashing.hpp"
 
+#include <array>
 #include <cstdint>
 #include <nlohmann/json_fwd.hpp>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace brevant {
@@ -26,6 +29,23 @@ struct CaptureOneRef {
     // That work in a few words ("edited, 2 variants, 3 stars"); empty when
     // there is none.
     [[nodiscard]] std::string workSummary() const;
+    // The same with the colour tags named, as the command line lists it.
+    [[nodiscard]] std::string workDetails() const;
+
+    // A second variant is another edit of this very file, so the file stays.
+    [[nodiscard]] std::optional<std::string> keepReason() const;
+
+    [[nodiscard]] static bool keepsRawPairTogether() { return false; }
+
+    // Capture One's name of a colour tag: "Red" for 1; nothing for no tag
+    // or an index it does not have.
+    static constexpr std::array<std::string_view, 8> kColorNames = {
+        "", "Red", "Orange", "Yellow", "Green", "Blue", "Pink", "Purple"};
+    [[nodiscard]] static std::optional<std::string_view> colorName(int index);
+
+    // How a photo's record and a planned removal's id are stored.
+    static constexpr std::string_view kKey = "captureOne";
+    static constexpr std::string_view kItemKey = "captureOneImageID";
 
     friend bool operator==(const CaptureOneRef&, const CaptureOneRef&) = default;
 };

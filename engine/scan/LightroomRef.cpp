@@ -40,6 +40,14 @@ std::string LightroomRef::workSummary() const {
     return fmt::format("{}", fmt::join(phrases, ", "));
 }
 
+std::optional<std::string> LightroomRef::keepReason() const {
+    if (virtualCopies < 1) {
+        return std::nullopt;
+    }
+    return "Has a virtual copy in Lightroom Classic, which is an edit of this very file, so it is "
+           "kept";
+}
+
 void to_json(nlohmann::ordered_json& j, const LightroomRef& value) {
     j = {{"imageID", value.imageID},
          {"pick", value.pick},

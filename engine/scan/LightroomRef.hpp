@@ -4,7 +4,9 @@
 
 #include <cstdint>
 #include <nlohmann/json_fwd.hpp>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace brevant {
@@ -29,6 +31,18 @@ struct LightroomRef {
     // That work in words, such as "edited, has 2 virtual copies, 3 stars";
     // empty when there is none.
     [[nodiscard]] std::string workSummary() const;
+
+    [[nodiscard]] std::string workDetails() const { return workSummary(); }
+
+    // A virtual copy is an edit of this very file, so the file stays.
+    [[nodiscard]] std::optional<std::string> keepReason() const;
+
+    // With sidecars, Lightroom keeps the RAW and its partner together.
+    [[nodiscard]] bool keepsRawPairTogether() const { return !sidecarExtensions.empty(); }
+
+    // How a photo's record and a planned removal's id are stored.
+    static constexpr std::string_view kKey = "lightroom";
+    static constexpr std::string_view kItemKey = "lightroomImageID";
 
     friend bool operator==(const LightroomRef&, const LightroomRef&) = default;
 };

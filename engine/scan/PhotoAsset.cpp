@@ -14,10 +14,9 @@ bool relationshipCounts(const PhotoAsset& asset, Relationship relationship) {
     switch (relationship) {
     case Relationship::sidecar:
         // The catalog manages its own sidecars.
-        return !asset.lightroom && !asset.captureOne;
+        return !asset.catalog;
     case Relationship::rawPair:
-        // Lightroom keeps the RAW and its partner together itself.
-        return !asset.lightroom || asset.lightroom->sidecarExtensions.empty();
+        return !asset.catalog || !asset.catalog->keepsRawPairTogether();
     case Relationship::livePhoto:
     case Relationship::editedOriginal:
         return true;
@@ -50,13 +49,8 @@ std::optional<std::string> PhotoAsset::fixedKeepReason() const {
             return std::string(reason(relationship));
         }
     }
-    if (lightroom && lightroom->virtualCopies >= 1) {
-        return "Has a virtual copy in Lightroom Classic, which is an edit of this very file, so "
-               "it is kept";
-    }
-    if (captureOne && captureOne->variants >= 2) {
-        return "Has a second variant in Capture One, which is another edit of this very file, so "
-               "it is kept";
+    if (auto reason = catalog ? catalog->keepReason() : std::nullopt) {
+        return reason;
     }
     if (snapshot.linkCount > 1 || !otherNames.empty()) {
         return "Has another name on disk (a hard link), so moving it to the Trash would free "
@@ -86,8 +80,7 @@ void to_json(nlohmann::ordered_json& j, const PhotoAsset& value) {
     json::putOptionalText(j, "volumeName", value.volumeName);
     j["isExternalVolume"] = value.isExternalVolume;
     json::putOptional(j, "library", value.library);
-    json::putOptional(j, "lightroom", value.lightroom);
-    json::putOptional(j, "captureOne", value.captureOne);
+    putReference(j, value.catalog);
 }
 
 void from_json(const nlohmann::ordered_json& j, PhotoAsset& value) {
@@ -107,8 +100,7 @@ void from_json(const nlohmann::ordered_json& j, PhotoAsset& value) {
     value.volumeName = json::getOptionalText(j, "volumeName");
     value.isExternalVolume = json::get<bool>(j, "isExternalVolume");
     value.library = json::getOptional<LibraryRef>(j, "library");
-    value.lightroom = json::getOptional<LightroomRef>(j, "lightroom");
-    value.captureOne = json::getOptional<CaptureOneRef>(j, "captureOne");
+    value.catalog = getReference(j);
 }
 
 } // namespace brevant

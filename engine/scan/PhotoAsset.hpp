@@ -1,9 +1,8 @@
 #pragma once
 
-#include "engine/scan/CaptureOneRef.hpp"
+#include "engine/scan/CatalogReference.hpp"
 #include "engine/scan/FileSnapshot.hpp"
 #include "engine/scan/LibraryRef.hpp"
-#include "engine/scan/LightroomRef.hpp"
 #include "engine/scan/PhotoFormat.hpp"
 #include "engine/scan/Relationship.hpp"
 #include "engine/support/Hashing.hpp"
@@ -31,8 +30,8 @@ struct PhotoAsset {
     std::optional<std::string> volumeName;
     bool isExternalVolume = false;
     std::optional<LibraryRef> library;
-    std::optional<LightroomRef> lightroom;
-    std::optional<CaptureOneRef> captureOne;
+    // The catalog that lists the photo, when it came from one.
+    std::optional<CatalogReference> catalog;
 
     [[nodiscard]] const std::string& id() const { return path; }
 
@@ -59,6 +58,6 @@ template <> struct std::hash<brevant::PhotoAsset> {
         return brevant::hashing::all(v.path, v.root, v.snapshot, v.format, v.pixelWidth,
                                      v.pixelHeight, v.otherNames, v.relationships, v.isCloudSynced,
                                      v.isReadOnlyVolume, v.volumeName, v.isExternalVolume,
-                                     v.library, v.lightroom, v.captureOne);
+                                     v.library, v.catalog);
     }
 };

@@ -50,9 +50,9 @@ TEST(CaptureOneScanner, AnImageWithAnOrangeVariantIsUsableAndCarriesItsTags) {
 
     ASSERT_EQ(result.groups.size(), 1u);
     EXPECT_THAT(memberPaths(result.groups[0]), ElementsAre(a, b));
-    EXPECT_EQ(result.groups[0].members[0].captureOne, catalog.photos[0].ref);
-    EXPECT_EQ(result.groups[0].members[1].captureOne, catalog.photos[1].ref);
-    EXPECT_EQ(result.groups[0].members[1].captureOne->imageID, second);
+    EXPECT_EQ(result.groups[0].members[0].catalog, CatalogReference{catalog.photos[0].ref});
+    EXPECT_EQ(result.groups[0].members[1].catalog, CatalogReference{catalog.photos[1].ref});
+    EXPECT_EQ(result.groups[0].members[1].catalog->imageID(), second);
     EXPECT_EQ(result.groups[0].members[0].fixedKeepReason(),
               "Has a second variant in Capture One, which is another edit of this very file, so "
               "it is kept");

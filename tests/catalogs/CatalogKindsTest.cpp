@@ -7,6 +7,8 @@
 
 #include "engine/catalogs/CaptureOneScanner.hpp"
 #include "engine/catalogs/LightroomScanner.hpp"
+#include "engine/cleanup/ExecutionRefusal.hpp"
+#include "engine/platform/ProcessInfo.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -158,16 +160,39 @@ TEST(CatalogKinds, EveryKindHasItsSentences) {
     for (auto application : EnumCases<Application>::kAll) {
         const CatalogKindTexts& texts = kinds.of(application).texts();
         SCOPED_TRACE(std::string(texts.name));
-        for (std::string_view text :
-             {texts.key, texts.name, texts.alreadyMarkedHeading, texts.notCatalogPhotos,
-              texts.applicationOpen, texts.finishNote, texts.undoNote, texts.question, texts.marked,
-              texts.planned, texts.stillMarked, texts.givenBack, texts.undone, texts.command,
-              texts.verb, texts.done, texts.untestedNotice}) {
+        for (std::string_view text : {texts.key,
+                                      texts.name,
+                                      texts.alreadyMarkedHeading,
+                                      texts.notCatalogPhotos,
+                                      texts.applicationOpen,
+                                      texts.finishNote,
+                                      texts.undoNote,
+                                      texts.question,
+                                      texts.marked,
+                                      texts.planned,
+                                      texts.stillMarked,
+                                      texts.givenBack,
+                                      texts.undone,
+                                      texts.command,
+                                      texts.verb,
+                                      texts.done,
+                                      texts.untestedNotice,
+                                      texts.trashRefused,
+                                      texts.settingsKey,
+                                      texts.chooseTip,
+                                      texts.reading}) {
             EXPECT_FALSE(text.empty());
         }
         EXPECT_EQ(kinds.of(application).application(), application);
         EXPECT_EQ(CatalogSource::name(application), texts.name);
+        // The kind is found by its catalog's name, and looked for under home.
+        EXPECT_TRUE(CatalogSource::defaultFolder(application).starts_with(platform::homeFolder()));
+        // A planned photo of this kind is never moved to the Trash.
+        EXPECT_EQ(ExecutionRefusal::catalogPhotos(application).message(), texts.trashRefused);
     }
+    EXPECT_EQ(CatalogSource::applicationOf("/p/Family.LRCAT"), Application::lightroom);
+    EXPECT_EQ(CatalogSource::applicationOf("/p/Work.cocatalog/"), Application::captureOne);
+    EXPECT_EQ(CatalogSource::applicationOf("/p/digikam4.db"), std::nullopt);
     const CatalogKindTexts& lightroom = CatalogKindTexts::of(Application::lightroom);
     EXPECT_EQ(lightroom.questionText("3 photos"),
               "Mark 3 photos Rejected in Lightroom Classic? [y/N]");

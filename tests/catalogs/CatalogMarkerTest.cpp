@@ -80,7 +80,7 @@ struct LightroomFamily {
     void addFolderPhoto(CleanupPlan& plan) const {
         PlannedRemoval folder = plan.removals[0];
         folder.path = tree.file("Elsewhere/b.jpg", testing::readFile(b));
-        folder.lightroomImageID.reset();
+        folder.catalog.reset();
         plan.removals.push_back(folder);
     }
 
@@ -173,7 +173,7 @@ struct CaptureOneFamily {
     void addFolderPhoto(CleanupPlan& plan) const {
         PlannedRemoval folder = plan.removals[0];
         folder.path = tree.file("Elsewhere/b.jpg", testing::readFile(b));
-        folder.captureOneImageID.reset();
+        folder.catalog.reset();
         plan.removals.insert(plan.removals.begin(), folder);
     }
 
@@ -399,7 +399,9 @@ TEST(RealCatalogs, MarkingLightroomClassicFifteenIsRefusedAsUntested) {
         auto snapshot = FileSnapshot::read(photo.path);
         ASSERT_TRUE(snapshot.has_value());
         plan.removals.push_back(
-            {.path = photo.path, .snapshot = *snapshot, .lightroomImageID = photo.ref.imageID});
+            {.path = photo.path,
+             .snapshot = *snapshot,
+             .catalog = CatalogItem{CatalogApplication::lightroom, photo.ref.imageID}});
     }
     TempTree tree;
     LightroomRejecter rejecter{tree.path("Markings"), [](const std::string&) { return false; }};

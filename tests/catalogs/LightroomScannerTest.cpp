@@ -52,14 +52,15 @@ TEST(LightroomScanner, GroupsTheCatalogsCopiesAndCarriesWhatLightroomKnows) {
     ASSERT_EQ(result.groups.size(), 1u);
     EXPECT_THAT(memberPaths(result.groups[0]), ElementsAre(a, b));
     const auto& members = result.groups[0].members;
-    EXPECT_EQ(members[0].lightroom, (LightroomRef{.imageID = first, .rating = 3, .keywords = 1}));
-    EXPECT_EQ(members[1].lightroom, (LightroomRef{.imageID = second}));
+    EXPECT_EQ(members[0].catalog,
+              (CatalogReference{LightroomRef{.imageID = first, .rating = 3, .keywords = 1}}));
+    EXPECT_EQ(members[1].catalog, (CatalogReference{LightroomRef{.imageID = second}}));
     EXPECT_EQ(result.examined, 3);
     EXPECT_EQ(result.discovered, 3);
     EXPECT_THAT(result.roots, ElementsAre(tree.path("Photos")));
     ASSERT_EQ(result.pictures.size(), 3u);
     for (const auto& picture : result.pictures) {
-        EXPECT_TRUE(picture.lightroom.has_value()) << picture.path;
+        EXPECT_TRUE(picture.catalog.has_value()) << picture.path;
     }
     EXPECT_THAT(result.skipped, IsEmpty());
     EXPECT_EQ(result.lightroomRejected, 0);

@@ -174,14 +174,15 @@ TEST(CleanupExecutor, RefusesAMismatchedApprovalOrCatalogPhotosBeforeWritingAnyt
               "This approval is for a different set of pictures. Review them again.");
 
     CleanupPlan catalogs = plan;
-    catalogs.removals[0].captureOneImageID = 7;
-    catalogs.removals[2].lightroomImageID = 8;
+    catalogs.removals[0].catalog = CatalogItem{CatalogApplication::captureOne, 7};
+    catalogs.removals[2].catalog = CatalogItem{CatalogApplication::lightroom, 8};
     // Every removal is looked at for Lightroom before any for Capture One.
-    EXPECT_EQ(refusalOf(catalogs, approvalOf(catalogs)), ExecutionRefusal::lightroomPhotos());
+    EXPECT_EQ(refusalOf(catalogs, approvalOf(catalogs)),
+              ExecutionRefusal::catalogPhotos(CatalogApplication::lightroom));
     EXPECT_EQ(refusalOf(catalogs, approvalOf(catalogs)).message(),
               "Photos in a Lightroom Classic catalog are never moved to the Trash from here. "
               "Mark them Rejected in Lightroom instead.");
-    catalogs.removals[2].lightroomImageID.reset();
+    catalogs.removals[2].catalog.reset();
     EXPECT_EQ(refusalOf(catalogs, approvalOf(catalogs)).message(),
               "Photos in a Capture One catalog are never moved to the Trash from here. Tag them "
               "Red in Capture One instead.");

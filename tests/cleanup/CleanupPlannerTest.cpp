@@ -234,9 +234,9 @@ TEST(CleanupPlanner, TwoPlansOfTheSameMarksAreApprovedSeparately) {
 
 TEST(CleanupPlanner, CarriesCatalogAndLibraryReferences) {
     PhotoAsset lightroom = copyIn("/lr", "a.dng", 1);
-    lightroom.lightroom = LightroomRef{.imageID = 41};
+    lightroom.catalog = CatalogReference{LightroomRef{.imageID = 41}};
     PhotoAsset captureOne = copyIn("/lr", "b.dng", 2);
-    captureOne.captureOne = CaptureOneRef{.imageID = 42};
+    captureOne.catalog = CatalogReference{CaptureOneRef{.imageID = 42}};
     PhotoAsset library = copyIn("", "C0FFEE/L0/001", 3);
     library.path = "C0FFEE/L0/001";
     library.library = LibraryRef{.id = "C0FFEE/L0/001", .filename = "IMG_0003.HEIC"};
@@ -248,8 +248,8 @@ TEST(CleanupPlanner, CarriesCatalogAndLibraryReferences) {
                                      fixedDate());
     ASSERT_TRUE(plan.has_value()) << plan.error().description();
     ASSERT_EQ(plan->removals.size(), 3U);
-    EXPECT_EQ(plan->removals[0].lightroomImageID, 41);
-    EXPECT_EQ(plan->removals[1].captureOneImageID, 42);
+    EXPECT_EQ(plan->removals[0].catalog, (CatalogItem{CatalogApplication::lightroom, 41}));
+    EXPECT_EQ(plan->removals[1].catalog, (CatalogItem{CatalogApplication::captureOne, 42}));
     EXPECT_EQ(plan->removals[2].path, "photos-library:C0FFEE/L0/001");
     EXPECT_EQ(plan->removals[2].libraryFilename, "IMG_0003.HEIC");
     // A library item has no chosen folder.

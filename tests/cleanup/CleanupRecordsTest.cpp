@@ -30,8 +30,7 @@ PlannedRemoval fullRemoval() {
     removal.isExternalVolume = true;
     removal.matchKind = MatchKind::liveMovie;
     removal.libraryFilename = "IMG_1.HEIC";
-    removal.lightroomImageID = 42;
-    removal.captureOneImageID = -3;
+    removal.catalog = CatalogItem{CatalogApplication::captureOne, -3};
     return removal;
 }
 
@@ -44,7 +43,7 @@ TEST(CleanupRecords, PlannedRemovalUsesItsFieldNamesAndLeavesAbsentOnesOut) {
                   paperSnapshotText(1, 10) +
                   R"(}],"isCloudSynced":true,"volumeName":"Card","isExternalVolume":true,)"
                   R"("matchKind":"liveMovie","libraryFilename":"IMG_1.HEIC",)"
-                  R"("lightroomImageID":42,"captureOneImageID":-3})");
+                  R"("captureOneImageID":-3})");
     EXPECT_EQ(full.get<PlannedRemoval>(), removal);
 
     PlannedRemoval bare;

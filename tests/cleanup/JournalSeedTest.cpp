@@ -29,7 +29,7 @@ TEST(JournalSeeds, AJournalWithEveryKindOfEntryReadsAsWritten) {
     EXPECT_EQ(report->items[2].removal.path, folder + "c \x80.jpg");
     EXPECT_EQ(report->items[2].outcome.kind, ItemOutcome::Kind::failed);
     EXPECT_EQ(report->items[3].outcome, ItemOutcome::movedToTrash(std::nullopt));
-    EXPECT_EQ(report->items[3].removal.lightroomImageID, 42);
+    EXPECT_EQ(report->items[3].removal.catalog, (CatalogItem{CatalogApplication::lightroom, 42}));
     EXPECT_EQ(report->items[3].removal.matchKind, std::nullopt);
     EXPECT_EQ(report->items[4].outcome.kind, ItemOutcome::Kind::unknown);
     EXPECT_EQ(report->items[5].outcome,

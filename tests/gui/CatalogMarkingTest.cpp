@@ -162,8 +162,8 @@ void CatalogMarkingTest::lightroomMarkingAndUndoFromTheWindow() {
     QAction* markAction = w.window.action(QStringLiteral("Mark Rejected in Lightroom Classic…"));
     QVERIFY(markAction != nullptr);
     QVERIFY(!markAction->isVisible());
-    model.setScope(Scope::lightroom);
-    model.setLightroomCatalog(catalog, photos.tree.path("Lightroom"));
+    model.setScope(Scope::of(CatalogApplication::lightroom));
+    model.setCatalog(CatalogApplication::lightroom, catalog, photos.tree.path("Lightroom"));
     QVERIFY(markAction->isVisible());
 
     // Nothing marked yet: the card says why there is nothing to confirm.
@@ -255,8 +255,8 @@ void CatalogMarkingTest::refusedMarkingLeavesTheCatalogAlone() {
     }
     WindowFixture w;
     PhotoCleanupModel& model = w.fixture.model();
-    model.setScope(Scope::lightroom);
-    model.setLightroomCatalog(catalog, photos.tree.path("Lightroom"));
+    model.setScope(Scope::of(CatalogApplication::lightroom));
+    model.setCatalog(CatalogApplication::lightroom, catalog, photos.tree.path("Lightroom"));
     QCOMPARE(w.scanAndMarkSuggested().size(), std::size_t{2});
 
     // Lightroom holds its lock file while the catalog is open.
@@ -327,8 +327,8 @@ void CatalogMarkingTest::captureOneTaggingAndUndo() {
 
     WindowFixture w;
     PhotoCleanupModel& model = w.fixture.model();
-    model.setScope(Scope::captureOne);
-    model.setCaptureOneCatalog(package, photos.tree.path("Capture One"));
+    model.setScope(Scope::of(CatalogApplication::captureOne));
+    model.setCatalog(CatalogApplication::captureOne, package, photos.tree.path("Capture One"));
     QCOMPARE(w.scanAndMarkSuggested().size(), std::size_t{1});
     CatalogMarkingCard* card = w.openCard();
     QVERIFY(card != nullptr);
@@ -375,8 +375,8 @@ void CatalogMarkingTest::untestedVersionIsToldBeforeMarking() {
     const std::string digest = fileDigest(catalog);
     WindowFixture w;
     PhotoCleanupModel& model = w.fixture.model();
-    model.setScope(Scope::lightroom);
-    model.setLightroomCatalog(catalog, photos.tree.path("Lightroom"));
+    model.setScope(Scope::of(CatalogApplication::lightroom));
+    model.setCatalog(CatalogApplication::lightroom, catalog, photos.tree.path("Lightroom"));
     QCOMPARE(w.scanAndMarkSuggested().size(), std::size_t{1});
 
     // The overview says it first; the card says it again before confirming.
@@ -406,15 +406,17 @@ void CatalogMarkingTest::untestedVersionIsToldBeforeMarking() {
 // application, as the command line counts them.
 void CatalogMarkingTest::photosAlreadyMarkedAreCounted() {
     const std::pair<Scope, QString> cases[] = {
-        {Scope::lightroom, QStringLiteral("Already Rejected in Lightroom Classic: 2")},
-        {Scope::captureOne, QStringLiteral("Already tagged Red in Capture One: 2")},
+        {Scope::of(CatalogApplication::lightroom),
+         QStringLiteral("Already Rejected in Lightroom Classic: 2")},
+        {Scope::of(CatalogApplication::captureOne),
+         QStringLiteral("Already tagged Red in Capture One: 2")},
     };
     for (const auto& [scope, line] : cases) {
         Photos photos;
         WindowFixture w;
         PhotoCleanupModel& model = w.fixture.model();
         model.setScope(scope);
-        if (scope == Scope::lightroom) {
+        if (scope == Scope::of(CatalogApplication::lightroom)) {
             std::string catalog = photos.tree.path("Lightroom/Family.lrcat");
             LightroomCatalogFixture fixture(catalog);
             fixture.addPhotoAt(photos.a);
@@ -422,7 +424,7 @@ void CatalogMarkingTest::photosAlreadyMarkedAreCounted() {
             fixture.addPhotoAt(photos.c, {.pick = -1});
             fixture.addPhotoAt(photos.f);
             fixture.close();
-            model.setLightroomCatalog(catalog, photos.tree.path("Lightroom"));
+            model.setCatalog(CatalogApplication::lightroom, catalog, photos.tree.path("Lightroom"));
         } else {
             std::string package = photos.tree.path("Capture One/Family.cocatalog");
             CaptureOneCatalogFixture fixture(package);
@@ -431,7 +433,8 @@ void CatalogMarkingTest::photosAlreadyMarkedAreCounted() {
             fixture.addImageAt(photos.c, {.colorTag = 1});
             fixture.addImageAt(photos.f);
             fixture.close();
-            model.setCaptureOneCatalog(package, photos.tree.path("Capture One"));
+            model.setCatalog(CatalogApplication::captureOne, package,
+                             photos.tree.path("Capture One"));
         }
 
         QVERIFY(model.startScan());

@@ -56,12 +56,12 @@ void CleanupSettingsTest::writesAndReadsBackEverySetting() {
     written.inboxFolders = {"/home/anna/Downloads", "/home/anna/Desktop"};
     written.priorities = {Priority::mostPixels, Priority::oldest};
     written.preset = SimilarityPreset::broad;
-    written.scope = Scope::lightroom;
+    written.scope = Scope::of(CatalogApplication::lightroom);
     written.mode = Mode::series;
-    written.lightroomCatalog = "/home/anna/Pictures/Lightroom/Main.lrcat";
-    written.captureOneCatalog = "/home/anna/Pictures/Work.cocatalog";
-    written.lightroomFolders = {"/home/anna/Pictures/Lightroom"};
-    written.captureOneFolders = {"/home/anna/Pictures"};
+    written.catalogs = {{CatalogApplication::lightroom, "/home/anna/Pictures/Lightroom/Main.lrcat"},
+                        {CatalogApplication::captureOne, "/home/anna/Pictures/Work.cocatalog"}};
+    written.catalogFolders = {{CatalogApplication::lightroom, {"/home/anna/Pictures/Lightroom"}},
+                              {CatalogApplication::captureOne, {"/home/anna/Pictures"}}};
     written.skin = "dusk";
     {
         QSettings store(file(tree), QSettings::IniFormat);
@@ -165,9 +165,9 @@ void CleanupSettingsTest::modelSavesEachChangeAtOnce() {
     model.setMode(Mode::similar);
     model.setSkin("hibernia");
     model.setPriorities({Priority::largestFile, Priority::newest});
-    model.setLightroomCatalog("/a/One.lrcat", "/a");
-    model.setLightroomCatalog("/b/Two.lrcat", "/b");
-    model.setLightroomCatalog("/a/Three.lrcat", "/a");
+    model.setCatalog(CatalogApplication::lightroom, "/a/One.lrcat", "/a");
+    model.setCatalog(CatalogApplication::lightroom, "/b/Two.lrcat", "/b");
+    model.setCatalog(CatalogApplication::lightroom, "/a/Three.lrcat", "/a");
 
     QSettings reread(QString::fromStdString(fixture.settingsPath()), QSettings::IniFormat);
     CleanupSettings settings = CleanupSettings::load(reread, {});
@@ -176,9 +176,10 @@ void CleanupSettingsTest::modelSavesEachChangeAtOnce() {
     QCOMPARE(settings.mode, Mode::similar);
     QCOMPARE(settings.skin, std::string("hibernia"));
     QCOMPARE(settings.priorities, (std::vector<Priority>{Priority::largestFile, Priority::newest}));
-    QCOMPARE(settings.lightroomCatalog, std::string("/a/Three.lrcat"));
+    QCOMPARE(settings.catalogs.at(CatalogApplication::lightroom), std::string("/a/Three.lrcat"));
     // The folders searched for catalogs, most recent first, each once.
-    QCOMPARE(settings.lightroomFolders, (std::vector<std::string>{"/a", "/b"}));
+    QCOMPARE(settings.catalogFolders.at(CatalogApplication::lightroom),
+             (std::vector<std::string>{"/a", "/b"}));
     QCOMPARE(settings, model.settings());
 }
 

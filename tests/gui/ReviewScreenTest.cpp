@@ -541,7 +541,7 @@ void ReviewScreenTest::inspectorShowsOtherNamesAndCatalogWork() {
     asset.snapshot.linkCount = 2;
     asset.volumeName = "Photos";
     asset.isExternalVolume = true;
-    asset.lightroom = LightroomRef{.rating = 3, .isEdited = true};
+    asset.catalog = CatalogReference{LightroomRef{.rating = 3, .isEdited = true}};
     Inspector inspector;
     inspector.showAsset(&asset, {.isKeeper = false,
                                  .keeperName = QStringLiteral("b.jpg"),

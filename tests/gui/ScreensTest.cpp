@@ -332,29 +332,32 @@ void ScreensTest::homeChoosesAndScansALightroomCatalog() {
     WindowFixture w;
     PhotoCleanupModel& model = w.fixture.model();
     HomeScreen* home = w.window.home();
-    clickChoice(home->scopeButton(Scope::lightroom));
-    QCOMPARE(model.settings().scope, Scope::lightroom);
+    clickChoice(home->scopeButton(Scope::of(CatalogApplication::lightroom)));
+    QCOMPARE(model.settings().scope, Scope::of(CatalogApplication::lightroom));
     QVERIFY(!home->scanButton()->isEnabled());
 
     // The search of the default folder the click started is overtaken.
     QSignalSpy searched(&model, &PhotoCleanupModel::catalogChanged);
-    model.findCatalog(Scope::lightroom, empty);
+    model.findCatalog(Scope::of(CatalogApplication::lightroom), empty);
     QTRY_COMPARE(searched.count(), 1);
-    QCOMPARE(home->catalogNoticeText(Scope::lightroom),
+    QCOMPARE(home->catalogNoticeText(Scope::of(CatalogApplication::lightroom)),
              QStringLiteral("There is no Lightroom Classic catalog (.lrcat) in %1. Choose the "
                             "folder the catalog file is in.")
                  .arg(qtText(empty)));
-    QCOMPARE(home->catalogText(Scope::lightroom), QStringLiteral("No catalog chosen yet."));
+    QCOMPARE(home->catalogText(Scope::of(CatalogApplication::lightroom)),
+             QStringLiteral("No catalog chosen yet."));
     QVERIFY(!home->scanButton()->isEnabled());
 
-    model.findCatalog(Scope::lightroom, tree.path("Lightroom"));
+    model.findCatalog(Scope::of(CatalogApplication::lightroom), tree.path("Lightroom"));
     QTRY_COMPARE(searched.count(), 2);
-    QCOMPARE(home->catalogNoticeText(Scope::lightroom),
+    QCOMPARE(home->catalogNoticeText(Scope::of(CatalogApplication::lightroom)),
              QStringLiteral("This folder holds 2 catalogs; using Family.lrcat, the most recently "
                             "changed."));
-    QCOMPARE(home->catalogText(Scope::lightroom), QStringLiteral("Catalog: %1").arg(qtText(newer)));
-    QCOMPARE(model.settings().lightroomCatalog, newer);
-    QCOMPARE(model.settings().lightroomFolders, std::vector<std::string>{tree.path("Lightroom")});
+    QCOMPARE(home->catalogText(Scope::of(CatalogApplication::lightroom)),
+             QStringLiteral("Catalog: %1").arg(qtText(newer)));
+    QCOMPARE(model.settings().catalogs.at(CatalogApplication::lightroom), newer);
+    QCOMPARE(model.settings().catalogFolders.at(CatalogApplication::lightroom),
+             std::vector<std::string>{tree.path("Lightroom")});
     QVERIFY(home->scanButton()->isEnabled());
     QCOMPARE(home->summaryText(), QStringLiteral("Looks for identical copies in Family.lrcat."));
 
@@ -364,14 +367,14 @@ void ScreensTest::homeChoosesAndScansALightroomCatalog() {
     QCOMPARE(model.groups().size(), std::size_t{1});
     QCOMPARE(memberNames(model.groups().front(), library_->root()),
              (std::vector<std::string>{"Backup/IMG_1001.JPG", "Holidays/IMG_1001.JPG"}));
-    QVERIFY(model.groups().front().members.front().lightroom.has_value());
+    QVERIFY(model.groups().front().members.front().catalog.has_value());
     QCOMPARE(model.result().examined, 4);
 
     // A catalog that cannot be read is said so, and nothing is scanned.
     model.returnHome();
     std::string broken = tree.file("Broken/Broken.lrcat", "not a database");
-    model.findCatalog(Scope::lightroom, tree.path("Broken"));
-    QTRY_COMPARE(model.settings().lightroomCatalog, broken);
+    model.findCatalog(Scope::of(CatalogApplication::lightroom), tree.path("Broken"));
+    QTRY_COMPARE(model.settings().catalogs.at(CatalogApplication::lightroom), broken);
     QSignalSpy failed(&model, &PhotoCleanupModel::scanFailed);
     QVERIFY(model.startScan());
     QTRY_COMPARE_WITH_TIMEOUT(failed.count(), 1, kScanTimeoutMs);

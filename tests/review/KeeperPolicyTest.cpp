@@ -165,22 +165,21 @@ TEST(KeeperPolicy, WorkInACatalogKeepsTheCopyAndSaysWhatWasDone) {
     PhotoAsset plain = copyAt("/photos/a.jpg", 1);
     PhotoAsset worked = copyAt("/photos/b.jpg", 2);
     worked.pixelWidth = 100;
-    worked.lightroom = LightroomRef{.imageID = 7, .rating = 3, .isEdited = true};
+    worked.catalog = CatalogReference{LightroomRef{.imageID = 7, .rating = 3, .isEdited = true}};
     auto context = contextWith({Priority::mostPixels});
     EXPECT_EQ(suggest(groupOf({plain, worked}), context),
               (KeeperPolicy::Suggestion{
                   worked.path, "You worked on this copy in Lightroom Classic (edited, 3 stars)"}));
 
     // A Rejected flag is not work.
-    worked.lightroom = LightroomRef{.imageID = 7, .pick = -1};
+    worked.catalog = CatalogReference{LightroomRef{.imageID = 7, .pick = -1}};
     EXPECT_EQ(suggest(groupOf({plain, worked}), context),
               (KeeperPolicy::Suggestion{plain.path, "It has the most pixels"}));
 
-    worked.lightroom.reset();
-    worked.captureOne = CaptureOneRef{.imageID = 9, .colorTags = {0, 4}};
+    worked.catalog = CatalogReference{CaptureOneRef{.imageID = 9, .colorTags = {0, 4}}};
     EXPECT_EQ(suggest(groupOf({plain, worked}), context),
               (KeeperPolicy::Suggestion{worked.path, "You worked on this copy in Capture One"}));
-    worked.captureOne = CaptureOneRef{.imageID = 9, .variants = 1, .colorTags = {0}};
+    worked.catalog = CatalogReference{CaptureOneRef{.imageID = 9, .variants = 1, .colorTags = {0}}};
     EXPECT_EQ(suggest(groupOf({plain, worked}), context).keeperID, plain.path);
 }
 

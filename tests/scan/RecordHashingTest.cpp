@@ -24,9 +24,12 @@ PhotoAsset everyFieldSet() {
     asset.relationships = {Relationship::sidecar};
     asset.volumeName = "Photos";
     asset.library = LibraryRef{"id", "IMG_1.jpg", false, false, false, false};
-    asset.lightroom = LightroomRef{1, 0, 3, false, 0, 1, 2, "Red", {"xmp"}};
-    asset.captureOne = CaptureOneRef{1, 2, 1, 4, {0}, false, 1, 1};
+    asset.catalog = CatalogReference{LightroomRef{1, 0, 3, false, 0, 1, 2, "Red", {"xmp"}}};
     return asset;
+}
+
+LightroomRef& lightroomOf(PhotoAsset& asset) {
+    return std::get<LightroomRef>(asset.catalog->record);
 }
 
 // Each change makes a record unequal to the original; its hash must follow,
@@ -71,14 +74,14 @@ TEST(RecordHashing, EveryFieldOfAPictureCounts) {
             [](PhotoAsset& a) { a.isExternalVolume = true; },
             [](PhotoAsset& a) { a.library->isFavorite = true; },
             [](PhotoAsset& a) { a.library->filename = "IMG_2.jpg"; },
-            [](PhotoAsset& a) { a.lightroom->pick = -1; },
-            [](PhotoAsset& a) { a.lightroom->colorLabel.clear(); },
-            [](PhotoAsset& a) { a.lightroom->sidecarExtensions.clear(); },
-            [](PhotoAsset& a) { a.lightroom->virtualCopies = 1; },
-            [](PhotoAsset& a) { a.captureOne->colorTags = {2}; },
-            [](PhotoAsset& a) { a.captureOne->variantID = 3; },
-            [](PhotoAsset& a) { a.captureOne->albums = 0; },
-            [](PhotoAsset& a) { a.captureOne.reset(); },
+            [](PhotoAsset& a) { lightroomOf(a).pick = -1; },
+            [](PhotoAsset& a) { lightroomOf(a).colorLabel.clear(); },
+            [](PhotoAsset& a) { lightroomOf(a).sidecarExtensions.clear(); },
+            [](PhotoAsset& a) { lightroomOf(a).virtualCopies = 1; },
+            [](PhotoAsset& a) {
+                a.catalog = CatalogReference{CaptureOneRef{1, 2, 1, 4, {0}, false, 1, 1}};
+            },
+            [](PhotoAsset& a) { a.catalog.reset(); },
         });
 }
 

@@ -103,10 +103,10 @@ TEST(PhotoAsset, FixedKeepReasonFirstMatchWins) {
     EXPECT_EQ(photo.fixedKeepReason(),
               "Has another name on disk (a hard link), so moving it to the Trash would free "
               "nothing");
-    photo.captureOne = CaptureOneRef{.variants = 2};
+    photo.catalog = CatalogReference{CaptureOneRef{.variants = 2}};
     EXPECT_EQ(photo.fixedKeepReason(), "Has a second variant in Capture One, which is another "
                                        "edit of this very file, so it is kept");
-    photo.lightroom = LightroomRef{.virtualCopies = 1};
+    photo.catalog = CatalogReference{LightroomRef{.virtualCopies = 1}};
     EXPECT_EQ(photo.fixedKeepReason(), "Has a virtual copy in Lightroom Classic, which is an "
                                        "edit of this very file, so it is kept");
 
@@ -122,7 +122,7 @@ TEST(PhotoAsset, LightroomRawPairWithSidecarsFallsThrough) {
     auto photo = asset("/p/a.jpg");
     photo.relationships = {Relationship::rawPair};
     EXPECT_EQ(photo.fixedKeepReason(), "Has a RAW file with the same name, so it is kept with it");
-    photo.lightroom = LightroomRef{.sidecarExtensions = {"xmp"}};
+    photo.catalog = CatalogReference{LightroomRef{.sidecarExtensions = {"xmp"}}};
     EXPECT_EQ(photo.fixedKeepReason(), std::nullopt);
     photo.otherNames = {"/p/b.jpg"};
     EXPECT_EQ(photo.fixedKeepReason(),
@@ -182,9 +182,9 @@ ScanResult fullResult() {
     first.volumeName = "Photos \xC3\xA9t\xC3\xA9";
     first.isExternalVolume = true;
     first.library = LibraryRef{"id/1", "IMG_0001.JPG", true, true, false, true};
-    first.lightroom = LightroomRef{42, -1, 3, true, 1, 2, 3, "Red", {"xmp", "jpg"}};
-    first.captureOne = CaptureOneRef{7, 8, 2, 5, {1, 0}, true, 1, 1};
+    first.catalog = CatalogReference{LightroomRef{42, -1, 3, true, 1, 2, 3, "Red", {"xmp", "jpg"}}};
     auto second = asset("/photos/c/bad\xFF\xFEname.jpg", 2048311);
+    second.catalog = CatalogReference{CaptureOneRef{7, 8, 2, 5, {1, 0}, true, 1, 1}};
     second.format = PhotoFormat::raw;
 
     auto result = ScanResult::make({"/photos"}, {});
@@ -228,6 +228,9 @@ TEST(ScanResult, StoredFormUsesTheListedKeysInOrder) {
     const auto& picture = document["pictures"][0];
     EXPECT_EQ(picture["format"], "jpeg");
     EXPECT_EQ(picture["relationships"][1], "livePhoto");
+    // Each catalog's record under the key of its kind.
+    EXPECT_EQ(picture["lightroom"]["imageID"], 42);
+    EXPECT_EQ(document["pictures"][1]["captureOne"]["imageID"], 7);
     EXPECT_EQ(picture["snapshot"].dump(),
               R"({"identity":{"device":16777220,"inode":8812345},"size":2048311,)"
               R"("modifiedSeconds":1699999999,"modifiedNanoseconds":123456789,"linkCount":2,)"
