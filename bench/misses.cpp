@@ -111,7 +111,9 @@ int run(std::vector<brevant::PhotoAsset> pictures,
     std::vector<int> scenes;
     for (std::size_t i = 0; i < features.size(); ++i) {
         const auto& f = features[i];
-        if (f && f->hashes.size() == 4) {
+        // The misses of the four turns; mirrored orientations, where
+        // measured, are left out of this count.
+        if (f && f->hashes.size() >= 4) {
             turns.push_back({f->hashes[0], f->hashes[1], f->hashes[2], f->hashes[3]});
             scenes.push_back(sceneOf(pictures[i]));
         }

@@ -1,7 +1,7 @@
 // The corpus for the similar-run benchmark, and scoring what a tool found
 // on it.
 //
-//   bench_similar_corpus make DIR [--photos N] [--seed S]
+//   bench_similar_corpus make DIR [--photos N] [--seed S] [--mirrors PERCENT]
 //   bench_similar_corpus score DIR brevant|findimagedupes OUTPUT
 //   bench_similar_corpus faces DIR REPORT
 //
@@ -10,7 +10,10 @@
 // the last) under DIR/Pictures, and for about a quarter of them one or two
 // other versions elsewhere: half-size exports, copies re-saved at quality
 // 60, copies turned a quarter, crops of the middle 90 % and brightened
-// edits. DIR/truth.txt names each picture's scene.
+// edits. With --mirrors, that share of the scenes also gets a left-right
+// mirror image (half of them turned a quarter too), drawn apart so the rest
+// of the corpus is the same as without. DIR/truth.txt names each picture's
+// scene.
 //
 // `score` reads the groups a tool printed (brevant's report, or
 // findimagedupes' lines of paths) and prints precision and recall over
@@ -63,7 +66,7 @@ struct NeverCancelled {
 };
 
 // One scene and its other versions; answers the paths written.
-std::vector<std::string> writeScene(const std::string& root, int i, unsigned seed) {
+std::vector<std::string> writeScene(const std::string& root, int i, unsigned seed, int mirrors) {
     // Each scene draws from its own generator, so the workers' order does
     // not change the corpus.
     std::mt19937 random(seed * 7919 + static_cast<unsigned>(i));
@@ -79,6 +82,14 @@ std::vector<std::string> writeScene(const std::string& root, int i, unsigned see
     VImage photo = brevant::testing::makeScene(kWidth, kHeight, seed * 100'003 + i);
     std::string name = fmt::format("IMG_{:05}.jpg", i);
     write(photo, fmt::format("Pictures/{:02}/{}", i / 200, name), 90);
+    std::mt19937 mirrorRandom(seed * 104'729 + static_cast<unsigned>(i));
+    if (static_cast<int>(mirrorRandom() % 100) < mirrors) {
+        if (mirrorRandom() % 2 == 0) {
+            write(photo.fliphor(), fmt::format("Exports/mirrored/{}", name), 90);
+        } else {
+            write(photo.fliphor().rot90(), fmt::format("Exports/mirrored-turned/{}", name), 90);
+        }
+    }
     if (!chance(0.25)) {
         return written;
     }
@@ -109,7 +120,7 @@ std::vector<std::string> writeScene(const std::string& root, int i, unsigned see
     return written;
 }
 
-int make(const std::string& root, int photos, unsigned seed) {
+int make(const std::string& root, int photos, unsigned seed, int mirrors) {
     if (!brevant::platform::VipsRuntime::ensureStarted()) {
         fmt::print(stderr, "libvips did not start\n");
         return 1;
@@ -117,7 +128,7 @@ int make(const std::string& root, int photos, unsigned seed) {
     std::vector<int> scenes(photos);
     std::iota(scenes.begin(), scenes.end(), 0);
     auto written = brevant::parallelMap(scenes, NeverCancelled{},
-                                        [&](int i) { return writeScene(root, i, seed); });
+                                        [&](int i) { return writeScene(root, i, seed, mirrors); });
     std::ofstream truth(root + "/truth.txt");
     int files = 0;
     for (int i = 0; i < photos; ++i) {
@@ -246,14 +257,17 @@ int main(int argc, char** argv) {
     if (arguments.size() >= 2 && arguments[0] == "make") {
         int photos = 1'500;
         unsigned seed = 1;
+        int mirrors = 0;
         for (std::size_t i = 2; i + 1 < arguments.size(); i += 2) {
             if (arguments[i] == "--photos") {
                 photos = std::atoi(arguments[i + 1].c_str());
             } else if (arguments[i] == "--seed") {
                 seed = static_cast<unsigned>(std::atoi(arguments[i + 1].c_str()));
+            } else if (arguments[i] == "--mirrors") {
+                mirrors = std::atoi(arguments[i + 1].c_str());
             }
         }
-        return make(arguments[1], photos, seed);
+        return make(arguments[1], photos, seed, mirrors);
     }
     if (arguments.size() == 3 && arguments[0] == "faces") {
         return faces(arguments[1], arguments[2]);
@@ -261,7 +275,8 @@ int main(int argc, char** argv) {
     if (arguments.size() == 4 && arguments[0] == "score") {
         return score(arguments[1], arguments[2], arguments[3]);
     }
-    fmt::print(stderr, "usage: bench_similar_corpus make DIR [--photos N] [--seed S]\n"
+    fmt::print(stderr, "usage: bench_similar_corpus make DIR [--photos N] [--seed S] "
+                       "[--mirrors PERCENT]\n"
                        "       bench_similar_corpus score DIR brevant|findimagedupes OUTPUT\n"
                        "       bench_similar_corpus faces DIR REPORT\n");
     return 2;

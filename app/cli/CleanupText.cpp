@@ -139,6 +139,10 @@ Json planJson(const CleanupPlan& plan, const ReviewSession& session) {
         Json move = Json::array();
         for (const auto& member : entry.group->members) {
             Json copy{{"path", path_text::encode(member.path)}, {"size", member.size()}};
+            if (MemberOrientation turned = entry.group->orientationOf(member.path);
+                !turned.isUpright()) {
+                copy["orientation"] = turned;
+            }
             if (entry.moved.contains(member.path)) {
                 move.push_back(std::move(copy));
                 continue;

@@ -94,6 +94,9 @@ std::string CommandLineReport::render(const Request& request,
         out += fmt::format("{}: {} photos\n", rawValue(group.kind), group.members.size());
         for (const auto& member : group.members) {
             out += "  " + shownPath(member.path, home);
+            if (std::string turned = group.orientationOf(member.path).words(); !turned.empty()) {
+                out += "   " + turned;
+            }
             if (auto score = scores.find(member.path); score != scores.end()) {
                 out += fmt::format("   quality {}", score->second);
             }

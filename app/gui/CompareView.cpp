@@ -296,6 +296,9 @@ void CompareView::showFlip() {
         if (QString state = stateText(facts_[shown]); !state.isEmpty()) {
             caption << state;
         }
+        if (!facts_[shown].orientation.isEmpty()) {
+            caption << facts_[shown].orientation;
+        }
     }
     flipCaption_->setFullText(tr("%1 — press F to flip").arg(caption.join(QStringLiteral(" · "))));
     flipCaption_->setToolTip(qtText(asset.path));

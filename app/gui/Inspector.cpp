@@ -21,9 +21,9 @@ namespace {
 
 // In the order they are listed.
 const char* const kFields[] = {
-    "Name",     "Path",    "Volume",        "Size",        "Pixels", "Taken",
-    "Modified", "Format",  "Relationships", "Always kept", "Keeper", "Catalog work",
-    "Hints",    "Quality", "Faces",         "Other names",
+    "Name",         "Path",     "Volume",  "Size",          "Pixels",      "Orientation",
+    "Taken",        "Modified", "Format",  "Relationships", "Always kept", "Keeper",
+    "Catalog work", "Hints",    "Quality", "Faces",         "Other names",
 };
 
 QString volumeText(const PhotoAsset& asset) {
@@ -124,6 +124,7 @@ void Inspector::showAsset(const PhotoAsset* asset, const Facts& facts) {
         asset->pixelWidth && asset->pixelHeight
             ? QStringLiteral("%1 × %2").arg(*asset->pixelWidth).arg(*asset->pixelHeight)
             : QString());
+    set(QStringLiteral("Orientation"), facts.orientation);
     set(QStringLiteral("Taken"), facts.captureDate);
     set(QStringLiteral("Modified"),
         qtText(platform::shortDateTime(asset->snapshot.modifiedSeconds)));

@@ -31,6 +31,8 @@ public:
         QString hint;
         std::optional<int> qualityScore;
         QString faceNote;
+        // Against the group's first member; empty when upright.
+        QString orientation;
         // From the picture's EXIF data, once decoded.
         QString captureDate;
     };

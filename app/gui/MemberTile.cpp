@@ -124,6 +124,9 @@ void MemberTile::setFacts(const MemberFacts& facts) {
     reason_->setText(facts.isKeeper ? facts.keeperReason : QString());
     reason_->setVisible(facts.isKeeper);
     QStringList quality;
+    if (!facts.orientation.isEmpty()) {
+        quality << facts.orientation;
+    }
     if (!facts.hint.isEmpty()) {
         quality << facts.hint;
     }

@@ -25,6 +25,9 @@ struct MemberFacts {
     QString hint;
     std::optional<int> qualityScore;
     QString faceNote;
+    // Against the group's first member: "turned 90°", "mirrored"; empty
+    // when upright.
+    QString orientation;
 };
 
 // One copy in the compare view: its picture on the shared zoom, the keeper

@@ -557,7 +557,8 @@ void ReviewScreen::updateFacts() {
         MemberFacts fact{.isKeeper = suggestion && suggestion->keeperID == member.path,
                          .keeperReason = suggestion ? qtText(suggestion->reason) : QString(),
                          .isMarked = session->isMarked(member.path),
-                         .isLocked = session->isLocked(member.path)};
+                         .isLocked = session->isLocked(member.path),
+                         .orientation = qtText(group->orientationOf(member.path).words())};
         if (auto found = hints.find(member.path); found != hints.end()) {
             fact.hint = qtText(found->second);
         }
@@ -588,6 +589,7 @@ void ReviewScreen::updateInspector() {
             keeper != nullptr ? qtText(CopyLabels::distinctName(*keeper, *group)) : QString();
         facts.keeperReason = qtText(suggestion->reason);
     }
+    facts.orientation = qtText(group->orientationOf(asset->path).words());
     if (auto index = model_.index()) {
         auto hints = QualityHints::hints(*group, *index);
         auto scores = QualityHints::scores(*group, *index);

@@ -30,11 +30,23 @@ std::int64_t DuplicateGroup::extraBytes() const {
     return total - largest;
 }
 
+MemberOrientation DuplicateGroup::orientationOf(const std::string& path) const {
+    auto found = orientations.find(path);
+    return found != orientations.end() ? found->second : MemberOrientation{};
+}
+
 void to_json(nlohmann::ordered_json& j, const DuplicateGroup& value) {
     j = json::Json::object();
     j["id"] = json::text(value.id);
     j["size"] = value.size;
     j["members"] = value.members;
+    // Said on the member itself, only where it is turned or mirrored.
+    for (auto& member : j["members"]) {
+        auto found = value.orientations.find(json::getText(member, "path"));
+        if (found != value.orientations.end()) {
+            member["orientation"] = found->second;
+        }
+    }
     j["kind"] = json::enumValue(value.kind);
     json::putOptional(j, "spread", value.spread);
 }
@@ -43,6 +55,13 @@ void from_json(const nlohmann::ordered_json& j, DuplicateGroup& value) {
     value.id = json::getText(j, "id");
     value.size = json::get<std::int64_t>(j, "size");
     value.members = json::get<std::vector<PhotoAsset>>(j, "members");
+    value.orientations.clear();
+    for (const auto& member : json::field(j, "members")) {
+        if (json::has(member, "orientation")) {
+            value.orientations.emplace(json::getText(member, "path"),
+                                       json::get<MemberOrientation>(member, "orientation"));
+        }
+    }
     value.kind = json::getEnum<MatchKind>(j, "kind");
     value.spread = json::getOptional<float>(j, "spread");
 }

@@ -1,10 +1,12 @@
 #pragma once
 
 #include "engine/scan/MatchKind.hpp"
+#include "engine/scan/MemberOrientation.hpp"
 #include "engine/scan/PhotoAsset.hpp"
 #include "engine/support/Hashing.hpp"
 
 #include <cstdint>
+#include <map>
 #include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <string>
@@ -21,6 +23,9 @@ struct DuplicateGroup {
     MatchKind kind = MatchKind::identical;
     // The largest distance within a similar group; absent for identical ones.
     std::optional<float> spread;
+    // By path: the copies of a similar group or series that are turned or
+    // mirrored against the first member. Upright copies are not listed.
+    std::map<std::string, MemberOrientation> orientations;
 
     [[nodiscard]] static DuplicateGroup make(std::string sha256, std::int64_t size,
                                              std::vector<PhotoAsset> members, MatchKind kind,
@@ -28,6 +33,9 @@ struct DuplicateGroup {
 
     // What removing all but the largest copy would free (for a Live Photo: its movie).
     [[nodiscard]] std::int64_t extraBytes() const;
+
+    // Upright for a copy that is not listed.
+    [[nodiscard]] MemberOrientation orientationOf(const std::string& path) const;
 
     friend bool operator==(const DuplicateGroup&, const DuplicateGroup&) = default;
 };

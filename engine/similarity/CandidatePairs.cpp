@@ -23,13 +23,17 @@ namespace brevant {
 namespace {
 
 constexpr int kBytes = 8;
-constexpr int kTurns = 4;
+constexpr int kTurns = ImageFeatures::kTurns;
+constexpr int kOrientations = ImageFeatures::kOrientations;
 constexpr int kValues = 256;
 constexpr int kProposed = SimilarityThresholds::kCandidateHamming;
 constexpr int kKept = SimilarityThresholds::kKeptHamming;
 constexpr int kSeries = static_cast<int>(SimilarityThresholds::kSeriesRelated);
 
-using Turns = TurnedHashes::Turns;
+// A picture's hashes in the eight orientations ImageFeatures lists. A
+// record measured without mirrors repeats its four turns in the mirrored
+// places: every rule below then answers exactly as over the four turns.
+using Turns = std::array<std::uint64_t, kOrientations>;
 
 int byteAt(std::uint64_t hash, int position) {
     return static_cast<int>((hash >> (8 * position)) & 0xFF);
@@ -45,14 +49,17 @@ std::uint64_t equalBytes(std::uint64_t a, std::uint64_t b) {
     return ~nonZero & ~kLow;
 }
 
-// Smallest distance of a hash to any of four turns.
+// Smallest distance of a hash to any orientation.
 int distance(std::uint64_t hash, const Turns& turns) {
-    return std::min(std::min(std::popcount(hash ^ turns[0]), std::popcount(hash ^ turns[1])),
-                    std::min(std::popcount(hash ^ turns[2]), std::popcount(hash ^ turns[3])));
+    int best = std::popcount(hash ^ turns[0]);
+    for (int o = 1; o < kOrientations; ++o) {
+        best = std::min(best, std::popcount(hash ^ turns[o]));
+    }
+    return best;
 }
 
-// Some turn of x shares a byte position with y's unturned hash, and x's
-// unturned hash is close enough to one of y's turns.
+// Some orientation of x shares a byte position with y's unturned hash, and
+// x's unturned hash is close enough to one of y's orientations.
 bool proposes(const Turns& x, const Turns& y) {
     std::uint64_t shared = 0;
     for (std::uint64_t turned : x) {
@@ -61,9 +68,9 @@ bool proposes(const Turns& x, const Turns& y) {
     return shared != 0 && distance(x[0], y) <= kProposed;
 }
 
-// Some turn of x before `turn`, or `turn` itself at a position before
-// `position`, shares that byte with `target`: probing goes turn by turn,
-// position by position within a turn.
+// Some orientation of x before `turn`, or `turn` itself at a position
+// before `position`, shares that byte with `target`: probing goes
+// orientation by orientation, position by position within one.
 bool sharedEarlier(const Turns& x, std::uint64_t target, int turn, int position) {
     for (int t = 0; t < turn; ++t) {
         if (equalBytes(x[t], target) != 0) {
@@ -84,14 +91,15 @@ struct Place {
 // The measured pictures' hashes under compact indices (k stands for picture
 // ids()[k]; ids ascend), and for one byte position at a time the pictures
 // listed under each byte value of their unturned hash and the probes
-// (picture, turn) whose turned hash has that value there.
+// (picture, orientation) whose hash in that orientation has that value
+// there. Only measured orientations are probes.
 class ProposalTable {
 public:
     struct Position {
         std::array<int, kValues + 1> listingStart{};
         std::vector<int> listings;
         std::array<int, kValues + 1> probeStart{};
-        std::vector<int> probes; // k * kTurns + turn
+        std::vector<int> probes; // k * kOrientations + orientation
     };
 
     ProposalTable(const std::vector<std::optional<ImageFeatures>>& features,
@@ -107,13 +115,23 @@ public:
         compactOf_.assign(features.size(), -1);
         for (std::size_t i = 0; i < features.size(); ++i) {
             const auto& f = features[i];
-            // Records that do not hold all four turns cannot be probed.
-            if (!f || f->hashes.size() != kTurns) {
+            // Records that hold neither the four turns nor all eight
+            // orientations cannot be probed.
+            if (!f) {
+                continue;
+            }
+            int count = static_cast<int>(f->hashes.size());
+            if (count != kTurns && count != kOrientations) {
                 continue;
             }
             compactOf_[i] = static_cast<int>(ids_.size());
             ids_.push_back(static_cast<int>(i));
-            turns_.push_back({f->hashes[0], f->hashes[1], f->hashes[2], f->hashes[3]});
+            Turns turns{};
+            for (int o = 0; o < kOrientations; ++o) {
+                turns[o] = f->hashes[count == kOrientations ? o : o % kTurns];
+            }
+            turns_.push_back(turns);
+            measured_.push_back(count);
             places_.push_back(placeOf[i]);
         }
     }
@@ -128,27 +146,32 @@ public:
 
     [[nodiscard]] const Place& place(int k) const { return places_[k]; }
 
+    // Whether k's mirrored orientations were measured.
+    [[nodiscard]] bool mirrored(int k) const { return measured_[k] == kOrientations; }
+
     // Counting sorts of the listings and probes at byte position p.
     [[nodiscard]] Position position(int p) const {
         Position result;
-        for (const Turns& t : turns_) {
-            result.listingStart[byteAt(t[0], p) + 1] += 1;
-            for (std::uint64_t h : t) {
-                result.probeStart[byteAt(h, p) + 1] += 1;
+        std::size_t probes = 0;
+        for (int k = 0; k < size(); ++k) {
+            result.listingStart[byteAt(turns_[k][0], p) + 1] += 1;
+            for (int o = 0; o < measured_[k]; ++o) {
+                result.probeStart[byteAt(turns_[k][o], p) + 1] += 1;
             }
+            probes += static_cast<std::size_t>(measured_[k]);
         }
         std::partial_sum(result.listingStart.begin(), result.listingStart.end(),
                          result.listingStart.begin());
         std::partial_sum(result.probeStart.begin(), result.probeStart.end(),
                          result.probeStart.begin());
         result.listings.resize(turns_.size());
-        result.probes.resize(turns_.size() * kTurns);
+        result.probes.resize(probes);
         auto nextListing = result.listingStart;
         auto nextProbe = result.probeStart;
         for (int k = 0; k < size(); ++k) {
             result.listings[nextListing[byteAt(turns_[k][0], p)]++] = k;
-            for (int t = 0; t < kTurns; ++t) {
-                result.probes[nextProbe[byteAt(turns_[k][t], p)]++] = k * kTurns + t;
+            for (int o = 0; o < measured_[k]; ++o) {
+                result.probes[nextProbe[byteAt(turns_[k][o], p)]++] = k * kOrientations + o;
             }
         }
         return result;
@@ -158,14 +181,15 @@ private:
     std::vector<int> ids_;
     std::vector<int> compactOf_;
     std::vector<Turns> turns_;
+    std::vector<int> measured_; // orientations measured: 4 or 8
     std::vector<Place> places_;
 };
 
-// a's unturned hash against b's turns, as FeatureExtractor::hashMatch
-// answers it for records with all four turns, from the compact copies.
+// a's unturned hash against b's orientations, as FeatureExtractor::hashMatch
+// answers it, from the compact copies (repeated turns never come first).
 FeatureExtractor::HashMatch hashMatch(const Turns& a, const Turns& b) {
     FeatureExtractor::HashMatch best{.distance = std::popcount(a[0] ^ b[0]), .turn = 0};
-    for (int turn = 1; turn < kTurns; ++turn) {
+    for (int turn = 1; turn < kOrientations; ++turn) {
         int d = std::popcount(a[0] ^ b[turn]);
         if (d < best.distance) {
             best = {.distance = d, .turn = turn};
@@ -204,7 +228,7 @@ struct Found {
 struct Block {
     int position = 0;
     std::span<const int> listed;
-    std::span<const int> probes; // k * kTurns + turn
+    std::span<const int> probes; // k * kOrientations + orientation
     std::vector<Turns> listedTurns;
     std::vector<Place> listedPlaces;
     std::vector<Turns> probeTurns;
@@ -233,12 +257,12 @@ takeHits(const Block& block, const ProposalTable& table,
          const std::vector<std::optional<ImageFeatures>>& features) {
     Found found;
     for (const auto& hit : block.hits) {
-        int x = block.probes[hit.probe] / kTurns;
+        int x = block.probes[hit.probe] / kOrientations;
         int y = block.listed[hit.entry];
         if (x == y) {
             continue;
         }
-        int turn = block.probes[hit.probe] % kTurns;
+        int turn = block.probes[hit.probe] % kOrientations;
         const Turns& tx = block.probeTurns[hit.probe];
         const Turns& ty = block.listedTurns[hit.entry];
         if (sharedEarlier(tx, ty[0], turn, block.position) || (y < x && proposes(ty, tx))) {
@@ -283,6 +307,38 @@ takeHitsWithPopcount(const Block& block, const ProposalTable& table,
     return takeHits(block, table, features);
 }
 
+// The block's hits: probes within the proposal distance of an entry's
+// turns, or of its mirrored turns. A block without mirrored entries is
+// scanned once, exactly as over four turns.
+void scanBlock(Block& block, std::span<const std::uint64_t> unturned, const ProposalTable& table,
+               HammingScan::Kernel kernel) {
+    auto half = [&](int first) {
+        std::vector<TurnedHashes::Turns> turns;
+        turns.reserve(block.listedTurns.size());
+        for (const Turns& t : block.listedTurns) {
+            turns.push_back({t[first], t[first + 1], t[first + 2], t[first + 3]});
+        }
+        TurnedHashes hashes;
+        hashes.assign(turns);
+        return hashes;
+    };
+    HammingScan::within(unturned, half(0), kProposed, block.hits, kernel);
+    if (std::ranges::none_of(block.listed, [&](int k) { return table.mirrored(k); })) {
+        return;
+    }
+    HammingScan::within(unturned, half(kTurns), kProposed, block.hits, kernel);
+    // A hit within reach both upright and mirrored is one hit.
+    auto order = [](const HammingScan::Hit& x, const HammingScan::Hit& y) {
+        return x.probe != y.probe ? x.probe < y.probe : x.entry < y.entry;
+    };
+    auto same = [](const HammingScan::Hit& x, const HammingScan::Hit& y) {
+        return x.probe == y.probe && x.entry == y.entry;
+    };
+    std::ranges::sort(block.hits, order);
+    auto duplicates = std::ranges::unique(block.hits, same);
+    block.hits.erase(duplicates.begin(), duplicates.end());
+}
+
 // The pairs first met in block (p, v).
 Found proposeInBlock(const ProposalTable& table, const ProposalTable::Position& at, int p, int v,
                      const std::vector<std::optional<ImageFeatures>>& features,
@@ -306,14 +362,12 @@ Found proposeInBlock(const ProposalTable& table, const ProposalTable::Position& 
     std::vector<std::uint64_t> unturned;
     unturned.reserve(block.probes.size());
     for (int probe : block.probes) {
-        const Turns& turns = table.turns(probe / kTurns);
+        const Turns& turns = table.turns(probe / kOrientations);
         block.probeTurns.push_back(turns);
-        block.probePlaces.push_back(table.place(probe / kTurns));
+        block.probePlaces.push_back(table.place(probe / kOrientations));
         unturned.push_back(turns[0]);
     }
-    TurnedHashes listed;
-    listed.assign(block.listedTurns);
-    HammingScan::within(unturned, listed, kProposed, block.hits, kernel);
+    scanBlock(block, unturned, table, kernel);
     return kernel == HammingScan::Kernel::portable ? takeHitsPlain(block, table, features)
                                                    : takeHitsWithPopcount(block, table, features);
 }

@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <ctime>
 #include <numbers>
+#include <type_traits>
 
 namespace brevant {
 
@@ -99,14 +100,45 @@ bool hasSide(const GreySquare& square, int side) {
            square.values.size() == static_cast<std::size_t>(side) * static_cast<std::size_t>(side);
 }
 
-template <class Hash, class Make> std::vector<Hash> fourTurns(GreySquare square, Make make) {
-    std::vector<Hash> hashes;
-    hashes.reserve(4);
-    for (int turn = 0; turn < 4; ++turn) {
+// A left-right mirror negates the odd horizontal frequencies (u at index
+// v * Frequencies + u), so the mirror's DCT needs no second transform.
+template <std::size_t Frequencies>
+std::array<double, Frequencies * Frequencies>
+mirrored(std::array<double, Frequencies * Frequencies> values) {
+    for (std::size_t v = 0; v < Frequencies; ++v) {
+        for (std::size_t u = 1; u < Frequencies; u += 2) {
+            values[v * Frequencies + u] = -values[v * Frequencies + u];
+        }
+    }
+    return values;
+}
+
+// The hashes of a square in the eight orientations ImageFeatures lists:
+// turn t at index t, turn t then mirrored at index 4 + t. All zero for a
+// square of another side.
+template <std::size_t Side, std::size_t Frequencies, class Hash>
+std::vector<Hash> orientationHashes(GreySquare square) {
+    constexpr std::size_t kCount = Frequencies * Frequencies;
+    constexpr std::size_t kWords = kCount / 64;
+    auto hashOf = [](const std::array<double, kCount>& values) -> Hash {
+        std::array<std::uint64_t, kWords> words = hashBits<kCount, kWords>(values);
+        if constexpr (std::is_same_v<Hash, std::uint64_t>) {
+            return words[0];
+        } else {
+            return words;
+        }
+    };
+    std::vector<Hash> hashes(ImageFeatures::kOrientations);
+    if (!hasSide(square, static_cast<int>(Side))) {
+        return hashes;
+    }
+    for (int turn = 0; turn < ImageFeatures::kTurns; ++turn) {
         if (turn > 0) {
             square = FeatureExtractor::turnedClockwise(square);
         }
-        hashes.push_back(make(square));
+        auto values = lowFrequencies<Side, Frequencies>(square);
+        hashes[turn] = hashOf(values);
+        hashes[ImageFeatures::kTurns + turn] = hashOf(mirrored<Frequencies>(values));
     }
     return hashes;
 }
@@ -155,8 +187,8 @@ std::optional<ImageFeatures> FeatureExtractor::features(const platform::DecodedI
         return std::nullopt;
     }
     ImageFeatures features;
-    features.hashes = fourTurns<std::uint64_t>((*squares)[0], phash);
-    features.detailHashes = fourTurns<DetailHash>((*squares)[1], detailHash);
+    features.hashes = orientationHashes<kHashSide, 8, std::uint64_t>((*squares)[0]);
+    features.detailHashes = orientationHashes<kDetailSide, 16, DetailHash>((*squares)[1]);
     Measures measures = measure((*squares)[2]);
     features.sharpness = measures.sharpness;
     features.meanLuma = measures.meanLuma;

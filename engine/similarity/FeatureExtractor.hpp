@@ -83,17 +83,19 @@ struct FeatureExtractor {
         friend bool operator==(const HashMatch&, const HashMatch&) = default;
     };
 
-    // a's unturned hash against each of b's four turns: the smallest Hamming
-    // distance and the first turn that reaches it; (64, 0) when b has none.
+    // a's unturned hash against each of b's orientations (four turns, and
+    // their mirrors when measured): the smallest Hamming distance and the
+    // first orientation that reaches it, an index into b's hashes; (64, 0)
+    // when b has none.
     [[nodiscard]] static HashMatch hashMatch(const ImageFeatures& a, const ImageFeatures& b);
     [[nodiscard]] static int hashDistance(const ImageFeatures& a, const ImageFeatures& b);
 
-    // a's unturned detail hash against each of b's turns: the smallest
-    // distance, 256 when either side has none.
+    // a's unturned detail hash against each of b's orientations: the
+    // smallest distance, 256 when either side has none.
     [[nodiscard]] static int detailDistance(const ImageFeatures& a, const ImageFeatures& b);
 
     // Aspect ratios within 1.35 of each other; with `turn`, b is compared on
-    // exchanged sides (it matched at an odd quarter turn).
+    // exchanged sides (it matched at an odd quarter turn, mirrored or not).
     [[nodiscard]] static bool shapesAgree(const ImageFeatures& a, const ImageFeatures& b,
                                           bool turn);
 

@@ -16,12 +16,17 @@ using DetailHash = std::array<std::uint64_t, 4>;
 
 // One picture measured once for likeness and quality.
 struct ImageFeatures {
-    static constexpr int kPipelineVersion = 3;
+    // 4: the mirrored orientations were added to the hashes.
+    static constexpr int kPipelineVersion = 4;
+    static constexpr int kTurns = 4;
+    static constexpr int kOrientations = 8;
 
-    // DCT hashes of the 32x32 rendition: as it stands, then turned a
-    // quarter, a half and three quarters clockwise.
+    // DCT hashes of the 32x32 rendition in eight orientations: as it stands,
+    // then turned a quarter, a half and three quarters clockwise; then the
+    // same four turns, each mirrored left-right after turning. Records made
+    // before mirroring was measured hold the first four only.
     std::vector<std::uint64_t> hashes;
-    // The same four turns of the 64x64 rendition.
+    // The same orientations of the 64x64 rendition.
     std::vector<DetailHash> detailHashes;
     std::optional<std::vector<std::uint8_t>> featurePrint;
     int featurePrintRevision = 0;

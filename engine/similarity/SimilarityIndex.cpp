@@ -2,9 +2,11 @@
 
 #include "engine/platform/Sha256.hpp"
 #include "engine/similarity/CaptureTimeline.hpp"
+#include "engine/similarity/FeatureExtractor.hpp"
 #include "engine/similarity/SimilarityThresholds.hpp"
 
 #include <algorithm>
+#include <bit>
 #include <fmt/format.h>
 #include <numeric>
 #include <span>
@@ -13,6 +15,25 @@
 namespace brevant {
 
 namespace {
+
+// Bits by which another orientation must match better than upright before
+// a copy is said to be turned or mirrored: a nearly symmetric scene matches
+// almost as well mirrored, and is no less upright for it. A match beyond
+// the broadest preset's distance (a series' far shots) says nothing.
+constexpr int kOrientationMargin = 6;
+
+MemberOrientation orientationAgainst(const ImageFeatures* first, const ImageFeatures* copy) {
+    if (first == nullptr || copy == nullptr || first->hashes.empty() || copy->hashes.empty()) {
+        return {};
+    }
+    FeatureExtractor::HashMatch match = FeatureExtractor::hashMatch(*first, *copy);
+    int upright = std::popcount(first->hashes[0] ^ copy->hashes[0]);
+    if (match.turn == 0 || match.distance > SimilarityThresholds::kKeptHamming ||
+        upright - match.distance < kOrientationMargin) {
+        return {};
+    }
+    return MemberOrientation::fromMatched(match.turn);
+}
 
 bool pairOrder(const SimilarPair& x, const SimilarPair& y) {
     return x.a != y.a ? x.a < y.a : x.b < y.b;
@@ -281,7 +302,25 @@ DuplicateGroup SimilarityIndex::makeGroup(std::vector<int> members, MatchKind ki
         largest = std::max(largest, pictures[member].size());
     }
     std::string id = groupId(kind, assets);
-    return DuplicateGroup::make(std::move(id), largest, std::move(assets), kind, spread);
+    DuplicateGroup group =
+        DuplicateGroup::make(std::move(id), largest, std::move(assets), kind, spread);
+    if (members.empty()) {
+        return group;
+    }
+    auto measured = [&](int picture) -> const ImageFeatures* {
+        auto at = static_cast<std::size_t>(picture);
+        return at < features.size() && features[at] ? &*features[at] : nullptr;
+    };
+    // Against the first member rather than the keeper: the keeper is chosen
+    // later, by the review, and the user may change it.
+    const ImageFeatures* first = measured(members.front());
+    for (int member : members) {
+        MemberOrientation orientation = orientationAgainst(first, measured(member));
+        if (!orientation.isUpright()) {
+            group.orientations.emplace(pictures[member].path, orientation);
+        }
+    }
+    return group;
 }
 
 void sortGroupsBySavings(std::vector<DuplicateGroup>& groups) {

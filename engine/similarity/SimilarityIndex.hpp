@@ -71,6 +71,8 @@ public:
     // Members in ascending picture index; the id is the kind, the first member's
     // path and a digest of every member's path, size and modification time, so
     // it stays the same across rescans only while the members are unchanged.
+    // Copies turned or mirrored against the first member are listed in its
+    // orientations.
     [[nodiscard]] DuplicateGroup makeGroup(std::vector<int> members, MatchKind kind,
                                            float spread) const;
 

@@ -1,11 +1,19 @@
 #include "app/cli/CommandLineReport.hpp"
 
+#include "tests/app/ProgramRun.hpp"
+#include "tests/fixtures/ImageFixtures.hpp"
 #include "tests/fixtures/TempTree.hpp"
 
 #include <gtest/gtest.h>
 
 #include <cstdio>
 #include <fmt/format.h>
+#include <functional>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace brevant::cli {
 namespace {
@@ -113,6 +121,93 @@ TEST(CommandLineReport, PrintsTheSampleLibraryAsExpected) {
     }
     // Nothing was changed: the folder still holds what the tool wrote.
     EXPECT_EQ(testing::runCommand("test $(find '" + library + "' -type f | wc -l) -eq 22"), 0);
+}
+
+// What the report says after a member's path, up to its quality and hints;
+// nullopt when the path is on no member line.
+std::optional<std::string> wordsAfter(const std::string& report, const std::string& path) {
+    std::string start = "  " + path;
+    for (std::size_t at = report.find(start); at != std::string::npos;
+         at = report.find(start, at + 1)) {
+        std::size_t end = report.find('\n', at);
+        std::string rest = report.substr(at + start.size(), end - at - start.size());
+        if (!rest.empty() && !rest.starts_with("   ")) {
+            continue; // a longer path
+        }
+        if (rest.empty() || rest.starts_with("   quality") || rest.starts_with("   [")) {
+            return std::string();
+        }
+        rest = rest.substr(3);
+        return rest.substr(0, rest.find("   "));
+    }
+    return std::nullopt;
+}
+
+// Copies made with libvips: left-right mirrors and quarter turns of one
+// scene group with it under Balanced, each said to be as it was made
+// (against the first member, the original); a mirror of another scene does
+// not, and the original's line is as it always was.
+TEST(CommandLineReport, SaysWhichCopiesAreTurnedOrMirrored) {
+    testing::TempTree tree;
+    std::string original = testing::writeScene(tree.path("photos/a-original.jpg"), 800, 600, 61);
+    std::string other = testing::writeScene(tree.path("elsewhere/other.jpg"), 800, 600, 62);
+    vips::VImage scene = testing::openImage(original);
+
+    struct Case {
+        std::string name;
+        std::function<vips::VImage(const vips::VImage&)> made;
+        std::string said;
+    };
+
+    const std::vector<Case> cases{
+        {"b-mirrored.jpg", [](const vips::VImage& i) { return i.fliphor(); }, "mirrored"},
+        {"c-turned.jpg", [](const vips::VImage& i) { return i.rot90(); }, "turned 90°"},
+        {"d-turned.jpg", [](const vips::VImage& i) { return i.rot270(); }, "turned 270°"},
+        {"e-mirrored-turned.jpg", [](const vips::VImage& i) { return i.fliphor().rot90(); },
+         "mirrored, turned 90°"},
+        {"f-mirrored-turned.jpg", [](const vips::VImage& i) { return i.fliphor().rot180(); },
+         "mirrored, turned 180°"},
+    };
+    for (const auto& copy : cases) {
+        testing::saveImage(copy.made(scene), tree.path("photos/" + copy.name));
+    }
+    testing::saveImage(testing::openImage(other).fliphor(), tree.path("photos/g-other.jpg"));
+
+    Outcome run =
+        runCaptured(tree, fmt::format("BREVANT_DATA_DIR='{}' '{}' --similar '{}'",
+                                      tree.path("data"), BREVANT_BINARY, tree.path("photos")));
+    ASSERT_EQ(run.status, 0) << run.err;
+    EXPECT_NE(run.out.find("similar: 6 photos\n"), std::string::npos) << run.out;
+    EXPECT_EQ(wordsAfter(run.out, original), "") << run.out;
+    for (const auto& copy : cases) {
+        EXPECT_EQ(wordsAfter(run.out, tree.path("photos/" + copy.name)), copy.said)
+            << copy.name << "\n"
+            << run.out;
+    }
+    EXPECT_EQ(wordsAfter(run.out, tree.path("photos/g-other.jpg")), std::nullopt) << run.out;
+
+    // The cleanup's plan says it on the copy, in --json too.
+    Outcome plan =
+        runCaptured(tree, fmt::format("BREVANT_DATA_DIR='{}' '{}' clean --similar "
+                                      "--dry-run --json '{}'",
+                                      tree.path("data"), BREVANT_BINARY, tree.path("photos")));
+    ASSERT_EQ(plan.status, 0) << plan.err;
+    auto json = nlohmann::json::parse(plan.out);
+    std::map<std::string, nlohmann::json> orientations;
+    for (const auto& group : json.at("plan").at("groups")) {
+        for (const char* side : {"keep", "move"}) {
+            for (const auto& copy : group.at(side)) {
+                if (copy.contains("orientation")) {
+                    orientations[copy.at("path").get<std::string>()] = copy.at("orientation");
+                }
+            }
+        }
+    }
+    EXPECT_EQ(orientations.size(), cases.size()) << plan.out;
+    EXPECT_EQ(orientations[tree.path("photos/b-mirrored.jpg")],
+              (nlohmann::json{{"mirrored", true}, {"degrees", 0}}));
+    EXPECT_EQ(orientations[tree.path("photos/c-turned.jpg")],
+              (nlohmann::json{{"mirrored", false}, {"degrees", 90}}));
 }
 
 TEST(CommandLineReport, ReportsOverNothingWithZeroCounts) {

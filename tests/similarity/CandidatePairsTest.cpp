@@ -13,7 +13,9 @@
 namespace brevant {
 namespace {
 
-using Turns = std::array<std::uint64_t, 4>;
+// A scene's hashes in the eight orientations: turn t at t, turn t then
+// mirrored at 4 + t.
+using Orientations = std::array<std::uint64_t, 8>;
 
 struct Library {
     std::vector<PhotoAsset> pictures;
@@ -24,8 +26,8 @@ struct Library {
 };
 
 struct Scene {
-    Turns hashes;
-    std::array<DetailHash, 4> details;
+    Orientations hashes{};
+    std::array<DetailHash, 8> details{};
     int width = 4000;
     int height = 3000;
 };
@@ -35,11 +37,16 @@ struct Scene {
 // across the preset distances), bursts drifting shot by shot, and long
 // bursts whose first and last shots are further apart in time than a
 // minute yet close in looks. Some pictures have no date, a few were not
-// measured and a few hold only one hash.
+// measured and a few hold only one hash. With mirrors, records hold all
+// eight orientations (a tenth only the four turns, as measured before
+// mirroring was) and some near copies are mirrored; without, every record
+// holds four turns and the draws are those of a library made before
+// mirroring was measured.
 class Planter {
 public:
-    explicit Planter(unsigned seed)
-        : random_(seed) {}
+    Planter(unsigned seed, bool mirrors)
+        : random_(seed)
+        , mirrors_(mirrors) {}
 
     Library plant(int count) {
         for (int longBursts = 0; longBursts < 5; ++longBursts) {
@@ -72,11 +79,13 @@ private:
         return word;
     }
 
+    [[nodiscard]] int orientations() const { return mirrors_ ? 8 : 4; }
+
     Scene scene() {
         Scene s;
-        for (int t = 0; t < 4; ++t) {
-            s.hashes[t] = random_();
-            s.details[t] = {random_(), random_(), random_(), random_()};
+        for (int o = 0; o < orientations(); ++o) {
+            s.hashes[o] = random_();
+            s.details[o] = {random_(), random_(), random_(), random_()};
         }
         static constexpr std::array<std::pair<int, int>, 4> kShapes = {
             {{4000, 3000}, {3000, 4000}, {1920, 1080}, {1000, 1000}}};
@@ -86,14 +95,24 @@ private:
         return s;
     }
 
-    // The scene turned `turn` quarters, each hash with up to `flips` bits
-    // changed.
-    Scene copyOf(const Scene& s, int turn, int flips) {
+    // Orientation o of a copy that is the scene turned `turn` quarters and
+    // then mirrored (or not): o after that is one orientation of the scene.
+    // Behind a mirror a turn goes the other way, and two mirrors cancel.
+    static int composed(int o, bool mirror, int turn) {
+        int oMirror = o / 4;
+        int oTurn = o % 4;
+        int quarter = mirror ? (turn - oTurn + 4) % 4 : (oTurn + turn) % 4;
+        return 4 * (oMirror ^ static_cast<int>(mirror)) + quarter;
+    }
+
+    // The scene turned `turn` quarters, then mirrored or not, each hash with
+    // up to `flips` bits changed.
+    Scene copyOf(const Scene& s, int turn, int flips, bool mirror = false) {
         Scene copy = s;
-        for (int t = 0; t < 4; ++t) {
-            copy.hashes[t] = flipped(s.hashes[(t + turn) % 4], below(flips + 1));
-            copy.details[t] = s.details[(t + turn) % 4];
-            copy.details[t][0] = flipped(copy.details[t][0], below(16));
+        for (int o = 0; o < orientations(); ++o) {
+            copy.hashes[o] = flipped(s.hashes[composed(o, mirror, turn)], below(flips + 1));
+            copy.details[o] = s.details[composed(o, mirror, turn)];
+            copy.details[o][0] = flipped(copy.details[o][0], below(16));
         }
         if (turn % 2 == 1) {
             std::swap(copy.width, copy.height);
@@ -136,11 +155,12 @@ private:
         int kind = below(200);
         if (kind != 0) {
             ImageFeatures f;
-            f.hashes.assign(s.hashes.begin(), s.hashes.end());
+            int measured = mirrors_ && below(10) != 0 ? 8 : 4;
+            f.hashes.assign(s.hashes.begin(), s.hashes.begin() + measured);
             if (kind == 1) {
                 f.hashes.resize(1); // an odd record from elsewhere
             }
-            f.detailHashes.assign(s.details.begin(), s.details.end());
+            f.detailHashes.assign(s.details.begin(), s.details.begin() + measured);
             f.pixelWidth = s.width;
             f.pixelHeight = s.height;
             if (seconds) {
@@ -162,7 +182,9 @@ private:
         int flips = 3 + below(8);
         for (int i = 0; i < copies; ++i) {
             int turn = below(7) == 0 ? 1 + below(3) : 0;
-            add(copyOf(original, turn, flips), below(2) == 0 ? 1.0 : 200.0, below(3) == 0 ? 7 : 0);
+            bool mirror = mirrors_ && below(4) == 0;
+            add(copyOf(original, turn, flips, mirror), below(2) == 0 ? 1.0 : 200.0,
+                below(3) == 0 ? 7 : 0);
         }
     }
 
@@ -195,6 +217,7 @@ private:
     }
 
     std::mt19937_64 random_;
+    bool mirrors_ = false;
     Library library_;
     int folder_ = 0;
     int inFolder_ = 0;
@@ -210,12 +233,18 @@ struct Reference {
     return x < y ? x : y;
 }
 
-[[gnu::always_inline]] inline int closest(std::uint64_t hash, const Turns& turns) {
-    return smaller(smaller(std::popcount(hash ^ turns[0]), std::popcount(hash ^ turns[1])),
-                   smaller(std::popcount(hash ^ turns[2]), std::popcount(hash ^ turns[3])));
+// A probed record's measured orientations: four turns, or eight.
+using Measured = std::vector<std::uint64_t>;
+
+[[gnu::always_inline]] inline int closest(std::uint64_t hash, const Measured& orientations) {
+    int best = 64;
+    for (std::uint64_t oriented : orientations) {
+        best = smaller(best, std::popcount(hash ^ oriented));
+    }
+    return best;
 }
 
-[[gnu::always_inline]] inline bool sharesByte(const Turns& x, std::uint64_t y) {
+[[gnu::always_inline]] inline bool sharesByte(const Measured& x, std::uint64_t y) {
     for (std::uint64_t turned : x) {
         for (int p = 0; p < 8; ++p) {
             if (((turned >> (8 * p)) & 0xFF) == ((y >> (8 * p)) & 0xFF)) {
@@ -227,15 +256,16 @@ struct Reference {
 }
 
 // Every pair of pictures, one by one. A pair is proposed by its hashes
-// when one picture's unturned hash is within 20 bits of a turn of the
-// other's and a turn of the first shares a byte position with the other's
-// unturned hash (only records with all four turns take part), or as time
+// when one picture's unturned hash is within 20 bits of a measured
+// orientation of the other's and an orientation of the first shares a byte
+// position with the other's unturned hash (only records with all four turns
+// or all eight orientations take part), or as time
 // neighbours (one folder, both dated, at most 60 s apart). It is kept
 // within 20 bits, or 34 for time neighbours.
 [[gnu::target("popcnt")]] Reference referencePairs(const Library& library) {
     Reference result;
     auto n = static_cast<int>(library.pictures.size());
-    std::vector<Turns> turns(n);
+    std::vector<Measured> turns(n, Measured(1, 0));
     std::vector<bool> probed(n, false);
     // Undated pictures get folders of their own, so that they are nobody's
     // neighbour.
@@ -243,17 +273,17 @@ struct Reference {
     std::vector<double> seconds(n, 0);
     for (int i = 0; i < n; ++i) {
         const auto& f = library.features[i];
-        if (f && f->hashes.size() == 4) {
-            turns[i] = {f->hashes[0], f->hashes[1], f->hashes[2], f->hashes[3]};
+        if (f && (f->hashes.size() == 4 || f->hashes.size() == 8)) {
+            turns[i] = f->hashes;
             probed[i] = true;
         }
         folder[i] = library.seconds[i] ? library.folders[i] : -1 - i;
         seconds[i] = library.seconds[i].value_or(0);
     }
     for (int a = 0; a < n; ++a) {
-        const Turns& ta = turns[a];
+        const Measured& ta = turns[a];
         for (int b = a + 1; b < n; ++b) {
-            const Turns& tb = turns[b];
+            const Measured& tb = turns[b];
             bool close = closest(ta[0], tb) <= 20 || closest(tb[0], ta) <= 20;
             bool neighbours = folder[a] == folder[b] && std::abs(seconds[a] - seconds[b]) <= 60.0;
             if (!close && !neighbours) {
@@ -298,11 +328,16 @@ std::string firstDifference(const std::vector<DuplicateGroup>& found,
     return fmt::format("{} groups against {}", found.size(), expected.size());
 }
 
-TEST(CandidatePairs, FiftyThousandPlantedPicturesGroupAsEveryPairChecked) {
+// Without mirrors the library is the one planted before mirroring was
+// measured, so its proposals and groups are those of the four turns.
+class CandidatePairs : public ::testing::TestWithParam<bool> {};
+
+TEST_P(CandidatePairs, FiftyThousandPlantedPicturesGroupAsEveryPairChecked) {
     if (__builtin_cpu_supports("popcnt") == 0) {
         GTEST_SKIP() << "the slow rules count bits with the population-count instruction";
     }
-    Library library = Planter(25).plant(std::getenv("N") ? std::atoi(std::getenv("N")) : 50'000);
+    int count = std::getenv("N") ? std::atoi(std::getenv("N")) : 50'000;
+    Library library = Planter(25, GetParam()).plant(count);
     Reference reference = referencePairs(library);
     CancellationFlag cancel;
     auto index = SimilarityMatcher::index(library.pictures, library.features, {}, cancel);
@@ -335,6 +370,11 @@ TEST(CandidatePairs, FiftyThousandPlantedPicturesGroupAsEveryPairChecked) {
     // Far fewer pairs are kept than every proposal within reach.
     EXPECT_LT(index->pairs.size() * 2, everyPair.pairs.size());
 }
+
+INSTANTIATE_TEST_SUITE_P(Orientations, CandidatePairs, ::testing::Bool(),
+                         [](const ::testing::TestParamInfo<bool>& info) {
+                             return info.param ? "mirrorsMeasured" : "fourTurns";
+                         });
 
 } // namespace
 } // namespace brevant

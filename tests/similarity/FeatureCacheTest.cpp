@@ -114,6 +114,12 @@ TEST(FeatureCache, StaleRevisionsAreNotReturned) {
         return cache.lookup(assetWith(inode)).has_value();
     };
     EXPECT_FALSE(storeAs(1, [](ImageFeatures& f) { f.version = 2; }));
+    // Measured before mirrors were: four turns only, measured again.
+    EXPECT_FALSE(storeAs(11, [](ImageFeatures& f) {
+        f.version = 3;
+        f.hashes.resize(4);
+        f.detailHashes.resize(4);
+    }));
     EXPECT_FALSE(storeAs(2, [](ImageFeatures& f) {
         f.featurePrint = std::vector<std::uint8_t>{9};
         f.featurePrintRevision = platform::FeaturePrint::kCurrentRevision + 1;
@@ -138,7 +144,7 @@ TEST(FeatureCache, StaleRevisionsAreNotReturned) {
         f.isUtility = false;
         f.qualityRevision = QualityScore::kRevision;
     }));
-    EXPECT_EQ(cache.count(), 7U);
+    EXPECT_EQ(cache.count(), 8U);
 }
 
 TEST(FeatureCache, FacesOfAnotherRevisionAreCleared) {

@@ -14,6 +14,7 @@
 #include <bit>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <vector>
 
 namespace brevant {
 namespace {
@@ -37,12 +38,13 @@ TEST(FeatureExtractor, MeasuresEveryFieldOfAPicture) {
     std::string path = writeScene(tree.path("a.jpg"), 800, 600, 3);
     auto features = FeatureExtractor::features(path, true);
     ASSERT_TRUE(features);
-    EXPECT_EQ(features->hashes.size(), 4U);
-    EXPECT_EQ(features->detailHashes.size(), 4U);
+    // Four turns, and each turned then mirrored.
+    EXPECT_EQ(features->hashes.size(), 8U);
+    EXPECT_EQ(features->detailHashes.size(), 8U);
     EXPECT_EQ(features->pixelWidth, 800);
     EXPECT_EQ(features->pixelHeight, 600);
     EXPECT_EQ(features->pixels(), 480000);
-    EXPECT_EQ(features->version, 3);
+    EXPECT_EQ(features->version, 4);
     EXPECT_GT(features->sharpness, 0);
     EXPECT_GT(features->meanLuma, 0.05);
     EXPECT_LT(features->meanLuma, 0.95);
@@ -96,6 +98,45 @@ TEST(FeatureExtractor, AQuarterTurnedCopyMatchesAtAnOddTurn) {
     EXPECT_LE(FeatureExtractor::detailDistance(*a, *b), 24);
     EXPECT_TRUE(FeatureExtractor::shapesAgree(*a, *b, true));
     EXPECT_FALSE(FeatureExtractor::shapesAgree(*a, *b, false));
+}
+
+// A copy mirrored (and turned) with libvips matches the original at the
+// orientation that undoes it: turn t then mirror is index 4 + t, and the
+// mirrored hashes come from the same transform as the turned ones.
+TEST(FeatureExtractor, AMirroredCopyMatchesAtTheOrientationThatUndoesIt) {
+    TempTree tree;
+    auto scene = makeScene(800, 600, 12);
+    std::string original = tree.path("original.jpg");
+    saveImage(scene, original);
+    auto a = FeatureExtractor::features(original, false);
+    ASSERT_TRUE(a);
+
+    struct Case {
+        const char* name;
+        vips::VImage copy;
+        int orientation;
+    };
+
+    const std::vector<Case> cases{
+        {"mirrored", scene.fliphor(), 4},
+        {"mirrored, turned 90", scene.fliphor().rot90(), 7},
+        {"mirrored, turned 180", scene.fliphor().rot180(), 6},
+        {"mirrored, turned 270", scene.fliphor().rot270(), 5},
+        {"turned 90", scene.rot90(), 3},
+        {"turned 270", scene.rot270(), 1},
+    };
+    for (const auto& [name, copy, orientation] : cases) {
+        std::string path = tree.path(std::string(name) + ".jpg");
+        saveImage(copy, path);
+        auto b = FeatureExtractor::features(path, false);
+        ASSERT_TRUE(b) << name;
+        auto match = FeatureExtractor::hashMatch(*a, *b);
+        EXPECT_EQ(match.turn, orientation) << name;
+        EXPECT_LE(match.distance, 4) << name;
+        EXPECT_GT(unturnedDistance(*a, *b), 12) << name;
+        EXPECT_LE(FeatureExtractor::detailDistance(*a, *b), 24) << name;
+        EXPECT_TRUE(FeatureExtractor::shapesAgree(*a, *b, match.turn % 2 == 1)) << name;
+    }
 }
 
 TEST(FeatureExtractor, ExifDateOfAFileIsGmtWhateverTheTimeZone) {
