@@ -309,6 +309,8 @@ void ReviewScreen::resultChanged() {
     }
     session_ = session;
     currentGroup_ = -1;
+    // Before the session, so the "Not reviewed" filter already knows them.
+    groups_->addReviewed(model_.reviewedGroups());
     groups_->setSession(session);
     compare_->showGroup(std::nullopt);
     updateInspector();
@@ -366,6 +368,7 @@ void ReviewScreen::rowChanged(int row) {
     }
     compare_->showGroup(session->groups()[groupIndex]);
     groups_->markReviewed(groupIndex);
+    model_.noteReviewed(session->groups()[groupIndex].id);
     updateFacts();
     updateInspector();
 }
