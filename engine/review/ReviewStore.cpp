@@ -125,11 +125,12 @@ void ReviewStore::load() {
         return;
     }
     auto document = StoredDocument::read(*path_);
-    if (document && !*document) {
-        return;
-    }
     if (document) {
-        if (auto decoded = decode(**document)) {
+        const std::optional<std::string>& text = *document;
+        if (!text) {
+            return;
+        }
+        if (auto decoded = decode(*text)) {
             reviews_ = std::move(*decoded);
             return;
         }
