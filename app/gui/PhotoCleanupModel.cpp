@@ -388,8 +388,8 @@ void PhotoCleanupModel::finishScan(std::expected<ScanOutcome, std::string> outco
     if (const auto& review = outcome->request.review) {
         locks_ = review->locks;
     }
-    if (outcome->resumed) {
-        reviewed_.insert(outcome->resumed->reviewed.begin(), outcome->resumed->reviewed.end());
+    if (const std::optional<ResumedReview>& resumed = outcome->resumed) {
+        reviewed_.insert(resumed->reviewed.begin(), resumed->reviewed.end());
     }
     adopt(std::move(*outcome));
     setPhase(Phase::reviewing);
@@ -469,10 +469,11 @@ bool PhotoCleanupModel::resumeLastReview() {
 }
 
 QString PhotoCleanupModel::resumedText() const {
-    if (!hasResult_ || !outcome_ || !outcome_->resumed) {
+    if (!hasResult_ || !outcome_) {
         return {};
     }
-    return qtText(outcome_->resumed->message());
+    const std::optional<ResumedReview>& resumed = outcome_->resumed;
+    return resumed ? qtText(resumed->message()) : QString();
 }
 
 void PhotoCleanupModel::applyCleanup(const CleanupReport& report) {
