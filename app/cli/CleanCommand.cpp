@@ -17,6 +17,7 @@
 #include "engine/support/RawValue.hpp"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <fmt/format.h>
 #include <sys/stat.h>
 
@@ -69,7 +70,11 @@ std::vector<std::string> folderForms(const std::string& folder) {
 // The document `--json` prints: always the same keys, null where a step
 // was not reached.
 struct Outcome {
-    Json document{{"plan", nullptr}, {"moved", false}, {"report", nullptr}, {"message", nullptr}};
+    Json document{{"resumed", nullptr},
+                  {"plan", nullptr},
+                  {"moved", false},
+                  {"report", nullptr},
+                  {"message", nullptr}};
 
     int end(const Environment& environment, bool json, const std::string& message, int status) {
         if (json) {
@@ -100,6 +105,32 @@ bool approved(const CleanupPlan& plan, bool yes, const Environment& environment,
         return false;
     }
     return true;
+}
+
+// Takes back what the saved review decided, then the suggestions where it
+// decided nothing: a group the user marked in or looked through is left as
+// they left it. Answers how many copies are marked.
+int markForCleanup(const ScanOutcome& scanned) {
+    ReviewSession& session = *scanned.session;
+    if (!scanned.resumed) {
+        session.markAllSuggested();
+        return static_cast<int>(session.marks().size());
+    }
+    for (const auto& group : session.groups()) {
+        bool marked = std::ranges::any_of(
+            group.members, [&](const PhotoAsset& copy) { return session.isMarked(copy.path); });
+        if (!marked && !scanned.resumed->reviewed.contains(group.id)) {
+            session.markSuggested(group);
+        }
+    }
+    return static_cast<int>(session.marks().size());
+}
+
+Json resumedJson(const ResumedReview& resumed) {
+    return {{"restored", resumed.restored},
+            {"changed", resumed.changed},
+            {"refused", resumed.refused},
+            {"reviewedGroups", resumed.reviewed.size()}};
 }
 
 } // namespace
@@ -146,6 +177,7 @@ ScanRequest CleanCommand::request(std::shared_ptr<LockStore> locks) const {
     ScanRequest request{.source = ScanSource::ofFolders(folders_),
                         .featureCache = platform::DataFolder::current().featureCache(),
                         .notDuplicates = platform::DataFolder::current().notDuplicates(),
+                        .savedReviews = platform::DataFolder::current().reviews(),
                         .review = ReviewRules{.locks = std::move(locks)}};
     if (!similar_.empty()) {
         request.mode = ScanMode::similar(
@@ -200,18 +232,25 @@ int CleanCommand::run(const Environment& environment) {
     if (outcome->cancelled()) {
         return Outcome{}.end(environment, json_, "cancelled", ExitStatus::kCancelled);
     }
-    return clean(*outcome->session, environment);
+    return clean(*outcome, environment);
 }
 
-int CleanCommand::clean(ReviewSession& session, const Environment& environment) const {
+int CleanCommand::clean(ScanOutcome& scanned, const Environment& environment) const {
     Outcome outcome;
+    ReviewSession& session = *scanned.session;
+    if (scanned.resumed) {
+        outcome.document["resumed"] = resumedJson(*scanned.resumed);
+        if (std::string said = scanned.resumed->message(); !said.empty() && !json_) {
+            fmt::print(environment.out, "{}\n", said);
+        }
+    }
     if (session.groups().empty()) {
         return outcome.end(environment, json_,
                            livePhotos_ ? "No Live Photo movies found: nothing to clean up."
                                        : "No extra copies found: nothing to clean up.",
                            ExitStatus::kSuccess);
     }
-    if (session.markAllSuggested() == 0) {
+    if (markForCleanup(scanned) == 0) {
         return outcome.end(environment, json_, std::string(ReviewSession::kNothingMoreToMark),
                            ExitStatus::kSuccess);
     }
@@ -244,6 +283,11 @@ int CleanCommand::clean(ReviewSession& session, const Environment& environment) 
     line.clear();
     if (!report) {
         return outcome.end(environment, json_, report.error().message(), ExitStatus::kFailed);
+    }
+    if (scanned.resumed) {
+        // The moved copies leave the saved review; what failed stays marked.
+        static_cast<void>(ScanPipeline::saveReview(ScanPipeline::afterCleanup(scanned, *report),
+                                                   scanned.resumed->reviewed));
     }
     outcome.document["moved"] = report->moved() > 0;
     outcome.document["report"] = cleanup_text::reportJson(*report);

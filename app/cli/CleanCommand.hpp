@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/cli/Command.hpp"
+#include "engine/pipeline/ScanOutcome.hpp"
 #include "engine/pipeline/ScanRequest.hpp"
 #include "engine/review/LockStore.hpp"
 #include "engine/review/ReviewSession.hpp"
@@ -16,7 +17,10 @@ namespace brevant::cli {
 // [--inbox DIR]... [--priorities a,b,...] [--dry-run] [--yes] [--json]
 // FOLDER...`: scans, marks the suggested copies of every group, shows the
 // plan, asks, then moves the marked copies to the Trash under a journal and
-// prints the report read back from it.
+// prints the report read back from it. When the user left a review of the
+// same folders and mode (in the window), its marks are taken back and stand:
+// suggestions are marked only in the groups it neither marked nor reviewed,
+// and after a cleanup the saved review is brought up to date.
 class CleanCommand final : public Command {
 public:
     [[nodiscard]] std::string_view name() const override { return "clean"; }
@@ -32,7 +36,7 @@ public:
 private:
     // What to scan and how to judge the copies, from the arguments.
     [[nodiscard]] ScanRequest request(std::shared_ptr<LockStore> locks) const;
-    [[nodiscard]] int clean(ReviewSession& session, const Environment& environment) const;
+    [[nodiscard]] int clean(ScanOutcome& scanned, const Environment& environment) const;
 
     std::string similar_;
     bool series_ = false;

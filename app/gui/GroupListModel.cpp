@@ -124,6 +124,11 @@ void GroupListModel::markReviewed(int groupIndex) {
     }
 }
 
+void GroupListModel::addReviewed(const std::set<std::string>& ids) {
+    reviewed_.insert(ids.begin(), ids.end());
+    refreshAll();
+}
+
 int GroupListModel::groupIndex(int row) const {
     return row >= 0 && row < fetched_ ? order_[row] : -1;
 }

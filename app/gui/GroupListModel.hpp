@@ -7,6 +7,7 @@
 
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <unordered_set>
 #include <vector>
@@ -89,6 +90,8 @@ public:
     [[nodiscard]] int matchingCount() const { return static_cast<int>(order_.size()); }
 
     void markReviewed(int groupIndex);
+    // Groups reviewed before, by id (a resumed review's).
+    void addReviewed(const std::set<std::string>& ids);
     [[nodiscard]] bool isReviewed(const DuplicateGroup& group) const;
     // Its marks or locks changed: the view draws its row again.
     void refreshGroup(int groupIndex);

@@ -3,6 +3,7 @@
 #include "app/gui/FolderList.hpp"
 #include "app/gui/PhotoCleanupModel.hpp"
 #include "app/gui/QtText.hpp"
+#include "app/gui/ResumeOffer.hpp"
 #include "app/gui/ScreenParts.hpp"
 #include "app/gui/WindowTexts.hpp"
 #include "engine/catalogs/CatalogKindTexts.hpp"
@@ -72,6 +73,9 @@ HomeScreen::HomeScreen(PhotoCleanupModel& model, QWidget* parent)
     left->addWidget(protectedCard());
     left->addStretch();
     auto* right = new QVBoxLayout;
+    right->setSpacing(16);
+    resume_ = new ResumeOffer(model_, content);
+    right->addWidget(resume_);
     right->addWidget(whatCard());
     right->addStretch();
     columns->addLayout(left, 3);

@@ -18,6 +18,7 @@ namespace brevant::gui {
 
 class FolderList;
 class PhotoCleanupModel;
+class ResumeOffer;
 
 // Where to look and what to look for, then Scan: the folders to scan, the
 // folders whose copies are always kept, the scope (folders or a catalog),
@@ -37,6 +38,9 @@ public:
     [[nodiscard]] QRadioButton* scopeButton(CleanupSettings::Scope scope) const;
 
     [[nodiscard]] QPushButton* scanButton() const { return scan_; }
+
+    // Above what to look for, while a review was saved.
+    [[nodiscard]] ResumeOffer* resumeOffer() const { return resume_; }
 
     // Beside Scan: smaller copies of the big photos and videos in the
     // folders instead of duplicates.
@@ -83,6 +87,7 @@ private:
 
     std::map<CleanupSettings::Scope, CatalogPage> catalogPages_;
     QPushButton* scan_ = nullptr;
+    ResumeOffer* resume_ = nullptr;
     QPushButton* compress_ = nullptr;
     QLabel* summary_ = nullptr;
     QFrame* notice_ = nullptr;

@@ -29,6 +29,7 @@
 #include <QScreen>
 #include <QSettings>
 #include <QStackedWidget>
+#include <QStatusBar>
 
 #include <algorithm>
 #include <utility>
@@ -82,6 +83,12 @@ MainWindow::MainWindow(PhotoCleanupModel& model, Skins& skins, QSettings& store,
     connect(&model_, &PhotoCleanupModel::settingsChanged, this, &MainWindow::updateActions);
     connect(&model_, &PhotoCleanupModel::resultChanged, this, &MainWindow::updateActions);
     connect(&model_, &PhotoCleanupModel::catalogChanged, this, &MainWindow::updateActions);
+    // What a resumed review took back, said as its result arrives.
+    connect(&model_, &PhotoCleanupModel::resultChanged, this, [this] {
+        if (QString resumed = model_.resumedText(); !resumed.isEmpty()) {
+            statusBar()->showMessage(resumed);
+        }
+    });
     connect(&skins_, &Skins::applied, this, [this](const QString& name) {
         for (QAction* action : skinActions_->actions()) {
             action->setChecked(action->data().toString() == name);

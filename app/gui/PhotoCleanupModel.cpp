@@ -1,6 +1,7 @@
 #include "PhotoCleanupModel.hpp"
 
 #include "app/gui/QtText.hpp"
+#include "app/gui/ReviewSaver.hpp"
 #include "engine/catalogs/CatalogSource.hpp"
 #include "engine/platform/DataFolder.hpp"
 
@@ -29,9 +30,23 @@ PhotoCleanupModel::PhotoCleanupModel(QSettings& store, std::string dataFolder,
     , dataFolder_(std::move(dataFolder))
     , pipeline_(std::move(engine))
     // A scan and a regroup may overlap; the engine runs its own workers.
-    , worker_(*this, 2) {}
+    , reviewSaver_(std::make_shared<ReviewSaver>(reviewsPath()))
+    , worker_(*this, 2) {
+    connect(this, &PhotoCleanupModel::marksChanged, this, &PhotoCleanupModel::saveReview);
+    worker_.run([saver = reviewSaver_](const CancellationFlag&) { return saver->latest(); },
+                [this](std::optional<SavedReview> latest) {
+                    // A review saved since is newer than the file was.
+                    if (!lastReview_ && latest) {
+                        lastReview_ = std::move(latest);
+                        Q_EMIT lastReviewChanged();
+                    }
+                });
+}
 
-PhotoCleanupModel::~PhotoCleanupModel() = default;
+PhotoCleanupModel::~PhotoCleanupModel() {
+    // A save still waiting for a worker would be dropped with it.
+    reviewSaver_->write();
+}
 
 std::string PhotoCleanupModel::featureCachePath() const {
     return platform::DataFolder{dataFolder_}.featureCache();
@@ -39,6 +54,10 @@ std::string PhotoCleanupModel::featureCachePath() const {
 
 std::string PhotoCleanupModel::lockStorePath() const {
     return platform::DataFolder{dataFolder_}.lockStore();
+}
+
+std::string PhotoCleanupModel::reviewsPath() const {
+    return platform::DataFolder{dataFolder_}.reviews();
 }
 
 void PhotoCleanupModel::save() {
@@ -187,6 +206,7 @@ ScanRequest PhotoCleanupModel::request() const {
             .mode = {.kind = settings_.mode, .preset = settings_.preset},
             .featureCache = featureCachePath(),
             .notDuplicates = platform::DataFolder{dataFolder_}.notDuplicates(),
+            .savedReviews = reviewsPath(),
             .review = std::move(rules)};
 }
 
@@ -345,6 +365,9 @@ void PhotoCleanupModel::finishScan(std::expected<ScanOutcome, std::string> outco
     if (const auto& review = outcome->request.review) {
         locks_ = review->locks;
     }
+    if (const std::optional<ResumedReview>& resumed = outcome->resumed) {
+        reviewed_.insert(resumed->reviewed.begin(), resumed->reviewed.end());
+    }
     adopt(std::move(*outcome));
     setPhase(Phase::reviewing);
     // The preset may have changed while the scan ran.
@@ -381,6 +404,53 @@ void PhotoCleanupModel::adopt(ScanOutcome outcome) {
     hasResult_ = true;
     ++generation_;
     Q_EMIT resultChanged();
+}
+
+void PhotoCleanupModel::noteReviewed(const std::string& groupId) {
+    if (reviewed_.insert(groupId).second) {
+        saveReview();
+    }
+}
+
+void PhotoCleanupModel::saveReview() {
+    if (!hasResult_ || !outcome_) {
+        return;
+    }
+    auto review = ScanPipeline::reviewToSave(*outcome_, reviewed_, Date::now());
+    if (!review) {
+        return;
+    }
+    lastReview_ = review;
+    reviewSaver_->offer(std::move(*review));
+    worker_.run(
+        [saver = reviewSaver_](const CancellationFlag&) {
+            saver->write();
+            return true;
+        },
+        [](bool) {});
+    Q_EMIT lastReviewChanged();
+}
+
+bool PhotoCleanupModel::resumeLastReview() {
+    if (!lastReview_ || phase_ == Phase::scanning || phase_ == Phase::cleaning ||
+        phase_ == Phase::compressing) {
+        return false;
+    }
+    // Set at once: a preset change alone would regroup the result shown.
+    settings_.scope = Scope::folders;
+    settings_.sources = lastReview_->folders;
+    settings_.mode = lastReview_->mode.kind;
+    settings_.preset = lastReview_->mode.preset;
+    save();
+    return startScan();
+}
+
+QString PhotoCleanupModel::resumedText() const {
+    if (!hasResult_ || !outcome_) {
+        return {};
+    }
+    const std::optional<ResumedReview>& resumed = outcome_->resumed;
+    return resumed ? qtText(resumed->message()) : QString();
 }
 
 void PhotoCleanupModel::applyCleanup(const CleanupReport& report) {

@@ -8,6 +8,7 @@
 #include "engine/pipeline/ScanPipeline.hpp"
 #include "engine/review/LockStore.hpp"
 #include "engine/review/ReviewSession.hpp"
+#include "engine/review/SavedReview.hpp"
 #include "engine/scan/CancellationFlag.hpp"
 #include "engine/scan/DuplicateGroup.hpp"
 #include "engine/scan/ScanResult.hpp"
@@ -21,12 +22,15 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
 class QSettings;
 
 namespace brevant::gui {
+
+class ReviewSaver;
 
 // Where a scan is, as the progress screen shows it.
 using ModelProgress = PipelineProgress;
@@ -91,6 +95,7 @@ public:
 
     [[nodiscard]] std::string featureCachePath() const;
     [[nodiscard]] std::string lockStorePath() const;
+    [[nodiscard]] std::string reviewsPath() const;
 
     // Each change is saved at once.
     void addSource(const std::string& folder);
@@ -204,7 +209,25 @@ public:
 
     // Whoever changes marks or locks through session() (the review screen,
     // a cleanup) tells the model, so every view of the marks can follow.
+    // The marks are saved as the review of the scanned folders.
     void noteMarksChanged() { Q_EMIT marksChanged(); }
+
+    // The group was shown to the user: it counts as reviewed, in this scan
+    // and, once saved with the marks, when the same folders are scanned again.
+    void noteReviewed(const std::string& groupId);
+
+    [[nodiscard]] const std::set<std::string>& reviewedGroups() const { return reviewed_; }
+
+    // The review saved last, of any folders; absent until read (lastReviewChanged)
+    // or when there is none.
+    [[nodiscard]] const std::optional<SavedReview>& lastReview() const { return lastReview_; }
+
+    // Scans the last review's folders again in its mode and preset, taking its
+    // marks back; false when there is none or no scan can start.
+    bool resumeLastReview();
+    // What the last scan took back from a saved review, in words; "" when
+    // nothing.
+    [[nodiscard]] QString resumedText() const;
 
 Q_SIGNALS:
     // Marks or locks changed in the review (noteMarksChanged).
@@ -218,6 +241,7 @@ Q_SIGNALS:
     // A scan that could not start its work, with the sentence why.
     void scanFailed(const QString& reason);
     void catalogChanged(brevant::gui::CleanupSettings::Scope scope);
+    void lastReviewChanged();
 
 private:
     // What the settings ask a scan for now.
@@ -229,6 +253,9 @@ private:
     void regroup();
     // Takes a new outcome, the marks of the one before carried over.
     void adopt(ScanOutcome outcome);
+    // Hands the marks and reviewed groups to the saver, which writes them
+    // on a worker.
+    void saveReview();
 
     QSettings& store_;
     std::map<Scope, std::string> catalogNotices_;
@@ -251,6 +278,9 @@ private:
     std::shared_ptr<LockStore> locks_;
     // Results of a regroup that is no longer the latest are dropped.
     int generation_ = 0;
+    std::set<std::string> reviewed_;
+    std::optional<SavedReview> lastReview_;
+    std::shared_ptr<ReviewSaver> reviewSaver_;
     // Last, so that it stops before anything its tasks answer to goes.
     Worker worker_;
 };

@@ -315,6 +315,8 @@ void ReviewScreen::resultChanged() {
     markingStopped();
     session_ = session;
     currentGroup_ = -1;
+    // Before the session, so the "Not reviewed" filter already knows them.
+    groups_->addReviewed(model_.reviewedGroups());
     groups_->setSession(session);
     compare_->showGroup(std::nullopt);
     updateInspector();
@@ -372,6 +374,7 @@ void ReviewScreen::rowChanged(int row) {
     }
     compare_->showGroup(session->groups()[groupIndex]);
     groups_->markReviewed(groupIndex);
+    model_.noteReviewed(session->groups()[groupIndex].id);
     updateFacts();
     updateInspector();
 }

@@ -2,6 +2,7 @@
 
 #include "engine/catalogs/CatalogSource.hpp"
 #include "engine/pipeline/ScanRequest.hpp"
+#include "engine/review/ResumedReview.hpp"
 #include "engine/review/ReviewSession.hpp"
 #include "engine/scan/DuplicateGroup.hpp"
 #include "engine/scan/ScanResult.hpp"
@@ -34,6 +35,9 @@ struct ScanOutcome {
     std::shared_ptr<ReviewSession> session;
     // For a catalog source.
     std::optional<CatalogSource::Facts> catalog;
+    // What was taken back from the saved review of the same folders and
+    // mode, when there was one.
+    std::optional<ResumedReview> resumed;
 
     // Stopped before the end: then there is neither index nor session, and
     // the groups are the identical ones proven until then.

@@ -3,6 +3,7 @@
 #include "engine/pipeline/DeclaredDifferences.hpp"
 #include "engine/review/CleanupGroups.hpp"
 #include "engine/review/KeeperMeasures.hpp"
+#include "engine/review/ReviewStore.hpp"
 #include "engine/scan/MediaScan.hpp"
 #include "engine/similarity/FeatureCache.hpp"
 
@@ -40,6 +41,20 @@ void formGroups(ScanOutcome& outcome) {
     outcome.session->setPriorities(rules.priorities);
     if (index != nullptr) {
         outcome.session->setSimilarity(KeeperMeasures::from(*index));
+    }
+}
+
+// Takes back the review saved for the same folders and mode.
+void resume(ScanOutcome& outcome) {
+    const ScanRequest& request = outcome.request;
+    if (!outcome.session || !request.savedReviews ||
+        request.source.kind != ScanSource::Kind::folders) {
+        return;
+    }
+    ReviewStore store(request.savedReviews);
+    auto saved = store.find(outcome.result->roots, request.mode.kind);
+    if (saved) {
+        outcome.resumed = ResumedReview::restore(*saved, *outcome.session);
     }
 }
 
@@ -121,6 +136,7 @@ std::expected<ScanOutcome, std::string> ScanPipeline::run(const ScanRequest& req
         return outcome;
     }
     formGroups(outcome);
+    resume(outcome);
     return outcome;
 }
 
@@ -183,6 +199,27 @@ std::expected<ScanOutcome, std::string> ScanPipeline::rescan(const ScanOutcome& 
         outcome->carryMarks(older);
     }
     return outcome;
+}
+
+std::optional<SavedReview> ScanPipeline::reviewToSave(const ScanOutcome& outcome,
+                                                      const std::set<std::string>& reviewedIds,
+                                                      Date now) {
+    const ScanRequest& request = outcome.request;
+    if (!outcome.session || !request.savedReviews ||
+        request.source.kind != ScanSource::Kind::folders || outcome.cancelled()) {
+        return std::nullopt;
+    }
+    return SavedReview::of(*outcome.session, outcome.result->roots, request.mode, reviewedIds, now);
+}
+
+bool ScanPipeline::saveReview(const ScanOutcome& outcome, const std::set<std::string>& reviewedIds,
+                              Date now) {
+    auto review = reviewToSave(outcome, reviewedIds, now);
+    if (!review) {
+        return false;
+    }
+    ReviewStore store(outcome.request.savedReviews);
+    return store.save(std::move(*review));
 }
 
 ScanOutcome ScanPipeline::regroup(const ScanOutcome& outcome, SimilarityPreset preset,

@@ -12,10 +12,12 @@
 #include "engine/scan/ScanResult.hpp"
 #include "engine/similarity/SimilarityIndex.hpp"
 #include "engine/similarity/SimilarityMatcher.hpp"
+#include "engine/support/Date.hpp"
 
 #include <expected>
 #include <functional>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -106,6 +108,18 @@ public:
     // until the next scan, which finds it under that name.
     [[nodiscard]] static ScanOutcome afterPutBack(const ScanOutcome& outcome,
                                                   const std::vector<std::string>& returned);
+
+    // Saves the outcome's marks and the groups among its own that are
+    // reviewed as the review of its folders and mode, in the request's saved
+    // reviews file, replacing the one saved before. Nothing is saved (false)
+    // for a catalog, without a session or file, or when it cannot be written.
+    [[nodiscard]] static bool saveReview(const ScanOutcome& outcome,
+                                         const std::set<std::string>& reviewedIds,
+                                         Date now = Date::now());
+    // What saveReview would save, for a caller that writes it elsewhere (the
+    // window, off its own thread); nothing where it would save nothing.
+    [[nodiscard]] static std::optional<SavedReview>
+    reviewToSave(const ScanOutcome& outcome, const std::set<std::string>& reviewedIds, Date now);
 
 private:
     // Measures the pictures and reads the faces the keeper needs; nothing

@@ -19,6 +19,10 @@ struct ScanRequest {
     std::optional<std::string> featureCache;
     // The "not duplicates" file. Without one no decision is honoured.
     std::optional<std::string> notDuplicates;
+    // The saved reviews file. With one (and a review asked for, over
+    // folders), the marks and reviewed groups saved for the same folders and
+    // mode are taken back.
+    std::optional<std::string> savedReviews;
     // Absent for a listing that nobody reviews (the report, `catalog scan`):
     // then no faces are read and no review session is made.
     std::optional<ReviewRules> review;

@@ -83,6 +83,10 @@ std::string DataFolder::notDuplicates() const {
     return joined(path, kNotDuplicatesName);
 }
 
+std::string DataFolder::reviews() const {
+    return joined(path, kReviewsName);
+}
+
 std::string DataFolder::cleanups() const {
     return joined(path, kCleanupsName);
 }

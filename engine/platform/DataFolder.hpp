@@ -15,6 +15,7 @@ struct DataFolder {
     static constexpr std::string_view kFeatureCacheName = "features.plist";
     static constexpr std::string_view kLockStoreName = "keep-locks.json";
     static constexpr std::string_view kNotDuplicatesName = "not-duplicates.json";
+    static constexpr std::string_view kReviewsName = "reviews.json";
     static constexpr std::string_view kCleanupsName = "Cleanups";
     static constexpr std::string_view kCompressionsName = "Compressions";
     static constexpr std::string_view kMarkingsName = "Markings";
@@ -59,6 +60,8 @@ struct DataFolder {
     [[nodiscard]] std::string lockStore() const;
     // The pictures the user said are different photos.
     [[nodiscard]] std::string notDuplicates() const;
+    // The marks and reviewed groups the user left, by folders and mode.
+    [[nodiscard]] std::string reviews() const;
     [[nodiscard]] std::string cleanups() const;
     [[nodiscard]] std::string compressions() const;
     [[nodiscard]] std::string markings() const;

@@ -67,6 +67,7 @@ MountTable MountTable::parse(std::string_view mountinfo) {
             std::from_chars(device.data(), device.data() + colon, entry.major);
             std::from_chars(device.data() + colon + 1, device.data() + device.size(), entry.minor);
         }
+        entry.root = unescape(parts[3]);
         entry.mountPoint = unescape(parts[4]);
         entry.options = parts[5];
         entry.fileSystemType = unescape(*(separator + 1));

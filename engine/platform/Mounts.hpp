@@ -9,6 +9,9 @@ namespace brevant::platform {
 // One line of /proc/self/mountinfo.
 struct MountEntry {
     std::string mountPoint;
+    // The folder of the file system that appears at the mount point: "/"
+    // unless only part of it is mounted there (a bind mount, a subvolume).
+    std::string root;
     std::string fileSystemType;
     std::string source;
     unsigned major = 0;

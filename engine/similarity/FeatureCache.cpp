@@ -31,8 +31,10 @@ bool isCurrent(const ImageFeatures& features) {
 
 } // namespace
 
-FeatureCache::FeatureCache(std::optional<std::string> path)
-    : path_(std::move(path)) {
+FeatureCache::FeatureCache(std::optional<std::string> path,
+                           std::shared_ptr<const platform::VolumeIds> volumes)
+    : path_(std::move(path))
+    , volumes_(std::move(volumes)) {
     load();
 }
 
@@ -41,13 +43,38 @@ std::string FeatureCache::key(const FileSnapshot& snapshot) {
                        snapshot.size, snapshot.modifiedSeconds, snapshot.modifiedNanoseconds);
 }
 
+std::string FeatureCache::key(const platform::VolumePlace& place, const FileSnapshot& snapshot) {
+    return fmt::format("uuid:{}:{}:{}.{}:{}", place.uuid, snapshot.size, snapshot.modifiedSeconds,
+                       snapshot.modifiedNanoseconds, place.pathInside);
+}
+
+std::vector<std::string> FeatureCache::keys(const PhotoAsset& asset) const {
+    std::vector<std::string> keys;
+    if (volumes_) {
+        if (auto place = volumes_->place(asset.path, asset.snapshot.identity.device)) {
+            keys.push_back(key(*place, asset.snapshot));
+        }
+    }
+    keys.push_back(key(asset.snapshot));
+    return keys;
+}
+
+const ImageFeatures* FeatureCache::entry(const PhotoAsset& asset) const {
+    for (const auto& candidate : keys(asset)) {
+        if (auto found = entries_.find(candidate); found != entries_.end()) {
+            return &found->second;
+        }
+    }
+    return nullptr;
+}
+
 std::optional<ImageFeatures> FeatureCache::lookup(const PhotoAsset& asset) const {
     std::lock_guard lock(mutex_);
-    auto found = entries_.find(key(asset.snapshot));
-    if (found == entries_.end() || !isCurrent(found->second)) {
+    const ImageFeatures* found = entry(asset);
+    if (found == nullptr || !isCurrent(*found)) {
         return std::nullopt;
     }
-    ImageFeatures features = found->second;
+    ImageFeatures features = *found;
     // Only the face check is repeated for a reading of another revision.
     if (features.faces && features.faces->revision != FaceCheck::kRevision) {
         features.faces.reset();
@@ -57,17 +84,17 @@ std::optional<ImageFeatures> FeatureCache::lookup(const PhotoAsset& asset) const
 
 void FeatureCache::store(const PhotoAsset& asset, ImageFeatures features) {
     std::lock_guard lock(mutex_);
-    entries_.insert_or_assign(key(asset.snapshot), std::move(features));
+    entries_.insert_or_assign(keys(asset).front(), std::move(features));
     dirty_ = true;
 }
 
 std::optional<FaceReading> FeatureCache::faces(const PhotoAsset& asset) const {
     std::lock_guard lock(mutex_);
-    auto found = entries_.find(key(asset.snapshot));
-    if (found == entries_.end()) {
+    const ImageFeatures* found = entry(asset);
+    if (found == nullptr) {
         return std::nullopt;
     }
-    const std::optional<FaceReading>& reading = found->second.faces;
+    const std::optional<FaceReading>& reading = found->faces;
     if (!reading || reading->revision != FaceCheck::kRevision) {
         return std::nullopt;
     }
@@ -76,12 +103,13 @@ std::optional<FaceReading> FeatureCache::faces(const PhotoAsset& asset) const {
 
 void FeatureCache::storeFaces(const PhotoAsset& asset, FaceReading reading) {
     std::lock_guard lock(mutex_);
-    auto found = entries_.find(key(asset.snapshot));
-    if (found == entries_.end()) {
-        return;
+    for (const auto& candidate : keys(asset)) {
+        if (auto found = entries_.find(candidate); found != entries_.end()) {
+            found->second.faces = reading;
+            dirty_ = true;
+            return;
+        }
     }
-    found->second.faces = reading;
-    dirty_ = true;
 }
 
 void FeatureCache::save() {

@@ -6,6 +6,8 @@
 
 #include "app/cli/ExitStatus.hpp"
 #include "app/cli/Program.hpp"
+#include "engine/pipeline/ScanPipeline.hpp"
+#include "engine/review/ReviewStore.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -439,6 +441,66 @@ TEST(CleanCommand, HistoryListsAJournalThatIsALinkAndRestoreShowsOddNamesEscaped
     EXPECT_EQ(none.status, ExitStatus::kSuccess) << none.err;
     EXPECT_EQ(none.err, "");
     EXPECT_EQ(testing::readFile(cut), "{\"kind\": \"plan\", \"pl");
+}
+
+} // namespace
+} // namespace brevant::cli
+
+namespace brevant::cli {
+namespace {
+
+// The review the user left in the window: two beach copies marked (the
+// suggested keeper among them), the cat group looked at and left whole, and
+// a dog copy marked that then changes on disk.
+TEST(CleanCommand, TakesBackTheSavedReviewOfTheSameFoldersAndSaysWhatCameBack) {
+    Library library;
+    std::string reviews = library.data() + "/reviews.json";
+    ScanRequest request{.source = ScanSource::ofFolders({library.photos()}),
+                        .savedReviews = reviews,
+                        .review = ReviewRules{}};
+    auto window = ScanPipeline().run(request, CancellationFlag(), {});
+    ASSERT_TRUE(window.has_value());
+    ReviewSession& session = *window->session;
+    for (const char* marked : {"2020/beach.jpg", "backup/beach copy.jpg", "2022/dog.jpg"}) {
+        ASSERT_TRUE(session.mark(library.photo(marked)).has_value()) << marked;
+    }
+    const DuplicateGroup* cats = session.group(library.photo("2021/cat.png"));
+    ASSERT_NE(cats, nullptr);
+    ASSERT_TRUE(ScanPipeline::saveReview(*window, {cats->id}));
+    std::error_code error;
+    fs::last_write_time(library.photo("2022/dog.jpg"),
+                        fs::file_time_type::clock::now() - std::chrono::hours(1), error);
+    ASSERT_FALSE(error);
+
+    std::string photos = shellWord(library.photos());
+    Outcome dry = library.brevant("clean --dry-run " + photos);
+    EXPECT_EQ(dry.status, ExitStatus::kSuccess) << dry.err;
+    EXPECT_THAT(dry.out, ::testing::StartsWith(
+                             "Resumed your last review of these folders: 2 marks restored, 1 "
+                             "dropped because its file changed; 1 group already reviewed.\n"));
+
+    Outcome clean = library.brevant("clean --yes --json " + photos);
+    ASSERT_EQ(clean.status, ExitStatus::kSuccess) << clean.err;
+    Json document = Json::parse(clean.out);
+    EXPECT_EQ(document["resumed"],
+              Json::parse(R"({"restored": 2, "changed": 1, "refused": 0, "reviewedGroups": 1})"));
+    std::vector<std::string> moved = plannedMoves(document);
+    // The user's keeper stays; the group they looked at is left whole; the
+    // rest follow the suggestions.
+    EXPECT_THAT(moved, ::testing::Contains(library.photo("2020/beach.jpg")));
+    EXPECT_THAT(moved, ::testing::Contains(library.photo("backup/beach copy.jpg")));
+    EXPECT_THAT(moved, ::testing::Contains(::testing::HasSubstr("/2023/tree")));
+    EXPECT_THAT(moved, Not(::testing::Contains(library.photo("backup/beach.jpg"))));
+    EXPECT_THAT(moved, Not(::testing::Contains(::testing::HasSubstr("/2021/cat"))));
+    EXPECT_TRUE(fs::exists(library.photo("backup/beach.jpg")));
+    EXPECT_FALSE(fs::exists(library.photo("2020/beach.jpg")));
+
+    // The saved review follows the cleanup: the moved copies left it.
+    auto saved = ReviewStore(reviews).find({library.photos()}, ScanMode::Kind::identical);
+    ASSERT_TRUE(saved.has_value());
+    EXPECT_THAT(saved->marks, IsEmpty());
+    ASSERT_EQ(saved->reviewed.size(), 1U);
+    EXPECT_EQ(saved->reviewed.front().id, cats->id);
 }
 
 } // namespace

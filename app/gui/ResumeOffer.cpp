@@ -1,0 +1,94 @@
+#include "ResumeOffer.hpp"
+
+#include "app/gui/PhotoCleanupModel.hpp"
+#include "app/gui/QtText.hpp"
+#include "app/gui/ScreenParts.hpp"
+
+#include <QDateTime>
+#include <QFileInfo>
+#include <QLabel>
+#include <QLocale>
+#include <QPushButton>
+#include <QStringList>
+#include <QVBoxLayout>
+
+#include <cmath>
+
+namespace brevant::gui {
+
+namespace {
+
+QString modeWords(const ScanMode& mode) {
+    switch (mode.kind) {
+    case ScanMode::Kind::identical:
+        return QStringLiteral("identical copies");
+    case ScanMode::Kind::similar:
+        return QStringLiteral("similar versions (%1)").arg(qtText(displayName(mode.preset)));
+    case ScanMode::Kind::series:
+        return QStringLiteral("series");
+    case ScanMode::Kind::livePhotos:
+        return QStringLiteral("Live Photo movies");
+    }
+    return {};
+}
+
+QString folderNames(const std::vector<std::string>& folders) {
+    QStringList names;
+    for (const auto& folder : folders) {
+        QString name = QFileInfo(qtText(folder)).fileName();
+        names << (name.isEmpty() ? qtText(folder) : name);
+    }
+    return names.join(QStringLiteral(", "));
+}
+
+} // namespace
+
+ResumeOffer::ResumeOffer(PhotoCleanupModel& model, QWidget* parent)
+    : QFrame(parent)
+    , model_(model) {
+    setObjectName(QStringLiteral("resumeOffer"));
+    QFrame* card = parts::card(this);
+    auto* layout = static_cast<QVBoxLayout*>(card->layout());
+    layout->addWidget(parts::label(tr("Resume your last review"), "section", card));
+    detail_ = parts::label({}, "muted", card);
+    detail_->setWordWrap(true);
+    layout->addWidget(detail_);
+    resume_ = new QPushButton(tr("Resume Review"), card);
+    resume_->setObjectName(QStringLiteral("resumeButton"));
+    resume_->setToolTip(tr("Scan these folders again and take back your marks on the copies "
+                           "that have not changed since"));
+    layout->addWidget(resume_, 0, Qt::AlignLeft);
+    auto* outer = new QVBoxLayout(this);
+    outer->setContentsMargins(0, 0, 0, 0);
+    outer->addWidget(card);
+
+    connect(resume_, &QPushButton::clicked, this,
+            [this] { static_cast<void>(model_.resumeLastReview()); });
+    connect(&model_, &PhotoCleanupModel::lastReviewChanged, this, &ResumeOffer::showReview);
+    showReview();
+}
+
+QString ResumeOffer::detailText() const {
+    return detail_->text();
+}
+
+void ResumeOffer::showReview() {
+    const auto& review = model_.lastReview();
+    setVisible(review.has_value());
+    if (!review) {
+        detail_->clear();
+        return;
+    }
+    auto when =
+        QDateTime::fromSecsSinceEpoch(static_cast<qint64>(std::floor(review->saved.unixSeconds())));
+    detail_->setText(tr("%1: %2, saved %3")
+                         .arg(folderNames(review->folders), modeWords(review->mode),
+                              QLocale().toString(when, QLocale::ShortFormat)));
+    QStringList paths;
+    for (const auto& folder : review->folders) {
+        paths << qtText(folder);
+    }
+    detail_->setToolTip(paths.join(QLatin1Char('\n')));
+}
+
+} // namespace brevant::gui
