@@ -24,6 +24,7 @@ namespace brevant::gui {
 class CompareView;
 class GroupListModel;
 class Inspector;
+class NotDuplicateActions;
 class PhotoCleanupModel;
 class ThumbnailLoader;
 
@@ -71,6 +72,9 @@ public:
 
     // The marking commands, in the order the Edit menu lists them.
     [[nodiscard]] QList<QAction*> markingActions() const;
+
+    // "Not duplicates" for the group shown, as its menu offers them.
+    [[nodiscard]] NotDuplicateActions* notDuplicates() const { return notDuplicates_; }
 
     [[nodiscard]] GroupListModel* groups() const { return groups_; }
 
@@ -134,6 +138,7 @@ private:
     void updateInspector();
     void updateTotal();
     void showMenu(int member, const QPoint& global);
+    void updateNotDuplicates();
     void openFolder(const QString& folder);
     void setNotice(const QString& text);
     [[nodiscard]] const DuplicateGroup* shownGroup() const;
@@ -158,6 +163,7 @@ private:
     QPushButton* markAll_;
     QPushButton* back_;
     QPushButton* cleanup_;
+    NotDuplicateActions* notDuplicates_;
     std::map<Command, QAction*> actions_;
     // Between the sections of the commands in a menu.
     std::array<QAction*, 3> separators_{};
