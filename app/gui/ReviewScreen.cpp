@@ -28,6 +28,7 @@
 #include <QPushButton>
 #include <QScrollArea>
 #include <QSplitter>
+#include <QStyledItemDelegate>
 #include <QUrl>
 #include <QVBoxLayout>
 
@@ -59,6 +60,18 @@ QString carriedMarksText(const PhotoCleanupModel& model) {
     return ReviewScreen::tr("%1 in the previous scan stay marked here.")
         .arg(countText(carried, "copy marked", "copies marked"));
 }
+
+// Rows as wide as the list and never wider, so that a long name loses its
+// middle instead of running under a scroll bar.
+class ListWideDelegate : public QStyledItemDelegate {
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    [[nodiscard]] QSize sizeHint(const QStyleOptionViewItem& option,
+                                 const QModelIndex& index) const override {
+        return {1, QStyledItemDelegate::sizeHint(option, index).height()};
+    }
+};
 
 } // namespace
 
@@ -106,6 +119,8 @@ ReviewScreen::ReviewScreen(PhotoCleanupModel& model, QWidget* parent)
     }
     list_->setObjectName(QStringLiteral("groupList"));
     list_->setModel(groups_);
+    list_->setItemDelegate(new ListWideDelegate(list_));
+    list_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     list_->setUniformItemSizes(true);
     list_->setIconSize(QSize(48, 48));
     // Long file names lose their middle, never the size at the end.
