@@ -7,7 +7,8 @@
 // Settings and the feature cache go to a temporary folder, never the
 // user's. Files are named SKIN-SCREEN.png; classic is shown light and dark.
 // The cleanup screens (card, run, reports, Put Back, history) are shot in
-// light classic and in nightfall; every picture they move is put back.
+// classic, light and dark, and in nightfall; every picture they move is
+// put back.
 // The catalog screens mark a Lightroom Classic catalog made here of the
 // folder's photos, and undo the marking again; before that the catalog is
 // shown as one of a version marking was not tested with.
@@ -586,9 +587,9 @@ bool shootSkin(const QString& skin, const QString& label, const QString& photos,
     }
     shooter.take(window, label, QStringLiteral("overview-skipped"));
     shootReview(label, photos, window, model, shooter);
-    // The cleanup screens in the default skin and one dark skin.
-    bool cleanupSkin =
-        label == QLatin1String("classic-light") || skin == QLatin1String("nightfall");
+    // The cleanup screens and the real-size reviews in the default skin,
+    // light and dark, and one dark skin of another colour.
+    bool cleanupSkin = skin == QLatin1String("classic") || skin == QLatin1String("nightfall");
     if (cleanupSkin && !shootCleanup(label, model, window, shooter)) {
         return false;
     }

@@ -35,20 +35,36 @@ constexpr double kLargeShare = 0.85;
 constexpr int kTileChrome = 150;
 constexpr double kPhotoAspect = 1.5;
 constexpr int kSpacing = 10;
+// Up to this many copies, each tile has the room for the keeper's reason.
+constexpr int kRoomyTiles = 3;
+
+// What the tallest tile needs beside its picture at this width, never less
+// than kTileChrome: its words wrap, so a narrower tile needs more lines.
+int tileChrome(const std::vector<MemberTile*>& tiles, int width) {
+    int chrome = kTileChrome;
+    for (const MemberTile* tile : tiles) {
+        int whole =
+            tile->hasHeightForWidth() ? tile->heightForWidth(width) : tile->sizeHint().height();
+        chrome = std::max(chrome, whole - tile->view()->sizeHint().height());
+    }
+    return chrome;
+}
 
 // How many tiles to a row so that each picture is as large as it can be in
 // `area`: two copies side by side, five as three and two.
-int columnsFor(int tiles, QSize area) {
+int columnsFor(const std::vector<MemberTile*>& tiles, QSize area) {
+    int count = static_cast<int>(tiles.size());
     // Not laid out yet: one row, as before the window shows.
     if (area.height() <= kTileChrome || area.width() <= 0) {
-        return std::max(tiles, 1);
+        return std::max(count, 1);
     }
     int best = 1;
     double bestWidth = 0;
-    for (int columns = 1; columns <= tiles; ++columns) {
-        int rows = (tiles + columns - 1) / columns;
+    for (int columns = 1; columns <= count; ++columns) {
+        int rows = (count + columns - 1) / columns;
         double cellWidth = (area.width() - (columns - 1) * kSpacing) / double(columns);
-        double cellHeight = (area.height() - (rows - 1) * kSpacing) / double(rows) - kTileChrome;
+        int chrome = tileChrome(tiles, static_cast<int>(cellWidth));
+        double cellHeight = (area.height() - (rows - 1) * kSpacing) / double(rows) - chrome;
         double pictureWidth = std::min(cellWidth, cellHeight * kPhotoAspect);
         if (pictureWidth > bestWidth + 1) {
             best = columns;
@@ -57,6 +73,16 @@ int columnsFor(int tiles, QSize area) {
     }
     return best;
 }
+
+// The tiles' grid. Their wrapped words would have the scroll area size it
+// by preferred heights, scrolling where the pictures could simply be
+// smaller; only the tiles' minimum heights decide when to scroll.
+class TileGrid : public QGridLayout {
+public:
+    using QGridLayout::QGridLayout;
+
+    [[nodiscard]] bool hasHeightForWidth() const override { return false; }
+};
 
 QString stateText(const MemberFacts& facts) {
     if (facts.isLocked) {
@@ -84,7 +110,7 @@ CompareView::CompareView(ThumbnailLoader& thumbnails, QWidget* parent)
     , empty_(parts::label(QLatin1String(texts::kNoGroup), "muted", this))
     , scroll_(new QScrollArea(this))
     , row_(new QWidget)
-    , rowLayout_(new QGridLayout(row_))
+    , rowLayout_(new TileGrid(row_))
     , flipPage_(new QWidget(this))
     , flipCaption_(new ElidedLabel({}, flipPage_))
     , flipView_(new PictureView(zoom_, flipPage_))
@@ -202,8 +228,19 @@ void CompareView::showGroup(const std::optional<DuplicateGroup>& group) {
 void CompareView::setFacts(const std::vector<MemberFacts>& facts) {
     facts_ = facts;
     for (int i = 0; i < count() && i < static_cast<int>(facts.size()); ++i) {
-        tiles_[i]->setFacts(facts[i]);
+        // Past three copies the tiles share rows: the keeper's reason moves
+        // to the tile's tooltip (the inspector says it too), so the picture
+        // keeps the room.
+        MemberFacts shown = facts[i];
+        bool crowded = count() > kRoomyTiles;
+        tiles_[i]->setToolTip(crowded ? shown.keeperReason : QString());
+        if (crowded) {
+            shown.keeperReason.clear();
+        }
+        tiles_[i]->setFacts(shown);
     }
+    // The keeper's reason takes lines of its tile.
+    arrangeTiles();
     if (isFlipping()) {
         showFlip();
     }
@@ -384,7 +421,7 @@ void CompareView::imageArrived(const QString& path) {
 }
 
 void CompareView::arrangeTiles() {
-    int columns = columnsFor(count(), scroll_->viewport()->size());
+    int columns = columnsFor(tiles_, scroll_->viewport()->size());
     if (columns == columns_) {
         return;
     }

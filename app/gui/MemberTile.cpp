@@ -122,7 +122,7 @@ void MemberTile::setFacts(const MemberFacts& facts) {
     }
     view_->setDimmed(facts.isMarked);
     reason_->setText(facts.isKeeper ? facts.keeperReason : QString());
-    reason_->setVisible(facts.isKeeper);
+    reason_->setVisible(facts.isKeeper && !facts.keeperReason.isEmpty());
     QStringList quality;
     if (!facts.orientation.isEmpty()) {
         quality << facts.orientation;

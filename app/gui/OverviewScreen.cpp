@@ -7,9 +7,11 @@
 #include "app/gui/ScreenParts.hpp"
 #include "app/gui/WindowTexts.hpp"
 
+#include <QApplication>
 #include <QComboBox>
 #include <QFrame>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLocale>
 #include <QPushButton>
@@ -199,7 +201,11 @@ void OverviewScreen::showResult() {
         pictures += static_cast<int>(group.members.size());
     }
     bool none = model_.groups().empty();
-    headline_->setText(none ? QLatin1String(texts::kNothingFound) : tr("Overview"));
+    // Groups emptied by a cleanup were found; they are done, not missing.
+    bool cleaned = none && model_.copiesAway() > 0;
+    headline_->setText(cleaned ? QLatin1String(texts::kAllCleaned)
+                       : none  ? QLatin1String(texts::kNothingFound)
+                               : tr("Overview"));
     // The whole scan: finding the identical copies, measuring and grouping.
     double seconds = std::max(0.0, result.finished.secondsSinceReferenceDate -
                                        result.started.secondsSinceReferenceDate);
@@ -247,8 +253,11 @@ void OverviewScreen::fillKinds() {
     kindLines_.clear();
     auto kinds = model_.kinds();
     if (kinds.empty()) {
-        kindRows_->addWidget(
-            parts::label(QLatin1String(texts::kNothingFoundDetail), "muted", kindsCard_));
+        int away = model_.copiesAway();
+        QString detail = away > 0 ? tr("%1 moved to the Trash; no group is left to review.")
+                                        .arg(countText(away, "copy was", "copies were"))
+                                  : QLatin1String(texts::kNothingFoundDetail);
+        kindRows_->addWidget(parts::label(detail, "muted", kindsCard_));
         return;
     }
     for (const auto& kind : kinds) {
@@ -314,6 +323,17 @@ void OverviewScreen::showSkipped() {
     }
     scroll_->ensureWidgetVisible(leftOutCard_);
     leftOut_->setFocus();
+}
+
+void OverviewScreen::keyPressEvent(QKeyEvent* event) {
+    bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    QWidget* focus = QApplication::focusWidget();
+    bool inLeftOut = focus != nullptr && leftOut_->isAncestorOf(focus);
+    if (enter && inLeftOut && review_->isEnabled()) {
+        Q_EMIT reviewRequested();
+        return;
+    }
+    QWidget::keyPressEvent(event);
 }
 
 void OverviewScreen::focusNextStep() {

@@ -64,6 +64,11 @@ public:
 Q_SIGNALS:
     void reviewRequested();
 
+protected:
+    // Enter goes on to the review from the skipped files too, whose
+    // headers and lists do not take it.
+    void keyPressEvent(QKeyEvent* event) override;
+
 private:
     void showResult();
     void showCatalogFacts();

@@ -3,6 +3,7 @@
 #include "app/gui/QtText.hpp"
 #include "app/gui/ReviewSaver.hpp"
 #include "engine/catalogs/CatalogSource.hpp"
+#include "engine/pipeline/DeclaredDifferences.hpp"
 #include "engine/platform/DataFolder.hpp"
 
 #include <QSettings>
@@ -397,8 +398,13 @@ void PhotoCleanupModel::regroup() {
 void PhotoCleanupModel::adopt(ScanOutcome outcome) {
     // The marks as they are now: a rescan or a regroup keeps those still
     // allowed.
+    marksFromOtherMode_ = 0;
     if (outcome_) {
         outcome.carryMarks(*outcome_);
+        bool otherMode = outcome_->request.mode.kind != outcome.request.mode.kind;
+        if (otherMode && outcome.session) {
+            marksFromOtherMode_ = static_cast<int>(outcome.session->marks().size());
+        }
     }
     outcome_ = std::make_shared<const ScanOutcome>(std::move(outcome));
     hasResult_ = true;
@@ -465,6 +471,36 @@ void PhotoCleanupModel::applyPutBack(const std::vector<std::string>& returned) {
         return;
     }
     adopt(ScanPipeline::afterPutBack(*outcome_, returned));
+}
+
+int PhotoCleanupModel::copiesAway() const {
+    return hasResult_ ? static_cast<int>(outcome_->away.size()) : 0;
+}
+
+bool PhotoCleanupModel::declareNotDuplicates(std::vector<std::vector<std::string>> decisions) {
+    if (!hasResult_ || phase_ != Phase::reviewing || decisions.empty()) {
+        return false;
+    }
+    std::shared_ptr<const SimilarityIndex> older = outcome_->index;
+    worker_.run(
+        [outcome = outcome_, decisions = std::move(decisions)](const CancellationFlag& cancel) {
+            return DeclaredDifferences::declare(*outcome, decisions, cancel);
+        },
+        [this, older](std::expected<std::shared_ptr<const SimilarityIndex>, std::string> declared) {
+            if (!declared) {
+                Q_EMIT declareRefused(qtText(declared.error()));
+                return;
+            }
+            // A regroup or a cleanup meanwhile kept the index, so the
+            // decision applies to what is shown now; after a new scan the
+            // next one honours it.
+            if (!hasResult_ || outcome_->index != older) {
+                return;
+            }
+            adopt(DeclaredDifferences::regrouped(*outcome_, std::move(*declared)));
+            Q_EMIT notDuplicatesDeclared();
+        });
+    return true;
 }
 
 std::vector<KindSummary> PhotoCleanupModel::kinds() const {

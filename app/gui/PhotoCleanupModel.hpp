@@ -207,6 +207,21 @@ public:
     // After a Put Back: the copies back at their own paths return.
     void applyPutBack(const std::vector<std::string>& returned);
 
+    // How many copies a scan in another mode took over still marked from
+    // the result before it (an identical scan's marks in a similar one); 0
+    // when the modes were the same.
+    [[nodiscard]] int marksFromOtherMode() const { return marksFromOtherMode_; }
+
+    // Copies a cleanup has moved to the Trash since the scan that are not
+    // back yet.
+    [[nodiscard]] int copiesAway() const;
+
+    // The user says the pictures of each decision are different photos
+    // (DeclaredDifferences, recorded on the worker): then the groups are
+    // those a rescan would show. False while no result is reviewed or with
+    // no decision; a refusal comes back through declareRefused.
+    bool declareNotDuplicates(std::vector<std::vector<std::string>> decisions);
+
     // Whoever changes marks or locks through session() (the review screen,
     // a cleanup) tells the model, so every view of the marks can follow.
     // The marks are saved as the review of the scanned folders.
@@ -242,6 +257,9 @@ Q_SIGNALS:
     void scanFailed(const QString& reason);
     void catalogChanged(brevant::gui::CleanupSettings::Scope scope);
     void lastReviewChanged();
+    // The groups were formed again after a "not duplicates" decision.
+    void notDuplicatesDeclared();
+    void declareRefused(const QString& reason);
 
 private:
     // What the settings ask a scan for now.
@@ -275,6 +293,7 @@ private:
     // a new scan, whose session takes over its marks.
     std::shared_ptr<const ScanOutcome> outcome_;
     bool hasResult_ = false;
+    int marksFromOtherMode_ = 0;
     std::shared_ptr<LockStore> locks_;
     // Results of a regroup that is no longer the latest are dropped.
     int generation_ = 0;

@@ -3,6 +3,7 @@
 #include "app/gui/CompareView.hpp"
 #include "app/gui/GroupListModel.hpp"
 #include "app/gui/Inspector.hpp"
+#include "app/gui/NotDuplicateActions.hpp"
 #include "app/gui/PhotoCleanupModel.hpp"
 #include "app/gui/QtText.hpp"
 #include "app/gui/ReviewTexts.hpp"
@@ -28,6 +29,7 @@
 #include <QPushButton>
 #include <QScrollArea>
 #include <QSplitter>
+#include <QStyledItemDelegate>
 #include <QUrl>
 #include <QVBoxLayout>
 
@@ -48,6 +50,29 @@ constexpr int kRoomForInspector = 1400;
 QString text(const char* words) {
     return QString::fromUtf8(words);
 }
+
+// Marks made for identical copies may now stand in a similar group: said,
+// lest they go unnoticed. Empty when the scan before was of the same mode.
+QString carriedMarksText(const PhotoCleanupModel& model) {
+    int carried = model.marksFromOtherMode();
+    if (carried == 0) {
+        return {};
+    }
+    return ReviewScreen::tr("%1 in the previous scan stay marked here.")
+        .arg(countText(carried, "copy marked", "copies marked"));
+}
+
+// Rows as wide as the list and never wider, so that a long name loses its
+// middle instead of running under a scroll bar.
+class ListWideDelegate : public QStyledItemDelegate {
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    [[nodiscard]] QSize sizeHint(const QStyleOptionViewItem& option,
+                                 const QModelIndex& index) const override {
+        return {1, QStyledItemDelegate::sizeHint(option, index).height()};
+    }
+};
 
 } // namespace
 
@@ -71,7 +96,14 @@ ReviewScreen::ReviewScreen(PhotoCleanupModel& model, QWidget* parent)
     , back_(new QPushButton(text(texts::kBackToOverview), this))
     // A button reads "&" as the mark of its access key.
     , cleanup_(parts::accentButton(
-          text(texts::kCleanup).replace(QLatin1Char('&'), QStringLiteral("&&")), this)) {
+          text(texts::kCleanup).replace(QLatin1Char('&'), QStringLiteral("&&")), this))
+    , notDuplicates_(new NotDuplicateActions(
+          [this](NotDuplicateActions::Decisions decisions) {
+              if (model_.declareNotDuplicates(std::move(decisions))) {
+                  setNotice(tr("Keeping these pictures apart…"));
+              }
+          },
+          this)) {
     groups_->setThumbnails(thumbnails_);
     for (auto [filter, name] : {std::pair{Filter::all, texts::kAllGroups},
                                 {Filter::withMarks, texts::kWithMarks},
@@ -87,7 +119,10 @@ ReviewScreen::ReviewScreen(PhotoCleanupModel& model, QWidget* parent)
     for (SimilarityPreset preset : EnumCases<SimilarityPreset>::kAll) {
         preset_->addItem(qtText(displayName(preset)), static_cast<int>(preset));
     }
+    list_->setObjectName(QStringLiteral("groupList"));
     list_->setModel(groups_);
+    list_->setItemDelegate(new ListWideDelegate(list_));
+    list_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     list_->setUniformItemSizes(true);
     list_->setIconSize(QSize(48, 48));
     // Long file names lose their middle, never the size at the end.
@@ -129,7 +164,9 @@ ReviewScreen::ReviewScreen(PhotoCleanupModel& model, QWidget* parent)
     splitter->addWidget(left);
     splitter->addWidget(compare_);
     splitter->addWidget(inspectorScroll);
-    splitter->setStretchFactor(1, 1);
+    // The list widens with the window too, so its rows keep their words.
+    splitter->setStretchFactor(0, 1);
+    splitter->setStretchFactor(1, 4);
     splitter->setSizes({kListWidth, 600, kInspectorWidth});
     splitter->setChildrenCollapsible(false);
     inspectorPane_ = inspectorScroll;
@@ -173,6 +210,11 @@ ReviewScreen::ReviewScreen(PhotoCleanupModel& model, QWidget* parent)
         updateInspector();
     });
     connect(compare_, &CompareView::currentChanged, this, &ReviewScreen::updateInspector);
+    connect(compare_, &CompareView::currentChanged, this, &ReviewScreen::updateNotDuplicates);
+    connect(&model_, &PhotoCleanupModel::notDuplicatesDeclared, this, [this] {
+        setNotice(tr("Kept apart: Brevant will not put those pictures in one group again."));
+    });
+    connect(&model_, &PhotoCleanupModel::declareRefused, this, &ReviewScreen::setNotice);
     connect(compare_, &CompareView::markClicked, this, [this] { run(Command::toggleMark); });
     connect(compare_, &CompareView::lockClicked, this, [this] {
         const PhotoAsset* asset = compare_->currentAsset();
@@ -294,6 +336,10 @@ void ReviewScreen::open() {
     if (currentGroup_ < 0 && groups_->rowCount() > 0) {
         list_->setCurrentIndex(groups_->index(0));
     }
+    // Showing the first group cleared the notice.
+    if (QString carried = carriedMarksText(model_); !carried.isEmpty()) {
+        setNotice(carried);
+    }
     list_->setFocus();
 }
 
@@ -324,6 +370,9 @@ void ReviewScreen::resultChanged() {
     setNotice({});
     if (session == nullptr) {
         return;
+    }
+    if (QString carried = carriedMarksText(model_); !carried.isEmpty()) {
+        setNotice(carried);
     }
     count_->setText(
         countText(static_cast<std::int64_t>(session->groups().size()), "group", "groups"));
@@ -370,6 +419,7 @@ void ReviewScreen::rowChanged(int row) {
     if (session == nullptr || groupIndex < 0) {
         compare_->showGroup(std::nullopt);
         updateInspector();
+        updateNotDuplicates();
         return;
     }
     compare_->showGroup(session->groups()[groupIndex]);
@@ -377,6 +427,11 @@ void ReviewScreen::rowChanged(int row) {
     model_.noteReviewed(session->groups()[groupIndex].id);
     updateFacts();
     updateInspector();
+    updateNotDuplicates();
+}
+
+void ReviewScreen::updateNotDuplicates() {
+    notDuplicates_->setGroup(shownGroup(), compare_->current());
 }
 
 const DuplicateGroup* ReviewScreen::shownGroup() const {
@@ -660,6 +715,13 @@ void ReviewScreen::showMenu(int member, const QPoint& global) {
     menu.addAction(actions_.at(Command::markSuggested));
     menu.addAction(actions_.at(Command::clearMarks));
     menu.addSeparator();
+    updateNotDuplicates();
+    if (QList<QAction*> apart = notDuplicates_->listed(); !apart.isEmpty()) {
+        menu.addActions(apart);
+        menu.addSeparator();
+    }
+    // A disabled "not duplicates" says why in its tooltip.
+    menu.setToolTipsVisible(true);
     QString folder = qtText(asset->folder());
     menu.addAction(text(texts::kOpenFolder), this, [this, folder] { openFolder(folder); });
     menu.exec(global);

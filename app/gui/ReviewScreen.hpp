@@ -25,6 +25,7 @@ namespace brevant::gui {
 class CompareView;
 class GroupListModel;
 class Inspector;
+class NotDuplicateActions;
 class PhotoCleanupModel;
 class SuggestedMarking;
 class ThumbnailLoader;
@@ -73,6 +74,9 @@ public:
 
     // The marking commands, in the order the Edit menu lists them.
     [[nodiscard]] QList<QAction*> markingActions() const;
+
+    // "Not duplicates" for the group shown, as its menu offers them.
+    [[nodiscard]] NotDuplicateActions* notDuplicates() const { return notDuplicates_; }
 
     [[nodiscard]] GroupListModel* groups() const { return groups_; }
 
@@ -143,6 +147,7 @@ private:
     void updateInspector();
     void updateTotal();
     void showMenu(int member, const QPoint& global);
+    void updateNotDuplicates();
     void openFolder(const QString& folder);
     void setNotice(const QString& text);
     [[nodiscard]] const DuplicateGroup* shownGroup() const;
@@ -168,6 +173,7 @@ private:
     SuggestedMarking* marking_;
     QPushButton* back_;
     QPushButton* cleanup_;
+    NotDuplicateActions* notDuplicates_;
     std::map<Command, QAction*> actions_;
     // Between the sections of the commands in a menu.
     std::array<QAction*, 3> separators_{};

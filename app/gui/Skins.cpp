@@ -241,6 +241,7 @@ std::vector<ColorPair> Skins::textPairs(const Skin& skin) {
         {"heading", named("heading"), p.color(QPalette::Window)},
         {"heading on a card", named("heading"), named("card")},
         {"text on a card", p.color(QPalette::WindowText), named("card")},
+        {"keeper badge on a card", p.color(QPalette::Link), named("card")},
         {"accent button", named("accentText"), named("accent")},
         {"accent button, hovered", named("accentText"), named("accentHover")},
         {"notice", named("noticeText"), named("notice")},

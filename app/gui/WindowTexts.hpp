@@ -35,6 +35,7 @@ inline constexpr const char* kIncompleteNotice =
     "This scan is incomplete: some files or folders could not be compared. The groups shown "
     "are sound, but more copies may be among the files listed below.";
 inline constexpr const char* kNothingFound = "No copies were found in these folders.";
+inline constexpr const char* kAllCleaned = "Every group is cleaned up.";
 inline constexpr const char* kNothingFoundDetail =
     "Every picture that was read is the only one of its kind here.";
 

@@ -6,6 +6,17 @@
 
 namespace brevant {
 
+namespace {
+
+// An empty file holds no picture and a damaged one cannot be decoded, so
+// neither can be a copy of one; a link is never followed by design.
+bool couldHideACopy(SkipReason reason) {
+    return reason != SkipReason::symbolicLink && reason != SkipReason::empty &&
+           reason != SkipReason::corrupt;
+}
+
+} // namespace
+
 ScanResult ScanResult::make(std::vector<std::string> roots, std::vector<DuplicateGroup> groups) {
     ScanResult result;
     result.roots = std::move(roots);
@@ -28,7 +39,7 @@ bool ScanResult::isIncomplete() const {
         return true;
     }
     bool missedFile = std::ranges::any_of(
-        skipped, [](const SkippedFile& file) { return file.reason != SkipReason::symbolicLink; });
+        skipped, [](const SkippedFile& file) { return couldHideACopy(file.reason); });
     bool missedFolder = std::ranges::any_of(excluded, [](const ExcludedItem& item) {
         return item.kind == ExcludedItem::Kind::unreadableFolder ||
                item.kind == ExcludedItem::Kind::refusedRoot;

@@ -40,8 +40,9 @@ struct ScanResult {
     // The members of all groups together.
     [[nodiscard]] int matched() const;
 
-    // Cancelled, or something that should have been compared was not: any
-    // skip but a symbolic link, or an unreadable folder or refused root.
+    // Cancelled, or something that could hold a copy was not compared: any
+    // skip but a symbolic link, an empty file or a damaged picture, or an
+    // unreadable folder or refused root.
     [[nodiscard]] bool isIncomplete() const;
 
     [[nodiscard]] std::string encoded(int indent = -1) const;

@@ -196,6 +196,7 @@ private Q_SLOTS:
     void keyboardAloneRunsACleanupAndPutsItBack();
     void resultsFollowACleanupAndAPutBack();
     void putBackOfManyPicturesKeepsTheWindowOnTheScreen();
+    void overviewSaysEveryGroupWasCleanedUp();
 };
 
 void CleanupWindowTest::menusOfferTheCleanupCommands() {
@@ -628,6 +629,34 @@ void CleanupWindowTest::putBackOfManyPicturesKeepsTheWindowOnTheScreen() {
     QVERIFY(withinScreen(rig.window()));
     QCoreApplication::processEvents();
     QVERIFY(withinScreen(rig.window()));
+}
+
+void CleanupWindowTest::overviewSaysEveryGroupWasCleanedUp() {
+    Rig rig;
+    QVERIFY(rig.isActive());
+    // Every suggestion marked: each group is left with its keeper alone.
+    QVERIFY(rig.runCleanup());
+    const int moved = static_cast<int>(rig.marked().size());
+    QVERIFY(moved > 0);
+    QVERIFY(rig.model().groups().empty());
+    QCOMPARE(rig.model().copiesAway(), moved);
+    QTest::keyClick(rig.window().cleanupScreen()->doneButton(), Qt::Key_Return);
+    OverviewScreen* overview = rig.window().overview();
+    QCOMPARE(rig.window().currentScreen(), static_cast<QWidget*>(overview));
+    // Copies were found and cleaned: nothing was "not found".
+    QCOMPARE(overview->headline(), QStringLiteral("Every group is cleaned up."));
+    QCOMPARE(overview->groupsFigure(), QStringLiteral("0"));
+    QVERIFY(!overview->showsIncompleteNotice());
+
+    // Put back, the groups return and the overview is an overview again.
+    rig.window().showHistory();
+    HistoryScreen* history = rig.window().historyScreen();
+    QTRY_COMPARE_WITH_TIMEOUT(history->list()->topLevelItemCount(), 1, kRunTimeoutMs);
+    QTest::keyClick(history->list(), Qt::Key_Return);
+    QTest::mouseClick(history->reportView()->putBackAllButton(), Qt::LeftButton);
+    QTRY_VERIFY_WITH_TIMEOUT(!rig.cleanups().isPuttingBack(), kRunTimeoutMs);
+    QCOMPARE(rig.model().copiesAway(), 0);
+    QCOMPARE(overview->headline(), QStringLiteral("Overview"));
 }
 
 BREVANT_GUI_TEST(CleanupWindowTest);

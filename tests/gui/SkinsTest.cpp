@@ -66,7 +66,7 @@ void SkinsTest::everySkinKeepsTextReadable() {
             QVERIFY(!skin->title.isEmpty());
             QVERIFY2(!skin->styleSheet.contains(QStringLiteral("@{")), qPrintable(name));
             auto pairs = Skins::textPairs(*skin);
-            QCOMPARE(pairs.size(), std::size_t{19});
+            QCOMPARE(pairs.size(), std::size_t{20});
             for (const ColorPair& pair : pairs) {
                 QVERIFY2(pair.foreground.isValid() && pair.background.isValid(),
                          qPrintable(name + QStringLiteral(": ") + pair.what));

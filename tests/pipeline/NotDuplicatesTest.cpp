@@ -1,12 +1,14 @@
 #include "tests/fixtures/ImageFixtures.hpp"
 #include "tests/fixtures/TempTree.hpp"
 
+#include "engine/pipeline/DeclaredDifferences.hpp"
 #include "engine/pipeline/ScanPipeline.hpp"
 #include "engine/review/NotDuplicateStore.hpp"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <expected>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -108,6 +110,72 @@ TEST(NotDuplicates, KeepTwoShotsOutOfOneSeries) {
     NotDuplicateStore store(request.notDuplicates);
     ASSERT_TRUE(store.declare({first, second}).has_value());
     EXPECT_TRUE(membersOf(scan(request)).empty());
+}
+
+// A scan a review is made over, as the window asks for one.
+ScanRequest reviewedRequest(const TempTree& tree) {
+    ScanRequest request = requestFor(tree, ScanMode::similar(SimilarityPreset::balanced));
+    request.review = ReviewRules{};
+    return request;
+}
+
+// The review's road: recorded, then the groups formed again.
+std::expected<ScanOutcome, std::string>
+declared(const ScanOutcome& outcome, const std::vector<std::vector<std::string>>& decisions) {
+    auto index = DeclaredDifferences::declare(outcome, decisions, CancellationFlag());
+    if (!index) {
+        return std::unexpected(index.error());
+    }
+    return DeclaredDifferences::regrouped(outcome, *index);
+}
+
+TEST(NotDuplicates, DeclaredInTheReviewGroupAsARescanWould) {
+    TempTree tree;
+    ThreeVersions photos(tree);
+    ScanRequest request = reviewedRequest(tree);
+    ScanOutcome before = scan(request);
+    ASSERT_EQ(membersOf(before).size(), 1U);
+    ASSERT_TRUE(before.session->mark(photos.smaller).has_value());
+
+    auto after = declared(before, {{photos.original, photos.resaved}});
+    ASSERT_TRUE(after.has_value()) << after.error();
+    EXPECT_EQ(membersOf(*after), membersOf(scan(request)));
+    ASSERT_EQ(after->session->groups().size(), 1U);
+    EXPECT_EQ(after->session->groups()[0].members.size(), 2U);
+    // The smaller export stays with one of them, and stays marked.
+    EXPECT_TRUE(after->session->isMarked(photos.smaller));
+    NotDuplicateStore store(request.notDuplicates);
+    ASSERT_EQ(store.all().size(), 1U);
+    EXPECT_EQ(store.all()[0].photos.size(), 2U);
+
+    // Every copy of the group different from the others: the group goes.
+    auto apart = declared(*after, {{photos.original, photos.smaller, photos.resaved}});
+    ASSERT_TRUE(apart.has_value()) << apart.error();
+    EXPECT_TRUE(apart->session->groups().empty());
+    EXPECT_TRUE(membersOf(scan(request)).empty());
+}
+
+TEST(NotDuplicates, RefusedForIdenticalCopiesWithNothingRecorded) {
+    TempTree tree;
+    ThreeVersions photos(tree);
+    std::string same = tree.path("photos/IMG_0001 same.jpg");
+    std::filesystem::copy_file(photos.original, same);
+    ScanRequest request = reviewedRequest(tree);
+    ScanOutcome before = scan(request);
+
+    // One copy apart from the others, as pairs: the identical pair refuses
+    // them all, so the first pair is not kept either.
+    auto refused = declared(before, {{photos.original, photos.smaller}, {photos.original, same}});
+    ASSERT_FALSE(refused.has_value());
+    EXPECT_NE(refused.error().find("are identical copies"), std::string::npos) << refused.error();
+    EXPECT_TRUE(NotDuplicateStore(request.notDuplicates).all().empty());
+
+    // A scan of identical copies has no measurements to split.
+    request.mode = ScanMode::identical();
+    auto identical = declared(scan(request), {{photos.original, photos.smaller}});
+    ASSERT_FALSE(identical.has_value());
+    EXPECT_EQ(identical.error(), DeclaredDifferences::kIdenticalNotDifferent);
+    EXPECT_TRUE(NotDuplicateStore(request.notDuplicates).all().empty());
 }
 
 } // namespace

@@ -154,9 +154,19 @@ TEST(ScanResult, WhatMakesAScanIncomplete) {
                        {"/p/2020", ExcludedItem::Kind::overlappingRoot, "x"}};
     EXPECT_FALSE(result.isIncomplete());
 
-    auto withEmpty = result;
-    withEmpty.skipped.push_back({"/p/e.jpg", SkipReason::empty, std::nullopt});
-    EXPECT_TRUE(withEmpty.isIncomplete());
+    // Neither an empty file nor one that fails to decode can be a copy of a
+    // picture.
+    auto withNoPicture = result;
+    withNoPicture.skipped.push_back({"/p/e.jpg", SkipReason::empty, std::nullopt});
+    withNoPicture.skipped.push_back({"/p/b.jpg", SkipReason::corrupt, std::nullopt});
+    EXPECT_FALSE(withNoPicture.isIncomplete());
+
+    auto withUnreadable = result;
+    withUnreadable.skipped.push_back({"/p/u.jpg", SkipReason::unreadable, std::nullopt});
+    EXPECT_TRUE(withUnreadable.isIncomplete());
+    auto withUnsupported = result;
+    withUnsupported.skipped.push_back({"/p/x.jxl", SkipReason::unsupportedFormat, std::nullopt});
+    EXPECT_TRUE(withUnsupported.isIncomplete());
     auto withCloud = result;
     withCloud.skipped.push_back({"/p/c.jpg", SkipReason::cloudPlaceholder, std::nullopt});
     EXPECT_TRUE(withCloud.isIncomplete());
