@@ -30,6 +30,7 @@
 #include "app/gui/MarkingsWindow.hpp"
 #include "app/gui/OverviewScreen.hpp"
 #include "app/gui/PhotoCleanupModel.hpp"
+#include "app/gui/ResumeOffer.hpp"
 #include "app/gui/ReviewScreen.hpp"
 #include "app/gui/SceneZoom.hpp"
 #include "app/gui/SettingsWindow.hpp"
@@ -52,6 +53,7 @@
 #include <QTabWidget>
 #include <QTemporaryDir>
 #include <QThread>
+#include <QTimer>
 #include <QTreeWidget>
 
 #include <algorithm>
@@ -414,6 +416,22 @@ void shootReview(const QString& label, const QString& photos, MainWindow& window
     review->showGroup(similar);
     review->thumbnails()->waitForDone();
     shooter.take(window, label, QStringLiteral("review"));
+
+    // A group with a turned copy, and its menu with the "not duplicates"
+    // commands (the menu is caught while it is open).
+    int turned = findGroup(
+        *session, [](const brevant::DuplicateGroup& group) { return !group.orientations.empty(); });
+    review->showGroup(turned);
+    review->thumbnails()->waitForDone();
+    shooter.take(window, label, QStringLiteral("review-turned"));
+    QTimer::singleShot(400, &window, [&shooter, &label] {
+        if (QWidget* popup = QApplication::activePopupWidget()) {
+            shooter.take(*popup, label, QStringLiteral("review-menu"));
+            popup->close();
+        }
+    });
+    Q_EMIT review->compare()->menuRequested(0, window.mapToGlobal(QPoint(400, 300)));
+    review->showGroup(similar);
     review->action(Command::nextCopy)->trigger();
     review->thumbnails()->waitForDone();
     shooter.take(window, label, QStringLiteral("review-inspector"));
@@ -612,6 +630,11 @@ bool shootSkin(const QString& skin, const QString& label, const QString& photos,
     about.show();
     shooter.take(about, label, QStringLiteral("about"));
     about.hide();
+
+    // Home again, with the review just made offered to resume.
+    model.returnHome();
+    static_cast<void>(waitUntil([&window] { return window.home()->resumeOffer()->isVisible(); }));
+    shooter.take(window, label, QStringLiteral("home-resume"));
     return shootCatalogMarking(label, catalogs, model, window, shooter);
 }
 

@@ -71,11 +71,13 @@ HomeScreen::HomeScreen(PhotoCleanupModel& model, QWidget* parent)
     left->setSpacing(16);
     left->addWidget(whereCard());
     left->addWidget(protectedCard());
+    // Under the folders, where there is room: above the choices it pushed
+    // them off the first window size.
+    resume_ = new ResumeOffer(model_, content);
+    left->addWidget(resume_);
     left->addStretch();
     auto* right = new QVBoxLayout;
     right->setSpacing(16);
-    resume_ = new ResumeOffer(model_, content);
-    right->addWidget(resume_);
     right->addWidget(whatCard());
     right->addStretch();
     columns->addLayout(left, 3);

@@ -33,7 +33,10 @@ PhotoCleanupModel::PhotoCleanupModel(QSettings& store, std::string dataFolder,
     // A scan and a regroup may overlap; the engine runs its own workers.
     , reviewSaver_(std::make_shared<ReviewSaver>(reviewsPath()))
     , worker_(*this, 2) {
-    connect(this, &PhotoCleanupModel::marksChanged, this, &PhotoCleanupModel::saveReview);
+    saveSoon_.setSingleShot(true);
+    saveSoon_.setInterval(1000);
+    connect(&saveSoon_, &QTimer::timeout, this, &PhotoCleanupModel::saveReview);
+    connect(this, &PhotoCleanupModel::marksChanged, &saveSoon_, qOverload<>(&QTimer::start));
     worker_.run([saver = reviewSaver_](const CancellationFlag&) { return saver->latest(); },
                 [this](std::optional<SavedReview> latest) {
                     // A review saved since is newer than the file was.
@@ -45,7 +48,13 @@ PhotoCleanupModel::PhotoCleanupModel(QSettings& store, std::string dataFolder,
 }
 
 PhotoCleanupModel::~PhotoCleanupModel() {
-    // A save still waiting for a worker would be dropped with it.
+    // A save still waiting for its pause or for a worker would be dropped
+    // with it.
+    if (saveSoon_.isActive() && outcome_) {
+        if (auto review = ScanPipeline::reviewToSave(*outcome_, reviewed_, Date::now())) {
+            reviewSaver_->offer(std::move(*review));
+        }
+    }
     reviewSaver_->write();
 }
 
@@ -414,11 +423,12 @@ void PhotoCleanupModel::adopt(ScanOutcome outcome) {
 
 void PhotoCleanupModel::noteReviewed(const std::string& groupId) {
     if (reviewed_.insert(groupId).second) {
-        saveReview();
+        saveSoon_.start();
     }
 }
 
 void PhotoCleanupModel::saveReview() {
+    saveSoon_.stop();
     if (!hasResult_ || !outcome_) {
         return;
     }

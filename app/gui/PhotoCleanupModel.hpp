@@ -16,6 +16,7 @@
 
 #include <QElapsedTimer>
 #include <QObject>
+#include <QTimer>
 
 #include <cstdint>
 #include <expected>
@@ -300,6 +301,9 @@ private:
     std::set<std::string> reviewed_;
     std::optional<SavedReview> lastReview_;
     std::shared_ptr<ReviewSaver> reviewSaver_;
+    // Saves wait for a pause in the user's work: the saved review is taken
+    // from every mark, which over a million pictures is felt.
+    QTimer saveSoon_;
     // Last, so that it stops before anything its tasks answer to goes.
     Worker worker_;
 };

@@ -3,16 +3,16 @@
 #include "app/gui/PhotoCleanupModel.hpp"
 #include "app/gui/QtText.hpp"
 #include "app/gui/ScreenParts.hpp"
+#include "engine/platform/LocaleDate.hpp"
 
-#include <QDateTime>
 #include <QFileInfo>
 #include <QLabel>
-#include <QLocale>
 #include <QPushButton>
 #include <QStringList>
 #include <QVBoxLayout>
 
 #include <cmath>
+#include <cstdint>
 
 namespace brevant::gui {
 
@@ -79,11 +79,11 @@ void ResumeOffer::showReview() {
         detail_->clear();
         return;
     }
-    auto when =
-        QDateTime::fromSecsSinceEpoch(static_cast<qint64>(std::floor(review->saved.unixSeconds())));
+    // Dated as every other date in the window.
+    auto when = static_cast<std::int64_t>(std::floor(review->saved.unixSeconds()));
     detail_->setText(tr("%1: %2, saved %3")
                          .arg(folderNames(review->folders), modeWords(review->mode),
-                              QLocale().toString(when, QLocale::ShortFormat)));
+                              qtText(platform::shortDateTime(when))));
     QStringList paths;
     for (const auto& folder : review->folders) {
         paths << qtText(folder);

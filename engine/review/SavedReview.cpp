@@ -10,8 +10,16 @@ namespace brevant {
 SavedReview SavedReview::of(const ReviewSession& session, std::vector<std::string> folders,
                             ScanMode mode, const std::set<std::string>& reviewedIds, Date saved) {
     SavedReview review{.folders = keyFolders(std::move(folders)), .mode = mode, .saved = saved};
-    for (const auto& marked : session.markedAssets()) {
-        review.marks.push_back({.path = marked.path, .snapshot = marked.snapshot});
+    // From the marks themselves, in path order: copying every marked copy
+    // out of the groups took seconds over a million pictures.
+    review.marks.reserve(session.marks().size());
+    for (const auto& path : session.marks()) {
+        if (const PhotoAsset* marked = session.asset(path)) {
+            review.marks.push_back({.path = path, .snapshot = marked->snapshot});
+        }
+    }
+    if (reviewedIds.empty()) {
+        return review;
     }
     for (const auto& group : session.groups()) {
         if (!reviewedIds.contains(group.id)) {
