@@ -64,6 +64,8 @@ HomeScreen::HomeScreen(PhotoCleanupModel& model, QWidget* parent)
     column->addWidget(parts::label(QLatin1String(texts::kHomeTitle), "title", content));
     column->addWidget(parts::label(QLatin1String(texts::kHomeSubtitle), "muted", content));
     column->addWidget(parts::titleRule(content));
+    resume_ = new ResumeOffer(model_, content);
+    column->addWidget(resume_);
 
     auto* columns = new QHBoxLayout;
     columns->setSpacing(16);
@@ -71,10 +73,6 @@ HomeScreen::HomeScreen(PhotoCleanupModel& model, QWidget* parent)
     left->setSpacing(16);
     left->addWidget(whereCard());
     left->addWidget(protectedCard());
-    // Under the folders, where there is room: above the choices it pushed
-    // them off the first window size.
-    resume_ = new ResumeOffer(model_, content);
-    left->addWidget(resume_);
     left->addStretch();
     auto* right = new QVBoxLayout;
     right->setSpacing(16);

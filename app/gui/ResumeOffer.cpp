@@ -6,6 +6,7 @@
 #include "engine/platform/LocaleDate.hpp"
 
 #include <QFileInfo>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QStringList>
@@ -47,17 +48,21 @@ ResumeOffer::ResumeOffer(PhotoCleanupModel& model, QWidget* parent)
     : QFrame(parent)
     , model_(model) {
     setObjectName(QStringLiteral("resumeOffer"));
+    // One line across the screen, above the choices: the first thing seen,
+    // without pushing the choices off the first window size.
     QFrame* card = parts::card(this);
-    auto* layout = static_cast<QVBoxLayout*>(card->layout());
-    layout->addWidget(parts::label(tr("Resume your last review"), "section", card));
+    auto* row = new QHBoxLayout;
+    row->setSpacing(12);
+    row->addWidget(parts::label(tr("Resume your last review"), "section", card));
     detail_ = parts::label({}, "muted", card);
     detail_->setWordWrap(true);
-    layout->addWidget(detail_);
+    row->addWidget(detail_, 1);
     resume_ = new QPushButton(tr("Resume Review"), card);
     resume_->setObjectName(QStringLiteral("resumeButton"));
     resume_->setToolTip(tr("Scan these folders again and take back your marks on the copies "
                            "that have not changed since"));
-    layout->addWidget(resume_, 0, Qt::AlignLeft);
+    row->addWidget(resume_);
+    static_cast<QVBoxLayout*>(card->layout())->addLayout(row);
     auto* outer = new QVBoxLayout(this);
     outer->setContentsMargins(0, 0, 0, 0);
     outer->addWidget(card);
