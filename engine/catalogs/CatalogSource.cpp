@@ -52,8 +52,9 @@ using Scan = std::expected<CatalogSource::Scanned, std::string> (*)(CatalogSourc
 // one entry a kind, in the order of the Application enumeration.
 struct KindEntry {
     CatalogSource::Application application;
-    // Lowercased, as the catalog's name ends.
-    std::string_view extension;
+    // Lowercased: the catalog's extension (".lrcat"), or the database's
+    // whole file name where the application fixes it ("digikam4.db").
+    std::string_view fileName;
     Scan scan;
     CatalogChoice (*choose)(const std::string& folder);
     // Where the application keeps its catalogs, under the home folder.
@@ -80,9 +81,16 @@ std::optional<CatalogSource::Application> CatalogSource::applicationOf(const std
     while (name.size() > 1 && name.ends_with('/')) {
         name.pop_back();
     }
-    name = std::filesystem::path(name).extension().string();
-    std::ranges::transform(name, name.begin(), [](unsigned char c) { return std::tolower(c); });
-    auto found = std::ranges::find(kKinds, name, &KindEntry::extension);
+    std::filesystem::path file(name);
+    auto lowered = [](std::string text) {
+        std::ranges::transform(text, text.begin(), [](unsigned char c) { return std::tolower(c); });
+        return text;
+    };
+    std::string extension = lowered(file.extension().string());
+    std::string whole = lowered(file.filename().string());
+    auto found = std::ranges::find_if(kKinds, [&](const KindEntry& kind) {
+        return kind.fileName.starts_with('.') ? kind.fileName == extension : kind.fileName == whole;
+    });
     if (found == kKinds.end()) {
         return std::nullopt;
     }
