@@ -1,8 +1,6 @@
 #include "LockStore.hpp"
 
-#include "engine/platform/ExclusiveRename.hpp"
-#include "engine/platform/FileStatus.hpp"
-#include "engine/support/AtomicFile.hpp"
+#include "engine/review/StoredDocument.hpp"
 #include "engine/support/Json.hpp"
 #include "engine/support/Texts.hpp"
 
@@ -109,30 +107,15 @@ void LockStore::load() {
     if (!path_) {
         return;
     }
-    const std::string& path = *path_;
-    auto status = FileSnapshot::read(path);
-    if (!status) {
+    auto document = StoredDocument::read(*path_);
+    if (!document) {
+        damage_ = document.error();
         return;
     }
-    if (status->isSymbolicLink) {
-        damage_ = "it is a symbolic link, which is never followed";
+    if (!*document) {
         return;
     }
-    if (!status->isRegularFile) {
-        damage_ = "it is not a file";
-        return;
-    }
-    if (auto denied = platform::readAccessError(path)) {
-        damage_ = *denied;
-        return;
-    }
-    auto bytes = AtomicFile::read(path);
-    if (!bytes) {
-        damage_ = "it could not be read";
-        return;
-    }
-    std::string_view document(reinterpret_cast<const char*>(bytes->data()), bytes->size());
-    auto decoded = decode(document);
+    auto decoded = decode(**document);
     if (!decoded) {
         damage_ = decoded.error();
         return;
@@ -151,11 +134,10 @@ std::expected<std::string, std::string> LockStore::setAside() {
         return std::unexpected(std::string("The lock file is not damaged; nothing was moved."));
     }
     auto seconds = static_cast<std::int64_t>(std::floor(clock_().unixSeconds()));
-    std::string aside = fmt::format("{}.damaged-{}", *path_, seconds);
-    if (auto moved = platform::renameNoReplace(*path_, aside); !moved) {
-        return std::unexpected(fmt::format("The lock file could not be moved aside to {} ({}); "
-                                           "nothing was changed.",
-                                           aside, platform::errorText(moved.error())));
+    auto aside = StoredDocument::setAside(*path_, seconds);
+    if (!aside) {
+        return std::unexpected(fmt::format(
+            "The lock file could not be moved aside to {}; nothing was changed.", aside.error()));
     }
     damage_.reset();
     save();
@@ -178,8 +160,7 @@ void LockStore::save() const {
     std::string text = encode(locks_);
     // The list in memory stays what counts for this session when the write
     // fails; the next change tries again.
-    static_cast<void>(AtomicFile::write(
-        *path_, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()}));
+    static_cast<void>(StoredDocument::write(*path_, text));
 }
 
 std::vector<LockStore::Lock> LockStore::all() const {

@@ -8,7 +8,7 @@
 namespace brevant {
 
 // The JSON files the application keeps for the user in its data folder (the
-// locks, the "not duplicates" decisions): read without following a link,
+// locks, the "not duplicates" decisions, the saved reviews): read without following a link,
 // and, when damaged, moved aside on request rather than written over.
 struct StoredDocument {
     // The file's text; nothing when no file is there; the reason when a file
