@@ -219,6 +219,23 @@ int main(int argc, char** argv) {
     settle();
     std::printf("%-34s %9.1f ms\n", "one mark more, total shown", ms(clock));
 
+    // The review is saved a second after the last change, taken a slice at
+    // a time between events; the longest the thread is held until it is.
+    auto savedAt = [&model] {
+        return model.lastReview() ? model.lastReview()->saved.unixSeconds() : 0.0;
+    };
+    double before = savedAt();
+    whole.restart();
+    double longestSave = 0;
+    while (savedAt() == before && whole.elapsed() < 60'000) {
+        clock.restart();
+        QApplication::processEvents(QEventLoop::AllEvents, 5);
+        longestSave = std::max(longestSave, ms(clock));
+    }
+    std::printf("%-34s %9.1f ms after the pause, longest stall %.1f ms%s\n",
+                "save the review (resume later)", ms(whole) - 1000, longestSave,
+                savedAt() == before ? " (not saved within a minute)" : "");
+
     // Scrolling the list a page at a time from top to bottom, painted.
     QScrollBar* bar = review->list()->verticalScrollBar();
     std::vector<double> pages;

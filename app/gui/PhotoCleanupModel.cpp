@@ -37,6 +37,9 @@ PhotoCleanupModel::PhotoCleanupModel(QSettings& store, std::string dataFolder,
     saveSoon_.setInterval(1000);
     connect(&saveSoon_, &QTimer::timeout, this, &PhotoCleanupModel::saveReview);
     connect(this, &PhotoCleanupModel::marksChanged, &saveSoon_, qOverload<>(&QTimer::start));
+    buildSlice_.setSingleShot(true);
+    buildSlice_.setInterval(0);
+    connect(&buildSlice_, &QTimer::timeout, this, &PhotoCleanupModel::buildReviewSlice);
     worker_.run([saver = reviewSaver_](const CancellationFlag&) { return saver->latest(); },
                 [this](std::optional<SavedReview> latest) {
                     // A review saved since is newer than the file was.
@@ -50,7 +53,7 @@ PhotoCleanupModel::PhotoCleanupModel(QSettings& store, std::string dataFolder,
 PhotoCleanupModel::~PhotoCleanupModel() {
     // A save still waiting for its pause or for a worker would be dropped
     // with it.
-    if (saveSoon_.isActive() && outcome_) {
+    if ((saveSoon_.isActive() || building_) && outcome_) {
         if (auto review = ScanPipeline::reviewToSave(*outcome_, reviewed_, Date::now())) {
             reviewSaver_->offer(std::move(*review));
         }
@@ -429,15 +432,37 @@ void PhotoCleanupModel::noteReviewed(const std::string& groupId) {
 
 void PhotoCleanupModel::saveReview() {
     saveSoon_.stop();
+    building_.reset();
     if (!hasResult_ || !outcome_) {
         return;
     }
-    auto review = ScanPipeline::reviewToSave(*outcome_, reviewed_, Date::now());
-    if (!review) {
+    building_ = ScanPipeline::reviewBuilder(*outcome_, reviewed_, Date::now());
+    if (building_) {
+        buildReviewSlice();
+    }
+}
+
+void PhotoCleanupModel::buildReviewSlice() {
+    if (!building_) {
         return;
     }
-    lastReview_ = review;
-    reviewSaver_->offer(std::move(*review));
+    // As long a slice as marking takes: a million marks are taken in about
+    // two seconds, never in one piece.
+    constexpr std::size_t kMarksAtOnce = 2000;
+    constexpr qint64 kSliceMilliseconds = 15;
+    QElapsedTimer slice;
+    slice.start();
+    while (!building_->step(kMarksAtOnce)) {
+        if (slice.elapsed() >= kSliceMilliseconds) {
+            buildSlice_.start();
+            return;
+        }
+    }
+    SavedReview review = building_->take();
+    building_.reset();
+    lastReview_ =
+        SavedReview{.folders = review.folders, .mode = review.mode, .saved = review.saved};
+    reviewSaver_->offer(std::move(review));
     worker_.run(
         [saver = reviewSaver_](const CancellationFlag&) {
             saver->write();

@@ -234,7 +234,8 @@ public:
 
     [[nodiscard]] const std::set<std::string>& reviewedGroups() const { return reviewed_; }
 
-    // The review saved last, of any folders; absent until read (lastReviewChanged)
+    // The review saved last, of any folders: its folders, mode and date (the
+    // marks are the saver's to write); absent until read (lastReviewChanged)
     // or when there is none.
     [[nodiscard]] const std::optional<SavedReview>& lastReview() const { return lastReview_; }
 
@@ -272,9 +273,10 @@ private:
     void regroup();
     // Takes a new outcome, the marks of the one before carried over.
     void adopt(ScanOutcome outcome);
-    // Hands the marks and reviewed groups to the saver, which writes them
-    // on a worker.
+    // Takes the marks and reviewed groups a slice at a time between events
+    // and hands them to the saver, which writes them on a worker.
     void saveReview();
+    void buildReviewSlice();
 
     QSettings& store_;
     std::map<Scope, std::string> catalogNotices_;
@@ -304,6 +306,9 @@ private:
     // Saves wait for a pause in the user's work: the saved review is taken
     // from every mark, which over a million pictures is felt.
     QTimer saveSoon_;
+    // The review being taken, and the slices that take it.
+    std::optional<SavedReviewBuilder> building_;
+    QTimer buildSlice_;
     // Last, so that it stops before anything its tasks answer to goes.
     Worker worker_;
 };

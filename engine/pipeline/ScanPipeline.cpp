@@ -7,6 +7,7 @@
 #include "engine/scan/MediaScan.hpp"
 #include "engine/similarity/FeatureCache.hpp"
 
+#include <limits>
 #include <set>
 #include <utility>
 
@@ -201,15 +202,27 @@ std::expected<ScanOutcome, std::string> ScanPipeline::rescan(const ScanOutcome& 
     return outcome;
 }
 
-std::optional<SavedReview> ScanPipeline::reviewToSave(const ScanOutcome& outcome,
-                                                      const std::set<std::string>& reviewedIds,
-                                                      Date now) {
+std::optional<SavedReviewBuilder> ScanPipeline::reviewBuilder(const ScanOutcome& outcome,
+                                                              std::set<std::string> reviewedIds,
+                                                              Date now) {
     const ScanRequest& request = outcome.request;
     if (!outcome.session || !request.savedReviews ||
         request.source.kind != ScanSource::Kind::folders || outcome.cancelled()) {
         return std::nullopt;
     }
-    return SavedReview::of(*outcome.session, outcome.result->roots, request.mode, reviewedIds, now);
+    return SavedReviewBuilder(outcome.session, outcome.result->roots, request.mode,
+                              std::move(reviewedIds), now);
+}
+
+std::optional<SavedReview> ScanPipeline::reviewToSave(const ScanOutcome& outcome,
+                                                      const std::set<std::string>& reviewedIds,
+                                                      Date now) {
+    auto builder = reviewBuilder(outcome, reviewedIds, now);
+    if (!builder) {
+        return std::nullopt;
+    }
+    builder->step(std::numeric_limits<std::size_t>::max());
+    return builder->take();
 }
 
 bool ScanPipeline::saveReview(const ScanOutcome& outcome, const std::set<std::string>& reviewedIds,

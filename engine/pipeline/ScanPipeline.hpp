@@ -5,6 +5,7 @@
 #include "engine/pipeline/PipelineProgress.hpp"
 #include "engine/pipeline/ScanOutcome.hpp"
 #include "engine/pipeline/ScanRequest.hpp"
+#include "engine/review/SavedReviewBuilder.hpp"
 #include "engine/scan/CancellationFlag.hpp"
 #include "engine/scan/DuplicateGroup.hpp"
 #include "engine/scan/ExactMatcher.hpp"
@@ -120,6 +121,9 @@ public:
     // window, off its own thread); nothing where it would save nothing.
     [[nodiscard]] static std::optional<SavedReview>
     reviewToSave(const ScanOutcome& outcome, const std::set<std::string>& reviewedIds, Date now);
+    // The same, to be taken a slice at a time.
+    [[nodiscard]] static std::optional<SavedReviewBuilder>
+    reviewBuilder(const ScanOutcome& outcome, std::set<std::string> reviewedIds, Date now);
 
 private:
     // Measures the pictures and reads the faces the keeper needs; nothing

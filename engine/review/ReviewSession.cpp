@@ -125,6 +125,7 @@ std::expected<void, MarkRefusal> ReviewSession::mark(const std::string& path) {
     }
     if (marks_.insert(path).second) {
         markedBytes_ += sizeOf(path);
+        ++marksRevision_;
     }
     return {};
 }
@@ -132,6 +133,7 @@ std::expected<void, MarkRefusal> ReviewSession::mark(const std::string& path) {
 void ReviewSession::unmark(const std::string& path) {
     if (marks_.erase(path) > 0) {
         markedBytes_ -= sizeOf(path);
+        ++marksRevision_;
     }
 }
 

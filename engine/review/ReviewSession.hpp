@@ -43,6 +43,10 @@ public:
 
     [[nodiscard]] const std::set<std::string>& marks() const { return marks_; }
 
+    // Counts every change to the marks, so that a reader going through them
+    // a slice at a time can tell that they changed under it.
+    [[nodiscard]] std::uint64_t marksRevision() const { return marksRevision_; }
+
     [[nodiscard]] const std::shared_ptr<LockStore>& locks() const { return locks_; }
 
     [[nodiscard]] const std::set<std::string>& protectedRoots() const { return protectedRoots_; }
@@ -121,6 +125,7 @@ private:
     // Indices of the groups holding each path, in group order.
     std::unordered_map<std::string, std::vector<std::size_t>> groupsByPath_;
     std::set<std::string> marks_;
+    std::uint64_t marksRevision_ = 0;
     // Kept with every mark and unmark: the window shows it after each one,
     // and adding up half a million marks each time was felt.
     std::int64_t markedBytes_ = 0;

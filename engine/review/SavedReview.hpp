@@ -10,8 +10,6 @@
 
 namespace brevant {
 
-class ReviewSession;
-
 // What the user had decided in the review of some folders in one mode: the
 // copies marked and the groups looked through, each with the snapshot of its
 // files at that moment, so that a later scan takes back only what still
@@ -39,11 +37,6 @@ struct SavedReview {
     Date saved;
     std::vector<Copy> marks;
     std::vector<Group> reviewed;
-
-    // The session's marks and the groups among its own that are reviewed.
-    [[nodiscard]] static SavedReview of(const ReviewSession& session,
-                                        std::vector<std::string> folders, ScanMode mode,
-                                        const std::set<std::string>& reviewedIds, Date saved);
 
     [[nodiscard]] bool sameKey(const std::vector<std::string>& otherFolders,
                                ScanMode::Kind kind) const;
