@@ -19,7 +19,7 @@ CatalogCommand::CatalogCommand() {
 }
 
 std::string_view CatalogCommand::summary() const {
-    return "Find duplicates in a Lightroom Classic or Capture One catalog and mark them there";
+    return "Find duplicates in a photo catalog or library and mark them there";
 }
 
 std::vector<std::string> CatalogCommand::synopsis() const {

@@ -91,7 +91,7 @@ json::Json markedDocument(const CatalogMarkOutcome& marked) {
 } // namespace
 
 std::string_view CatalogMarkCommand::summary() const {
-    return "Mark the suggested extra copies Rejected (Lightroom) or Red (Capture One)";
+    return "Mark the suggested extra copies in the catalog, for deleting them in its application";
 }
 
 std::vector<std::string> CatalogMarkCommand::synopsis() const {
@@ -102,13 +102,16 @@ void CatalogMarkCommand::define(CLI::App& app) {
     app.add_flag("--yes", yes_, "Mark without asking");
     app.add_flag("--dry-run", dryRun_, "Show what would be marked and stop");
     addJson(app, json_, "Print the result as JSON");
-    required(
-        app.add_option("CATALOG", catalog_, "The catalog: a .lrcat file or a .cocatalog package"),
-        "no catalog given");
+    required(app.add_option("CATALOG", catalog_, catalog_text::catalogArgument()),
+             "no catalog given");
 }
 
 int CatalogMarkCommand::run(const Environment& environment) {
-    std::string catalog = catalog_text::absolute(catalog_);
+    auto located = catalog_text::located(environment, catalog_);
+    if (!located) {
+        return ExitStatus::kNothingScanned;
+    }
+    std::string catalog = *located;
     auto locks = std::make_shared<LockStore>(platform::DataFolder::current().lockStore());
     ScanRequest request{.source = ScanSource::ofCatalog(catalog),
                         .notDuplicates = platform::DataFolder::current().notDuplicates(),

@@ -116,13 +116,16 @@ void CatalogScanCommand::define(CLI::App& app) {
                                "balanced)");
     app.add_flag("--series", series_, "Bursts of shots taken seconds apart")->excludes(similar);
     addJson(app, json_, "Print the whole result as JSON");
-    required(
-        app.add_option("CATALOG", catalog_, "The catalog: a .lrcat file or a .cocatalog package"),
-        "no catalog given");
+    required(app.add_option("CATALOG", catalog_, catalog_text::catalogArgument()),
+             "no catalog given");
 }
 
 int CatalogScanCommand::run(const Environment& environment) {
-    std::string catalog = catalog_text::absolute(catalog_);
+    auto located = catalog_text::located(environment, catalog_);
+    if (!located) {
+        return ExitStatus::kNothingScanned;
+    }
+    std::string catalog = *located;
     ScanRequest request{.source = ScanSource::ofCatalog(catalog),
                         .featureCache = platform::DataFolder::current().featureCache(),
                         .notDuplicates = platform::DataFolder::current().notDuplicates()};

@@ -2,6 +2,9 @@
 
 #include "app/cli/ExitStatus.hpp"
 #include "app/cli/Terminal.hpp"
+#include "engine/catalogs/CatalogRegistry.hpp"
+#include "engine/catalogs/CatalogSource.hpp"
+#include "engine/scan/PathRules.hpp"
 
 #include <filesystem>
 #include <fmt/format.h>
@@ -16,6 +19,30 @@ std::string absolute(const std::string& path) {
     std::error_code error;
     auto made = std::filesystem::absolute(path, error);
     return error ? path : made.lexically_normal().string();
+}
+
+std::string catalogArgument() {
+    std::string files;
+    std::string names;
+    for (const auto& kind : catalogRegistrations()) {
+        files += (files.empty() ? "" : ", ") + std::string(kind.fileName);
+        names += (names.empty() ? "" : ", ") + PathRules::asciiLowercased(kind.texts->settingsKey);
+    }
+    return fmt::format("The catalog ({}), a folder holding one, or the application's name ({}) "
+                       "for the one at its usual place",
+                       files, names);
+}
+
+std::optional<std::string> located(const Environment& environment, const std::string& given) {
+    auto choice = CatalogSource::locate(given, absolute(given));
+    if (!choice) {
+        fmt::print(environment.err, "brevant: {}: {}\n", given, choice.error());
+        return std::nullopt;
+    }
+    if (choice->notice) {
+        fmt::print(environment.err, "{}\n", *choice->notice);
+    }
+    return choice->catalog;
 }
 
 std::string counted(std::size_t count) {

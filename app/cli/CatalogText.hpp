@@ -5,6 +5,7 @@
 #include "engine/scan/PhotoAsset.hpp"
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,6 +22,15 @@ namespace brevant::cli::catalog_text {
 // The path made absolute and normal, as the markers record it; as it is
 // when that fails.
 [[nodiscard]] std::string absolute(const std::string& path);
+
+// How the catalog argument is described in the help, naming every kind.
+[[nodiscard]] std::string catalogArgument();
+
+// The catalog the command names (see CatalogSource::locate), with the
+// choice's notice on standard error; nothing, after saying why there, when
+// none was found.
+[[nodiscard]] std::optional<std::string> located(const Environment& environment,
+                                                 const std::string& given);
 
 // "brevant: MESSAGE" on standard error; the failure status.
 int failed(const Environment& environment, std::string_view message);

@@ -106,6 +106,7 @@ struct CaptureOneMarker : CatalogMarker<CaptureOneMarking> {
     static constexpr CatalogKindTexts kTexts{
         .key = "captureOne",
         .name = "Capture One",
+        .describedAs = "a Capture One catalog (.cocatalog)",
         .settingsKey = "captureOne",
         .chooseTip = "Choose the folder the .cocatalog catalog is in",
         .reading = "Brevant reads the catalog without changing it and compares the image files it "

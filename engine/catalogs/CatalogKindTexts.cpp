@@ -1,20 +1,13 @@
 #include "CatalogKindTexts.hpp"
 
-#include "engine/catalogs/CaptureOneMarker.hpp"
-#include "engine/catalogs/LightroomRejecter.hpp"
+#include "engine/catalogs/CatalogRegistry.hpp"
 
 #include <fmt/format.h>
 
 namespace brevant {
 
 const CatalogKindTexts& CatalogKindTexts::of(CatalogSource::Application application) {
-    switch (application) {
-    case CatalogSource::Application::lightroom:
-        return LightroomRejecter::kTexts;
-    case CatalogSource::Application::captureOne:
-        return CaptureOneMarker::kTexts;
-    }
-    return LightroomRejecter::kTexts;
+    return *catalogRegistration(application).texts;
 }
 
 std::string CatalogKindTexts::questionText(std::string_view photos) const {

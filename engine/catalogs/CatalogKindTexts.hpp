@@ -15,6 +15,9 @@ struct CatalogKindTexts {
     std::string_view key;
     // "Lightroom Classic".
     std::string_view name;
+    // What its catalog is, with how its file is named: "a Lightroom Classic
+    // catalog (.lrcat)".
+    std::string_view describedAs;
     // The keeper's reason names the work done on it in the catalog.
     bool explainsWork = false;
     // How the window stores the kind as a scope, and its catalog under

@@ -1,31 +1,19 @@
 #include "CatalogKinds.hpp"
 
-#include "engine/catalogs/CaptureOneMarker.hpp"
-#include "engine/catalogs/LightroomRejecter.hpp"
+#include "engine/catalogs/CatalogRegistry.hpp"
 
 #include <algorithm>
 
 namespace brevant {
 
-namespace {
-
-template <class Marker>
-std::unique_ptr<CatalogKind> kind(const platform::DataFolder& data,
-                                  const CatalogKind::IsOpen& isOpen) {
-    return std::make_unique<CatalogKindOf<Marker>>(
-        data.markings() + "/" + std::string(Marker::Marking::kRecordFolder), isOpen);
-}
-
-} // namespace
-
 CatalogKinds::CatalogKinds(platform::DataFolder data, ChangeLock::Waiting waiting,
                            const IsOpen& isOpen)
     : data_(std::move(data))
     , waiting_(std::move(waiting)) {
-    // The registration: one line a kind, in the order of the Application
-    // enumeration.
-    kinds_.push_back(kind<LightroomRejecter>(data_, isOpen));
-    kinds_.push_back(kind<CaptureOneMarker>(data_, isOpen));
+    for (const auto& kind : catalogRegistrations()) {
+        kinds_.push_back(
+            kind.make(data_.markings() + "/" + std::string(kind.recordFolder), isOpen));
+    }
 }
 
 const CatalogKind& CatalogKinds::of(CatalogSource::Application application) const {
@@ -65,7 +53,12 @@ std::vector<CatalogMarkingEntry> CatalogKinds::history() const {
 
 std::expected<std::optional<CatalogKinds::Undone>, CatalogRefusal>
 CatalogKinds::undo(const Uuid& id) const {
-    auto held = changeLock(CatalogSource::Application::lightroom);
+    // A refusal for the lock speaks for the marking's kind, as far as it can
+    // be told before the lock is held.
+    auto before = history();
+    auto named = std::ranges::find(before, id, &CatalogMarkingEntry::id);
+    auto held = changeLock(named != before.end() ? named->application
+                                                 : catalogRegistrations().front().application);
     if (!held) {
         return std::unexpected(held.error());
     }

@@ -48,8 +48,9 @@ struct CatalogSource {
         ScanResult result;
     };
 
-    static constexpr std::string_view kNotACatalog =
-        "That is not a Lightroom Classic catalog (.lrcat) or a Capture One catalog (.cocatalog).";
+    // "That is not a Lightroom Classic catalog (.lrcat) or a Capture One
+    // catalog (.cocatalog).", naming every kind.
+    [[nodiscard]] static std::string notACatalog();
 
     // By the name's extension, lowercased; trailing slashes do not count (a
     // Capture One catalog is a folder).
@@ -66,6 +67,15 @@ struct CatalogSource {
     // The catalog of this kind in the folder, with a notice when there was
     // none or more than one.
     [[nodiscard]] static CatalogChoice choose(Application application, const std::string& folder);
+
+    // The catalog a command names: `given` as the user wrote it, `path` the
+    // same made absolute. A catalog is taken as it is; a folder holding one
+    // gives the catalog chosen there; an application's name ("digikam",
+    // without regard to case) where no such file is, gives its catalog at its
+    // usual place. Anything else comes back as it is, for the scan to
+    // explain; the sentence why when no catalog is found where one was meant.
+    [[nodiscard]] static std::expected<CatalogChoice, std::string> locate(std::string_view given,
+                                                                          const std::string& path);
 
     // Reads the catalog and scans the files it lists; the sentence why when
     // it is no catalog or cannot be read. Nothing is ever written to it.

@@ -93,6 +93,7 @@ struct LightroomRejecter : CatalogMarker<LightroomMarking> {
     static constexpr CatalogKindTexts kTexts{
         .key = "lightroomClassic",
         .name = "Lightroom Classic",
+        .describedAs = "a Lightroom Classic catalog (.lrcat)",
         .explainsWork = true,
         .settingsKey = "lightroom",
         .chooseTip = "Choose the folder the .lrcat catalog file is in",

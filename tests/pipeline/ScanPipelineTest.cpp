@@ -369,7 +369,9 @@ TEST(ScanPipeline, ScansACatalogAsOneMoreSource) {
     auto notACatalog = ScanPipeline().run({.source = ScanSource::ofCatalog(tree.path("a.txt"))},
                                           CancellationFlag(), {});
     ASSERT_FALSE(notACatalog.has_value());
-    EXPECT_EQ(notACatalog.error(), CatalogSource::kNotACatalog);
+    EXPECT_EQ(notACatalog.error(),
+              "That is not a Lightroom Classic catalog (.lrcat) or a Capture One "
+              "catalog (.cocatalog).");
 }
 
 } // namespace
