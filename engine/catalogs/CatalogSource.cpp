@@ -4,6 +4,8 @@
 #include "engine/catalogs/CaptureOneScanner.hpp"
 #include "engine/catalogs/CatalogKindTexts.hpp"
 #include "engine/catalogs/CatalogRefusal.hpp"
+#include "engine/catalogs/DarktableCatalog.hpp"
+#include "engine/catalogs/DarktableScanner.hpp"
 #include "engine/catalogs/LightroomCatalog.hpp"
 #include "engine/catalogs/LightroomScanner.hpp"
 #include "engine/platform/ProcessInfo.hpp"
@@ -68,6 +70,9 @@ constexpr std::array kKinds{
     KindEntry{CatalogSource::Application::captureOne, ".cocatalog",
               &scanned<CaptureOneCatalog, CaptureOneScanner>, &CaptureOneCatalog::choose,
               "/Pictures"},
+    KindEntry{CatalogSource::Application::darktable, "library.db",
+              &scanned<DarktableCatalog, DarktableScanner>, &DarktableCatalog::choose,
+              "/.config/darktable"},
 };
 
 const KindEntry& entryOf(CatalogSource::Application application) {
