@@ -57,14 +57,17 @@ std::expected<std::string, CatalogReadError> versionOf(const SQLiteReader& reade
     if (!rows) {
         return std::unexpected(rows.error());
     }
-    if (rows->empty() || !Values::column(rows->front(), 0)) {
+    if (rows->empty()) {
         return "unknown";
     }
-    const auto& value = *Values::column(rows->front(), 0);
-    if (const auto* number = std::get_if<std::int64_t>(&value)) {
+    const auto& value = Values::column(rows->front(), 0);
+    if (!value) {
+        return "unknown";
+    }
+    if (const auto* number = std::get_if<std::int64_t>(&*value)) {
         return std::to_string(*number);
     }
-    if (const auto* text = std::get_if<std::string>(&value)) {
+    if (const auto* text = std::get_if<std::string>(&*value)) {
         return *text;
     }
     return "unknown";

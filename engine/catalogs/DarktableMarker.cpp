@@ -39,41 +39,55 @@ std::expected<std::optional<std::int64_t>, Failure> firstInteger(const SQLiteWri
 }
 
 // The tag's id, made at the top of the tag tree as darktable makes a tag
-// when data.db has none; `made` tells whether this marking made it.
-std::expected<std::pair<std::int64_t, bool>, Failure> duplicatesTag(const SQLiteWriter& writer) {
-    if (auto table = writer.run(
-            fmt::format("CREATE TEMP TABLE IF NOT EXISTS {} (id INTEGER PRIMARY KEY)", kMadeTags));
-        !table) {
-        return std::unexpected(table.error());
-    }
+// when data.db has none.
+std::expected<std::int64_t, Failure> foundOrMade(const SQLiteWriter& writer) {
     std::string find =
         fmt::format("SELECT id FROM data.tags WHERE name = {}", sqlText(kDuplicatesTag));
     auto found = firstInteger(writer, find);
     if (!found) {
         return std::unexpected(found.error());
     }
-    if (!*found) {
-        if (auto made = writer.run(fmt::format("INSERT INTO data.tags (id, name) VALUES (NULL, {})",
-                                               sqlText(kDuplicatesTag)));
-            !made) {
-            return std::unexpected(made.error());
-        }
-        found = firstInteger(writer, find);
-        if (!found || !*found) {
-            return std::unexpected(found ? Failure{"the tag could not be made"} : found.error());
-        }
-        if (auto noted =
-                writer.run(fmt::format("INSERT INTO {} (id) VALUES ({})", kMadeTags, **found));
-            !noted) {
-            return std::unexpected(noted.error());
-        }
+    if (auto id = *found) {
+        return *id;
     }
-    auto made =
-        firstInteger(writer, fmt::format("SELECT id FROM {} WHERE id = {}", kMadeTags, **found));
+    if (auto made = writer.run(fmt::format("INSERT INTO data.tags (id, name) VALUES (NULL, {})",
+                                           sqlText(kDuplicatesTag)));
+        !made) {
+        return std::unexpected(made.error());
+    }
+    if (auto noted = writer.run(fmt::format("INSERT INTO {} (id) SELECT id FROM data.tags WHERE "
+                                            "name = {}",
+                                            kMadeTags, sqlText(kDuplicatesTag)));
+        !noted) {
+        return std::unexpected(noted.error());
+    }
+    auto made = firstInteger(writer, find);
     if (!made) {
         return std::unexpected(made.error());
     }
-    return std::pair{**found, made->has_value()};
+    if (auto id = *made) {
+        return *id;
+    }
+    return std::unexpected(Failure{"the tag could not be made"});
+}
+
+// The tag's id, and whether this marking made it.
+std::expected<std::pair<std::int64_t, bool>, Failure> duplicatesTag(const SQLiteWriter& writer) {
+    if (auto table = writer.run(
+            fmt::format("CREATE TEMP TABLE IF NOT EXISTS {} (id INTEGER PRIMARY KEY)", kMadeTags));
+        !table) {
+        return std::unexpected(table.error());
+    }
+    auto id = foundOrMade(writer);
+    if (!id) {
+        return std::unexpected(id.error());
+    }
+    auto made =
+        firstInteger(writer, fmt::format("SELECT id FROM {} WHERE id = {}", kMadeTags, *id));
+    if (!made) {
+        return std::unexpected(made.error());
+    }
+    return std::pair{*id, made->has_value()};
 }
 
 } // namespace
