@@ -168,6 +168,32 @@ CatalogBackup::backUpCaptureOne(const std::string& package, const std::string& d
     return target;
 }
 
+std::expected<std::string, CatalogBackup::Failure>
+CatalogBackup::backUpDarktable(const std::string& library, const std::string& data, Date now) {
+    auto backups = folder(library);
+    if (!backups) {
+        return std::unexpected(backups.error());
+    }
+    std::string date = dateText(now);
+    std::string target = fmt::format("{}/darktable {}", *backups, date);
+    for (int counter = 2; exists(target); ++counter) {
+        target = fmt::format("{}/darktable {} {}", *backups, date, counter);
+    }
+    std::error_code error;
+    if (!fs::create_directory(target, error)) {
+        std::string reason = error ? error.message() : platform::errorText(EEXIST);
+        return std::unexpected(Failure{fmt::format(
+            "{} ({})", couldNotCreateSentence(PathRules::lastComponent(target)), reason)});
+    }
+    for (const auto& database : {library, data}) {
+        std::string copy = target + "/" + PathRules::lastComponent(database);
+        if (auto copied = copyDatabase(database, copy); !copied) {
+            return std::unexpected(copied.error());
+        }
+    }
+    return target;
+}
+
 const std::string& CatalogBackup::couldNotOpenSentence() {
     static const std::string text = "could not open the catalog";
     return text;

@@ -35,6 +35,11 @@ struct CatalogBackup {
     [[nodiscard]] static std::expected<std::string, Failure>
     backUpCaptureOne(const std::string& package, const std::string& database, Date now);
 
+    // Backs up a darktable library: a new folder "darktable <date>" that
+    // holds copies of its two databases under their own names.
+    [[nodiscard]] static std::expected<std::string, Failure>
+    backUpDarktable(const std::string& library, const std::string& data, Date now);
+
     // The folder beside the catalog, created with its parents when missing.
     [[nodiscard]] static std::expected<std::string, Failure> folder(const std::string& catalog);
 

@@ -2,6 +2,8 @@
 
 #include "engine/catalogs/CaptureOneMarker.hpp"
 #include "engine/catalogs/CaptureOneScanner.hpp"
+#include "engine/catalogs/DarktableMarker.hpp"
+#include "engine/catalogs/DarktableScanner.hpp"
 #include "engine/catalogs/LightroomRejecter.hpp"
 #include "engine/catalogs/LightroomScanner.hpp"
 
@@ -61,6 +63,7 @@ constexpr CatalogRegistration registered(std::string_view fileName,
 constexpr std::array kRegistrations{
     registered<LightroomRejecter, LightroomScanner>(".lrcat", "/Pictures/Lightroom"),
     registered<CaptureOneMarker, CaptureOneScanner>(".cocatalog", "/Pictures"),
+    registered<DarktableMarker, DarktableScanner>("library.db", "/.config/darktable"),
 };
 
 } // namespace

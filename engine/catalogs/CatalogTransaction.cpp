@@ -4,9 +4,21 @@ namespace brevant {
 
 std::expected<void, CatalogTransaction::Failure>
 CatalogTransaction::run(const std::string& database, const Changes& changes) {
-    auto writer = SQLiteWriter::open(database);
+    return run(Database{.path = database}, changes);
+}
+
+std::expected<void, CatalogTransaction::Failure> CatalogTransaction::run(const Database& database,
+                                                                         const Changes& changes) {
+    auto writer = SQLiteWriter::open(database.path);
     if (!writer) {
         return std::unexpected(writer.error());
+    }
+    // SQLite attaches only outside a transaction.
+    if (database.attached) {
+        if (auto attached = writer->attach(database.attached->path, database.attached->name);
+            !attached) {
+            return std::unexpected(attached.error());
+        }
     }
     if (auto begun = writer->run("BEGIN IMMEDIATE"); !begun) {
         return std::unexpected(begun.error());

@@ -44,6 +44,28 @@ std::expected<std::int64_t, SQLiteWriter::Failure> SQLiteWriter::run(const std::
     return static_cast<std::int64_t>(sqlite3_changes64(db_.get()));
 }
 
+std::expected<void, SQLiteWriter::Failure> SQLiteWriter::attach(const std::string& path,
+                                                                const std::string& name) const {
+    auto status = FileSnapshot::read(path);
+    if (!status) {
+        return std::unexpected(Failure{SQLiteReader::couldNotOpenMessage()});
+    }
+    if (status->isSymbolicLink) {
+        return std::unexpected(Failure{SQLiteReader::symbolicLinkMessage()});
+    }
+    std::string quoted;
+    for (char c : path) {
+        quoted += c;
+        if (c == '\'') {
+            quoted += c;
+        }
+    }
+    if (auto attached = run("ATTACH DATABASE '" + quoted + "' AS \"" + name + "\""); !attached) {
+        return std::unexpected(attached.error());
+    }
+    return {};
+}
+
 void PrintTo(const SQLiteWriter::Failure& failure, std::ostream* os) {
     *os << "Failure(\"" << failure.description << "\")";
 }

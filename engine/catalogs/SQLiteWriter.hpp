@@ -39,6 +39,12 @@ public:
     // SQLite's message.
     [[nodiscard]] std::expected<std::vector<SQLiteRow>, Failure> rows(const std::string& sql) const;
 
+    // Opens a second existing database on this connection under `name`, so
+    // that one transaction covers both. Outside a transaction only; a final
+    // symbolic link is never attached, and a missing file fails.
+    [[nodiscard]] std::expected<void, Failure> attach(const std::string& path,
+                                                      const std::string& name) const;
+
     // Executes the statement text and answers the number of rows that
     // statement changed. Callers check the count.
     [[nodiscard]] std::expected<std::int64_t, Failure> run(const std::string& sql) const;

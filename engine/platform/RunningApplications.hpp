@@ -37,5 +37,6 @@ struct RunningApplication {
 inline constexpr std::string_view kLightroomClassicBundleIdentifier =
     "com.adobe.LightroomClassicCC7";
 inline constexpr std::string_view kCaptureOneBundleIdentifier = "com.captureone.captureone16";
+inline constexpr std::string_view kDarktableBundleIdentifier = "org.darktable.darktable";
 
 } // namespace brevant::platform
