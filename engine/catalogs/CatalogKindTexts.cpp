@@ -1,6 +1,7 @@
 #include "CatalogKindTexts.hpp"
 
 #include "engine/catalogs/CaptureOneMarker.hpp"
+#include "engine/catalogs/DigikamMarker.hpp"
 #include "engine/catalogs/LightroomRejecter.hpp"
 
 #include <fmt/format.h>
@@ -13,6 +14,8 @@ const CatalogKindTexts& CatalogKindTexts::of(CatalogSource::Application applicat
         return LightroomRejecter::kTexts;
     case CatalogSource::Application::captureOne:
         return CaptureOneMarker::kTexts;
+    case CatalogSource::Application::digikam:
+        return DigikamMarker::kTexts;
     }
     return LightroomRejecter::kTexts;
 }

@@ -1,6 +1,7 @@
 #include "CatalogKinds.hpp"
 
 #include "engine/catalogs/CaptureOneMarker.hpp"
+#include "engine/catalogs/DigikamMarker.hpp"
 #include "engine/catalogs/LightroomRejecter.hpp"
 
 #include <algorithm>
@@ -26,6 +27,7 @@ CatalogKinds::CatalogKinds(platform::DataFolder data, ChangeLock::Waiting waitin
     // enumeration.
     kinds_.push_back(kind<LightroomRejecter>(data_, isOpen));
     kinds_.push_back(kind<CaptureOneMarker>(data_, isOpen));
+    kinds_.push_back(kind<DigikamMarker>(data_, isOpen));
 }
 
 const CatalogKind& CatalogKinds::of(CatalogSource::Application application) const {

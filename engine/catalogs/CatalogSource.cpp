@@ -4,6 +4,8 @@
 #include "engine/catalogs/CaptureOneScanner.hpp"
 #include "engine/catalogs/CatalogKindTexts.hpp"
 #include "engine/catalogs/CatalogRefusal.hpp"
+#include "engine/catalogs/DigikamCatalog.hpp"
+#include "engine/catalogs/DigikamScanner.hpp"
 #include "engine/catalogs/LightroomCatalog.hpp"
 #include "engine/catalogs/LightroomScanner.hpp"
 #include "engine/platform/ProcessInfo.hpp"
@@ -38,6 +40,11 @@ scanned(CatalogSource::Application application, const std::string& path, bool ke
     for (const auto& photo : catalog->missing()) {
         result.facts.missing.push_back(photo.path);
     }
+    if constexpr (requires { catalog->notConnected(); }) {
+        for (const auto& photo : catalog->notConnected()) {
+            result.facts.notConnected.push_back(photo.path);
+        }
+    }
     result.facts.alreadyMarked = Scanner::alreadyMarked(*catalog);
     result.result = Scanner::scan(*catalog, keepPictures, cancel, progress);
     return result;
@@ -68,6 +75,8 @@ constexpr std::array kKinds{
     KindEntry{CatalogSource::Application::captureOne, ".cocatalog",
               &scanned<CaptureOneCatalog, CaptureOneScanner>, &CaptureOneCatalog::choose,
               "/Pictures"},
+    KindEntry{CatalogSource::Application::digikam, "digikam4.db",
+              &scanned<DigikamCatalog, DigikamScanner>, &DigikamCatalog::choose, "/Pictures"},
 };
 
 const KindEntry& entryOf(CatalogSource::Application application) {

@@ -11,10 +11,12 @@ namespace brevant {
 enum class CatalogApplication {
     lightroom,
     captureOne,
+    digikam,
 };
 
 template <> struct EnumCases<CatalogApplication> {
-    static constexpr std::array kAll{CatalogApplication::lightroom, CatalogApplication::captureOne};
+    static constexpr std::array kAll{CatalogApplication::lightroom, CatalogApplication::captureOne,
+                                     CatalogApplication::digikam};
 };
 
 } // namespace brevant
