@@ -21,7 +21,6 @@ namespace {
 
 using testing::DigikamFixture;
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 using testing::TempTree;
 
 constexpr std::string_view kDriveUuid = "3f1c2a9e-5b7d-4e21-9c0a-7d8e6f5a4b3c";
@@ -209,6 +208,7 @@ TEST(DigikamScanner, SkipsTheDriveThatIsNotConnectedAndComparesTheOtherRoots) {
     std::ranges::sort(members);
     EXPECT_THAT(members, ElementsAre(library.a, library.b));
     std::vector<std::pair<std::string, std::string>> skipped;
+    skipped.reserve(result.skipped.size());
     for (const auto& file : result.skipped) {
         skipped.emplace_back(file.path, file.detail.value_or(""));
     }
