@@ -57,9 +57,10 @@ std::string listed(std::string_view heading, const std::vector<std::string>& pat
 
 // Files the catalog lists and that are there, but could not be compared,
 // by reason.
-std::string otherSkipped(const ScanResult& result, const std::vector<std::string>& missing,
+std::string otherSkipped(const ScanResult& result, const CatalogSource::Facts& facts,
                          std::string_view home) {
-    std::set<std::string_view> gone(missing.begin(), missing.end());
+    std::set<std::string_view> gone(facts.missing.begin(), facts.missing.end());
+    gone.insert(facts.notConnected.begin(), facts.notConnected.end());
     std::map<SkipReason, std::vector<std::string>> byReason;
     for (const auto& file : result.skipped) {
         if (!gone.contains(file.path)) {
@@ -80,7 +81,8 @@ std::string summaryText(const ScanOutcome& outcome, std::string_view home) {
         fmt::format("\n{} {} in the catalog, {} examined, {}\n", facts.photos,
                     plural(facts.photos, "photo", "photos"), result.examined, found(outcome));
     text += listed("Not where the catalog says", facts.missing, home);
-    text += otherSkipped(result, facts.missing, home);
+    text += listed("On a drive that is not connected", facts.notConnected, home);
+    text += otherSkipped(result, facts, home);
     text +=
         listed(CatalogSource::alreadyMarkedHeading(facts.application), facts.alreadyMarked, home);
     if (result.cancelled) {

@@ -4,6 +4,8 @@
 #include "engine/catalogs/CaptureOneScanner.hpp"
 #include "engine/catalogs/DarktableMarker.hpp"
 #include "engine/catalogs/DarktableScanner.hpp"
+#include "engine/catalogs/DigikamMarker.hpp"
+#include "engine/catalogs/DigikamScanner.hpp"
 #include "engine/catalogs/LightroomRejecter.hpp"
 #include "engine/catalogs/LightroomScanner.hpp"
 
@@ -34,6 +36,12 @@ scanned(CatalogSource::Application application, const std::string& path, bool ke
     for (const auto& photo : catalog->missing()) {
         result.facts.missing.push_back(photo.path);
     }
+    // Only a library that spans drives can list photos on one not connected.
+    if constexpr (requires { catalog->notConnected(); }) {
+        for (const auto& photo : catalog->notConnected()) {
+            result.facts.notConnected.push_back(photo.path);
+        }
+    }
     result.facts.alreadyMarked = Scanner::alreadyMarked(*catalog);
     result.result = Scanner::scan(*catalog, keepPictures, cancel, progress);
     return result;
@@ -63,6 +71,7 @@ constexpr CatalogRegistration registered(std::string_view fileName,
 constexpr std::array kRegistrations{
     registered<LightroomRejecter, LightroomScanner>(".lrcat", "/Pictures/Lightroom"),
     registered<CaptureOneMarker, CaptureOneScanner>(".cocatalog", "/Pictures"),
+    registered<DigikamMarker, DigikamScanner>("digikam4.db", "/Pictures"),
     registered<DarktableMarker, DarktableScanner>("library.db", "/.config/darktable"),
 };
 

@@ -39,6 +39,8 @@ struct CatalogSource {
         // Lightroom Classic, tagged Red in Capture One), in catalog order.
         std::vector<std::string> missing;
         std::vector<std::string> alreadyMarked;
+        // The photos listed on a drive that is not connected now.
+        std::vector<std::string> notConnected;
 
         friend bool operator==(const Facts&, const Facts&) = default;
     };

@@ -71,6 +71,9 @@ std::optional<std::string> bundleIdentifierOf(std::string_view name, std::string
         if (candidate == "darktable") {
             return std::string(kDarktableBundleIdentifier);
         }
+        if (candidate == "digikam") {
+            return std::string(kDigikamIdentifier);
+        }
     }
     return std::nullopt;
 }

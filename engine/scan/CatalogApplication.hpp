@@ -7,16 +7,17 @@
 namespace brevant {
 
 // The applications whose catalogs Brevant reads and marks in. The order is
-// that of CatalogReference::Record and of the registration in CatalogKinds.
+// that of CatalogReference::Record and of CatalogRegistry.
 enum class CatalogApplication {
     lightroom,
     captureOne,
+    digikam,
     darktable,
 };
 
 template <> struct EnumCases<CatalogApplication> {
     static constexpr std::array kAll{CatalogApplication::lightroom, CatalogApplication::captureOne,
-                                     CatalogApplication::darktable};
+                                     CatalogApplication::digikam, CatalogApplication::darktable};
 };
 
 } // namespace brevant

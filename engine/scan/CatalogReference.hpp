@@ -3,6 +3,7 @@
 #include "engine/scan/CaptureOneRef.hpp"
 #include "engine/scan/CatalogApplication.hpp"
 #include "engine/scan/DarktableRef.hpp"
+#include "engine/scan/DigikamRef.hpp"
 #include "engine/scan/LightroomRef.hpp"
 #include "engine/support/Hashing.hpp"
 
@@ -28,7 +29,8 @@ struct CatalogItem {
 // outside the kind needs to know which record it is.
 struct CatalogReference {
     // In the order of CatalogApplication.
-    using Record = std::variant<LightroomRef, CaptureOneRef, DarktableRef>;
+    using Record = std::variant<LightroomRef, CaptureOneRef, DigikamRef, DarktableRef>;
+    using Record = std::variant<LightroomRef, CaptureOneRef, DigikamRef>;
 
     Record record;
 

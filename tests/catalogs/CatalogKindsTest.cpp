@@ -192,7 +192,7 @@ TEST(CatalogKinds, EveryKindHasItsSentences) {
     }
     EXPECT_EQ(CatalogSource::applicationOf("/p/Family.LRCAT"), Application::lightroom);
     EXPECT_EQ(CatalogSource::applicationOf("/p/Work.cocatalog/"), Application::captureOne);
-    EXPECT_EQ(CatalogSource::applicationOf("/p/digikam4.db"), std::nullopt);
+    EXPECT_EQ(CatalogSource::applicationOf("/p/digikam4.db"), Application::digikam);
     const CatalogKindTexts& lightroom = CatalogKindTexts::of(Application::lightroom);
     EXPECT_EQ(lightroom.questionText("3 photos"),
               "Mark 3 photos Rejected in Lightroom Classic? [y/N]");
