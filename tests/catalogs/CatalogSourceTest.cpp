@@ -24,14 +24,20 @@ TEST(CatalogSource, TellsTheKindByExtensionOrWholeFileName) {
         {"/p/lrcat", std::nullopt},
         {"/p/Family.lrcat.zip", std::nullopt},
         {"/p/notes.db", std::nullopt},
+        {"/home/a/Pictures/digikam4.db", Application::digikam},
+        {"/home/a/.config/darktable/library.db", Application::darktable},
+        {"/p/Photo.DB", Application::shotwell},
+        {"/p/mylibrary.db", std::nullopt},
         {"/", std::nullopt},
     };
     for (const auto& [path, application] : cases) {
         EXPECT_EQ(CatalogSource::applicationOf(path), application) << path;
     }
-    EXPECT_EQ(CatalogSource::notACatalog(),
-              "That is not a Lightroom Classic catalog (.lrcat) or a Capture One catalog "
-              "(.cocatalog).");
+    EXPECT_EQ(
+        CatalogSource::notACatalog(),
+        "That is not a Lightroom Classic catalog (.lrcat), a Capture One catalog (.cocatalog), a "
+        "digiKam library (digikam4.db), a darktable library (library.db) or a Shotwell "
+        "library (photo.db).");
 }
 
 TEST(CatalogSource, LocatesTheCatalogOfAFolderOrTakesThePathAsItIs) {

@@ -369,9 +369,7 @@ TEST(ScanPipeline, ScansACatalogAsOneMoreSource) {
     auto notACatalog = ScanPipeline().run({.source = ScanSource::ofCatalog(tree.path("a.txt"))},
                                           CancellationFlag(), {});
     ASSERT_FALSE(notACatalog.has_value());
-    EXPECT_EQ(notACatalog.error(),
-              "That is not a Lightroom Classic catalog (.lrcat) or a Capture One "
-              "catalog (.cocatalog).");
+    EXPECT_EQ(notACatalog.error(), CatalogSource::notACatalog());
 }
 
 } // namespace
