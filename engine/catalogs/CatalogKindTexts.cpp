@@ -2,6 +2,7 @@
 
 #include "engine/catalogs/CaptureOneMarker.hpp"
 #include "engine/catalogs/LightroomRejecter.hpp"
+#include "engine/catalogs/ShotwellMarker.hpp"
 
 #include <fmt/format.h>
 
@@ -13,6 +14,8 @@ const CatalogKindTexts& CatalogKindTexts::of(CatalogSource::Application applicat
         return LightroomRejecter::kTexts;
     case CatalogSource::Application::captureOne:
         return CaptureOneMarker::kTexts;
+    case CatalogSource::Application::shotwell:
+        return ShotwellMarker::kTexts;
     }
     return LightroomRejecter::kTexts;
 }

@@ -2,6 +2,7 @@
 
 #include "engine/catalogs/CaptureOneMarker.hpp"
 #include "engine/catalogs/LightroomRejecter.hpp"
+#include "engine/catalogs/ShotwellMarker.hpp"
 
 #include <algorithm>
 
@@ -26,6 +27,7 @@ CatalogKinds::CatalogKinds(platform::DataFolder data, ChangeLock::Waiting waitin
     // enumeration.
     kinds_.push_back(kind<LightroomRejecter>(data_, isOpen));
     kinds_.push_back(kind<CaptureOneMarker>(data_, isOpen));
+    kinds_.push_back(kind<ShotwellMarker>(data_, isOpen));
 }
 
 const CatalogKind& CatalogKinds::of(CatalogSource::Application application) const {

@@ -6,6 +6,8 @@
 #include "engine/catalogs/CatalogRefusal.hpp"
 #include "engine/catalogs/LightroomCatalog.hpp"
 #include "engine/catalogs/LightroomScanner.hpp"
+#include "engine/catalogs/ShotwellCatalog.hpp"
+#include "engine/catalogs/ShotwellScanner.hpp"
 #include "engine/platform/ProcessInfo.hpp"
 
 #include <algorithm>
@@ -68,6 +70,9 @@ constexpr std::array kKinds{
     KindEntry{CatalogSource::Application::captureOne, ".cocatalog",
               &scanned<CaptureOneCatalog, CaptureOneScanner>, &CaptureOneCatalog::choose,
               "/Pictures"},
+    KindEntry{CatalogSource::Application::shotwell, ShotwellCatalog::kFileName,
+              &scanned<ShotwellCatalog, ShotwellScanner>, &ShotwellCatalog::choose,
+              ShotwellCatalog::kDefaultFolder},
 };
 
 const KindEntry& entryOf(CatalogSource::Application application) {

@@ -68,6 +68,9 @@ std::optional<std::string> bundleIdentifierOf(std::string_view name, std::string
         if (candidate == "captureone.exe" || candidate.find("capture one") != std::string::npos) {
             return std::string(kCaptureOneBundleIdentifier);
         }
+        if (candidate == "shotwell") {
+            return std::string(kShotwellBundleIdentifier);
+        }
     }
     return std::nullopt;
 }

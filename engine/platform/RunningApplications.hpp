@@ -28,7 +28,8 @@ struct RunningApplication {
 
 // The bundle identifier for a process with this short name and first
 // argument: "Lightroom.exe" is Lightroom Classic; "CaptureOne.exe" or a
-// program name containing "Capture One" is Capture One. Windows names compare
+// program name containing "Capture One" is Capture One; "shotwell" is
+// Shotwell. Windows names compare
 // without regard to case; only the program's own name counts, never the
 // files it was given.
 [[nodiscard]] std::optional<std::string> bundleIdentifierOf(std::string_view name,
@@ -37,5 +38,6 @@ struct RunningApplication {
 inline constexpr std::string_view kLightroomClassicBundleIdentifier =
     "com.adobe.LightroomClassicCC7";
 inline constexpr std::string_view kCaptureOneBundleIdentifier = "com.captureone.captureone16";
+inline constexpr std::string_view kShotwellBundleIdentifier = "org.gnome.Shotwell";
 
 } // namespace brevant::platform

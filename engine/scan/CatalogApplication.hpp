@@ -11,10 +11,12 @@ namespace brevant {
 enum class CatalogApplication {
     lightroom,
     captureOne,
+    shotwell,
 };
 
 template <> struct EnumCases<CatalogApplication> {
-    static constexpr std::array kAll{CatalogApplication::lightroom, CatalogApplication::captureOne};
+    static constexpr std::array kAll{CatalogApplication::lightroom, CatalogApplication::captureOne,
+                                     CatalogApplication::shotwell};
 };
 
 } // namespace brevant

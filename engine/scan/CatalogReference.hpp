@@ -3,6 +3,7 @@
 #include "engine/scan/CaptureOneRef.hpp"
 #include "engine/scan/CatalogApplication.hpp"
 #include "engine/scan/LightroomRef.hpp"
+#include "engine/scan/ShotwellRef.hpp"
 #include "engine/support/Hashing.hpp"
 
 #include <cstdint>
@@ -27,7 +28,7 @@ struct CatalogItem {
 // outside the kind needs to know which record it is.
 struct CatalogReference {
     // In the order of CatalogApplication.
-    using Record = std::variant<LightroomRef, CaptureOneRef>;
+    using Record = std::variant<LightroomRef, CaptureOneRef, ShotwellRef>;
 
     Record record;
 
