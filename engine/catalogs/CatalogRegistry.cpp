@@ -8,6 +8,8 @@
 #include "engine/catalogs/DigikamScanner.hpp"
 #include "engine/catalogs/LightroomRejecter.hpp"
 #include "engine/catalogs/LightroomScanner.hpp"
+#include "engine/catalogs/ShotwellMarker.hpp"
+#include "engine/catalogs/ShotwellScanner.hpp"
 
 #include <algorithm>
 #include <array>
@@ -73,6 +75,8 @@ constexpr std::array kRegistrations{
     registered<CaptureOneMarker, CaptureOneScanner>(".cocatalog", "/Pictures"),
     registered<DigikamMarker, DigikamScanner>("digikam4.db", "/Pictures"),
     registered<DarktableMarker, DarktableScanner>("library.db", "/.config/darktable"),
+    registered<ShotwellMarker, ShotwellScanner>(ShotwellCatalog::kFileName,
+                                                ShotwellCatalog::kDefaultFolder),
 };
 
 } // namespace

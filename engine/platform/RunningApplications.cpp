@@ -74,6 +74,9 @@ std::optional<std::string> bundleIdentifierOf(std::string_view name, std::string
         if (candidate == "digikam") {
             return std::string(kDigikamIdentifier);
         }
+        if (candidate == "shotwell") {
+            return std::string(kShotwellBundleIdentifier);
+        }
     }
     return std::nullopt;
 }

@@ -28,8 +28,8 @@ struct RunningApplication {
 
 // The bundle identifier for a process with this short name and first
 // argument: "Lightroom.exe" is Lightroom Classic; "CaptureOne.exe" or a
-// program name containing "Capture One" is Capture One; "digikam" and
-// "darktable" are known by their desktop ids. Windows names compare
+// program name containing "Capture One" is Capture One; "digikam",
+// "darktable" and "shotwell" are known by their desktop ids. Windows names compare
 // without regard to case; only the program's own name counts, never the
 // files it was given.
 [[nodiscard]] std::optional<std::string> bundleIdentifierOf(std::string_view name,
@@ -40,5 +40,6 @@ inline constexpr std::string_view kLightroomClassicBundleIdentifier =
 inline constexpr std::string_view kCaptureOneBundleIdentifier = "com.captureone.captureone16";
 inline constexpr std::string_view kDarktableBundleIdentifier = "org.darktable.darktable";
 inline constexpr std::string_view kDigikamIdentifier = "org.kde.digikam";
+inline constexpr std::string_view kShotwellBundleIdentifier = "org.gnome.Shotwell";
 
 } // namespace brevant::platform

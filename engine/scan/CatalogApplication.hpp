@@ -13,11 +13,13 @@ enum class CatalogApplication {
     captureOne,
     digikam,
     darktable,
+    shotwell,
 };
 
 template <> struct EnumCases<CatalogApplication> {
     static constexpr std::array kAll{CatalogApplication::lightroom, CatalogApplication::captureOne,
-                                     CatalogApplication::digikam, CatalogApplication::darktable};
+                                     CatalogApplication::digikam, CatalogApplication::darktable,
+                                     CatalogApplication::shotwell};
 };
 
 } // namespace brevant

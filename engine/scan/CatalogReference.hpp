@@ -5,6 +5,7 @@
 #include "engine/scan/DarktableRef.hpp"
 #include "engine/scan/DigikamRef.hpp"
 #include "engine/scan/LightroomRef.hpp"
+#include "engine/scan/ShotwellRef.hpp"
 #include "engine/support/Hashing.hpp"
 
 #include <cstdint>
@@ -29,8 +30,7 @@ struct CatalogItem {
 // outside the kind needs to know which record it is.
 struct CatalogReference {
     // In the order of CatalogApplication.
-    using Record = std::variant<LightroomRef, CaptureOneRef, DigikamRef, DarktableRef>;
-    using Record = std::variant<LightroomRef, CaptureOneRef, DigikamRef>;
+    using Record = std::variant<LightroomRef, CaptureOneRef, DigikamRef, DarktableRef, ShotwellRef>;
 
     Record record;
 

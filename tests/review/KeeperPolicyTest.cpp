@@ -3,6 +3,8 @@
 #include "tests/fixtures/Groups.hpp"
 #include "tests/review/ReviewFixtures.hpp"
 
+#include "engine/scan/CatalogApplication.hpp"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -183,12 +185,13 @@ TEST(KeeperPolicy, WorkInACatalogKeepsTheCopyAndSaysWhatWasDone) {
     EXPECT_EQ(suggest(groupOf({plain, worked}), context).keeperID, plain.path);
 }
 
-// The rule of one priority, after the five fixed rules.
+// The rule of one priority, after the three fixed rules and one a kind of
+// catalog.
 int compareBy(Priority priority, const PhotoAsset& x, const PhotoAsset& y,
               KeeperPolicy::Context context) {
     context.priorities = {priority};
     auto rules = KeeperPolicy::rules(context);
-    EXPECT_EQ(rules.size(), 6U);
+    EXPECT_EQ(rules.size(), 4U + EnumCases<CatalogApplication>::kAll.size());
     EXPECT_EQ(rules.back().reason, reason(priority));
     int forward = rules.back().compare(x, y);
     EXPECT_EQ(rules.back().compare(y, x), -forward) << "the rule must be symmetric";
