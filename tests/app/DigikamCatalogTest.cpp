@@ -48,7 +48,7 @@ TEST(DigikamCatalogCommand, ScansTagsAndUndoesADigikamLibrary) {
     tree.file("Pictures/b.jpg", testing::readFile(a));
     std::string database = tree.path("Pictures/digikam4.db");
     {
-        testing::DigikamFixture fixture(database, "12");
+        testing::DigikamFixture fixture(database, "15");
         auto album =
             fixture.addAlbum(fixture.addPathRoot(percentEncoded(tree.path("Pictures"))), "/");
         fixture.addImage(album, "a.jpg", 1, 4);
