@@ -103,13 +103,13 @@ struct DarktableMarker : CatalogMarker<DarktableMarking> {
         .describedAs = "a darktable library (library.db)",
         .explainsWork = true,
         .settingsKey = "darktable",
-        .chooseTip = "Choose the folder darktable keeps its library.db in",
+        .chooseTip = "Choose the folder darktable's library.db is in",
         .reading = "Brevant reads the library without changing it and compares the image files "
                    "it lists. darktable may stay open while it does.",
         .alreadyMarkedHeading = "Already tagged Brevant Duplicates in darktable",
         .notCatalogPhotos = "Only photos from a darktable library can be tagged there.",
         .trashRefused = "Photos in a darktable library are never moved to the Trash from here. "
-                        "Tag them in darktable instead.",
+                        "Tag them Brevant Duplicates in darktable instead.",
         .applicationOpen = "Quit darktable first. Its library is only changed while darktable "
                            "is closed.",
         .finishNote = kFinishNote,
@@ -119,12 +119,12 @@ struct DarktableMarker : CatalogMarker<DarktableMarking> {
         .planned = "tagged Brevant Duplicates in darktable",
         .stillMarked = "tagged Brevant Duplicates",
         .givenBack = "tags",
-        .undone = "The Brevant Duplicates tags were taken off again.",
+        .undone = "The tag Brevant Duplicates was taken off again.",
         .command = "Tag in darktable…",
         .verb = "Tag",
         .done = "{} tagged Brevant Duplicates",
         .untestedNotice =
-            "This darktable version is new to Brevant (its library is {}): you can review its "
+            "This darktable version is new to Brevant (its databases are {}): you can review its "
             "copies here, but Brevant tags nothing in a library version it has not been tested "
             "with."};
 };

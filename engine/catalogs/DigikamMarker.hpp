@@ -90,13 +90,13 @@ struct DigikamMarker : CatalogMarker<DigikamMarking> {
         .describedAs = "a digiKam library (digikam4.db)",
         .explainsWork = true,
         .settingsKey = "digikam",
-        .chooseTip = "Choose digiKam's database folder, the one digikam4.db is in",
+        .chooseTip = "Choose the folder digiKam's digikam4.db is in",
         .reading = "Brevant reads the library without changing it and compares the photo files it "
                    "lists. digiKam may stay open while it does.",
         .alreadyMarkedHeading = "Already tagged Brevant Duplicates in digiKam",
         .notCatalogPhotos = "Only photos from a digiKam library can be tagged there.",
         .trashRefused = "Photos in a digiKam library are never moved to the Trash from here. Tag "
-                        "them in digiKam instead.",
+                        "them Brevant Duplicates in digiKam instead.",
         .applicationOpen =
             "Quit digiKam first. Its library is only changed while digiKam is closed.",
         .finishNote = kFinishNote,

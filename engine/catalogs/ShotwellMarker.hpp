@@ -91,7 +91,7 @@ struct ShotwellMarker : CatalogMarker<ShotwellMarking> {
         .describedAs = "a Shotwell library (photo.db)",
         .explainsWork = true,
         .settingsKey = "shotwell",
-        .chooseTip = "Choose the folder the photo.db library is in",
+        .chooseTip = "Choose the folder Shotwell's photo.db is in",
         .reading = "Brevant reads the library without changing it and compares the image files it "
                    "lists. Shotwell may stay open while it does.",
         .alreadyMarkedHeading = "Already tagged Brevant Duplicates in Shotwell",
@@ -112,7 +112,7 @@ struct ShotwellMarker : CatalogMarker<ShotwellMarking> {
         .verb = "Tag",
         .done = "{} tagged Brevant Duplicates",
         .untestedNotice =
-            "This Shotwell version is new to Brevant (its library is schema version {}): you can "
+            "This Shotwell version is new to Brevant (its library is version {}): you can "
             "review its copies here, but Brevant tags nothing in a library version it has not "
             "been tested with."};
 };
