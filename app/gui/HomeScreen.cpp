@@ -12,6 +12,7 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QFrame>
+#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
@@ -145,18 +146,21 @@ QWidget* HomeScreen::whereCard() {
     layout->addWidget(parts::label(tr("Where to look"), "section", card));
 
     scopes_ = new QButtonGroup(card);
-    auto* scopeRow = new QHBoxLayout;
-    // Folders, then every kind of catalog in its order.
+    // Folders, then every kind of catalog in its order, three to a row: a
+    // row of them all would widen the window.
+    constexpr int kScopesInARow = 3;
+    auto* scopeGrid = new QGridLayout;
+    int index = 0;
     for (auto scope : EnumCases<Scope>::kAll) {
         QString title =
-            scope.catalog ? tr("%1 catalog").arg(qtText(CatalogKindTexts::of(*scope.catalog).name))
-                          : tr("Folders");
+            scope.catalog ? qtText(CatalogKindTexts::of(*scope.catalog).name) : tr("Folders");
         auto* button = new QRadioButton(title, card);
         scopes_->addButton(button, scope.id());
-        scopeRow->addWidget(button);
+        scopeGrid->addWidget(button, index / kScopesInARow, index % kScopesInARow);
+        ++index;
     }
-    scopeRow->addStretch();
-    layout->addLayout(scopeRow);
+    scopeGrid->setColumnStretch(kScopesInARow, 1);
+    layout->addLayout(scopeGrid);
 
     sources_ =
         new FolderList(tr("Choose a Folder to Scan"), QLatin1String(texts::kSourcesHint), card);

@@ -59,7 +59,8 @@ void CleanupSettingsTest::writesAndReadsBackEverySetting() {
     written.scope = Scope::of(CatalogApplication::lightroom);
     written.mode = Mode::series;
     written.catalogs = {{CatalogApplication::lightroom, "/home/anna/Pictures/Lightroom/Main.lrcat"},
-                        {CatalogApplication::captureOne, "/home/anna/Pictures/Work.cocatalog"}};
+                        {CatalogApplication::captureOne, "/home/anna/Pictures/Work.cocatalog"},
+                        {CatalogApplication::digikam, "/home/anna/Pictures/digikam4.db"}};
     written.catalogFolders = {{CatalogApplication::lightroom, {"/home/anna/Pictures/Lightroom"}},
                               {CatalogApplication::captureOne, {"/home/anna/Pictures"}}};
     written.skin = "dusk";
@@ -72,13 +73,16 @@ void CleanupSettingsTest::writesAndReadsBackEverySetting() {
     // Under the keys every Brevant shares.
     QStringList keys = store.allKeys();
     keys.sort();
-    QCOMPARE(keys,
-             (QStringList{"photoCleanup.captureOneCatalog", "photoCleanup.captureOneFolders",
-                          "photoCleanup.inboxFolders", "photoCleanup.lightroomCatalog",
-                          "photoCleanup.lightroomFolders", "photoCleanup.mode",
-                          "photoCleanup.preset", "photoCleanup.priorities",
-                          "photoCleanup.prioritiesRevision", "photoCleanup.protected",
-                          "photoCleanup.scope", "photoCleanup.skin", "photoCleanup.sources"}));
+    QCOMPARE(
+        keys,
+        (QStringList{"photoCleanup.captureOneCatalog", "photoCleanup.captureOneFolders",
+                     "photoCleanup.darktableCatalog", "photoCleanup.darktableFolders",
+                     "photoCleanup.digikamCatalog", "photoCleanup.digikamFolders",
+                     "photoCleanup.inboxFolders", "photoCleanup.lightroomCatalog",
+                     "photoCleanup.lightroomFolders", "photoCleanup.mode", "photoCleanup.preset",
+                     "photoCleanup.priorities", "photoCleanup.prioritiesRevision",
+                     "photoCleanup.protected", "photoCleanup.scope", "photoCleanup.shotwellCatalog",
+                     "photoCleanup.shotwellFolders", "photoCleanup.skin", "photoCleanup.sources"}));
     QCOMPARE(store.value(QStringLiteral("photoCleanup.preset")).toString(),
              QStringLiteral("broad"));
     QCOMPARE(store.value(QStringLiteral("photoCleanup.scope")).toString(),
