@@ -13,17 +13,6 @@ namespace {
 // the tag unused and takes it away. Nothing of it reaches either file.
 constexpr std::string_view kMadeTags = "temp.brevant_made_tags";
 
-std::string sqlText(std::string_view text) {
-    std::string quoted = "'";
-    for (char c : text) {
-        quoted += c;
-        if (c == '\'') {
-            quoted += c;
-        }
-    }
-    return quoted + "'";
-}
-
 using Failure = DarktableMarking::Failure;
 
 std::expected<std::optional<std::int64_t>, Failure> firstInteger(const SQLiteWriter& writer,
@@ -41,8 +30,8 @@ std::expected<std::optional<std::int64_t>, Failure> firstInteger(const SQLiteWri
 // The tag's id, made at the top of the tag tree as darktable makes a tag
 // when data.db has none.
 std::expected<std::int64_t, Failure> foundOrMade(const SQLiteWriter& writer) {
-    std::string find =
-        fmt::format("SELECT id FROM data.tags WHERE name = {}", sqlText(kDuplicatesTag));
+    std::string find = fmt::format("SELECT id FROM data.tags WHERE name = {}",
+                                   SQLiteWriter::quoted(kDuplicatesTag));
     auto found = firstInteger(writer, find);
     if (!found) {
         return std::unexpected(found.error());
@@ -51,13 +40,13 @@ std::expected<std::int64_t, Failure> foundOrMade(const SQLiteWriter& writer) {
         return *id;
     }
     if (auto made = writer.run(fmt::format("INSERT INTO data.tags (id, name) VALUES (NULL, {})",
-                                           sqlText(kDuplicatesTag)));
+                                           SQLiteWriter::quoted(kDuplicatesTag)));
         !made) {
         return std::unexpected(made.error());
     }
     if (auto noted = writer.run(fmt::format("INSERT INTO {} (id) SELECT id FROM data.tags WHERE "
                                             "name = {}",
-                                            kMadeTags, sqlText(kDuplicatesTag)));
+                                            kMadeTags, SQLiteWriter::quoted(kDuplicatesTag)));
         !noted) {
         return std::unexpected(noted.error());
     }
@@ -179,7 +168,7 @@ std::expected<void, DarktableMarking::Failure> DarktableMarking::undo(const SQLi
     auto removed =
         writer.run(fmt::format("DELETE FROM data.tags WHERE id = {0} AND name = {1} AND NOT EXISTS "
                                "(SELECT 1 FROM main.tagged_images WHERE tagid = {0})",
-                               item.tagID, sqlText(kDuplicatesTag)));
+                               item.tagID, SQLiteWriter::quoted(kDuplicatesTag)));
     if (!removed) {
         return std::unexpected(removed.error());
     }

@@ -15,20 +15,9 @@ namespace {
 // of it.
 constexpr std::string_view kMadeTable = "temp.brevant_made_tags";
 
-std::string sqlQuoted(std::string_view text) {
-    std::string quoted = "'";
-    for (char c : text) {
-        quoted += c;
-        if (c == '\'') {
-            quoted += '\'';
-        }
-    }
-    return quoted + "'";
-}
-
 std::string tagQuery() {
     return fmt::format("SELECT id FROM Tags WHERE pid = 0 AND name = {}",
-                       sqlQuoted(kDuplicatesTag));
+                       SQLiteWriter::quoted(kDuplicatesTag));
 }
 
 // The first column of the first row; 0 when there is none (no id is 0).
@@ -69,8 +58,8 @@ std::expected<Tag, SQLiteWriter::Failure> duplicatesTag(const SQLiteWriter& writ
         }
         return Tag{*existing, *mine > 0};
     }
-    if (auto inserted = writer.run(
-            fmt::format("INSERT INTO Tags (pid, name) VALUES (0, {})", sqlQuoted(kDuplicatesTag)));
+    if (auto inserted = writer.run(fmt::format("INSERT INTO Tags (pid, name) VALUES (0, {})",
+                                               SQLiteWriter::quoted(kDuplicatesTag)));
         !inserted) {
         return std::unexpected(inserted.error());
     }
@@ -175,7 +164,7 @@ std::expected<void, DigikamMarking::Failure> DigikamMarking::undo(const SQLiteWr
         writer.run(fmt::format("DELETE FROM Tags WHERE id = {0} AND pid = 0 AND name = {1}\n"
                                "  AND NOT EXISTS (SELECT 1 FROM ImageTags WHERE tagid = {0})\n"
                                "  AND NOT EXISTS (SELECT 1 FROM TagsTree WHERE pid = {0})",
-                               item.tagID, sqlQuoted(kDuplicatesTag)));
+                               item.tagID, SQLiteWriter::quoted(kDuplicatesTag)));
     if (!removed) {
         return std::unexpected(removed.error());
     }

@@ -44,6 +44,17 @@ std::expected<std::int64_t, SQLiteWriter::Failure> SQLiteWriter::run(const std::
     return static_cast<std::int64_t>(sqlite3_changes64(db_.get()));
 }
 
+std::string SQLiteWriter::quoted(std::string_view text) {
+    std::string literal = "'";
+    for (char c : text) {
+        literal += c;
+        if (c == '\'') {
+            literal += c;
+        }
+    }
+    return literal + "'";
+}
+
 std::expected<void, SQLiteWriter::Failure> SQLiteWriter::attach(const std::string& path,
                                                                 const std::string& name) const {
     auto status = FileSnapshot::read(path);
@@ -53,14 +64,8 @@ std::expected<void, SQLiteWriter::Failure> SQLiteWriter::attach(const std::strin
     if (status->isSymbolicLink) {
         return std::unexpected(Failure{SQLiteReader::symbolicLinkMessage()});
     }
-    std::string quoted;
-    for (char c : path) {
-        quoted += c;
-        if (c == '\'') {
-            quoted += c;
-        }
-    }
-    if (auto attached = run("ATTACH DATABASE '" + quoted + "' AS \"" + name + "\""); !attached) {
+    if (auto attached = run("ATTACH DATABASE " + quoted(path) + " AS \"" + name + "\"");
+        !attached) {
         return std::unexpected(attached.error());
     }
     return {};

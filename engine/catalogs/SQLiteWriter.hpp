@@ -7,6 +7,7 @@
 #include <iosfwd>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 struct sqlite3;
@@ -38,6 +39,10 @@ public:
     // All rows of one statement; any failure, a lock included, carries
     // SQLite's message.
     [[nodiscard]] std::expected<std::vector<SQLiteRow>, Failure> rows(const std::string& sql) const;
+
+    // The text as an SQL string literal, quotes doubled: for names the
+    // statements carry, such as a tag's.
+    [[nodiscard]] static std::string quoted(std::string_view text);
 
     // Opens a second existing database on this connection under `name`, so
     // that one transaction covers both. Outside a transaction only; a final

@@ -51,6 +51,19 @@ TEST(SQLiteWriter, RunAnswersTheRowsChangedAndZeroWhenNothingMatched) {
                                         Optional(SQLiteValue(std::int64_t{0}))));
 }
 
+TEST(SQLiteWriter, AQuotedNameReadsBackAsItWas) {
+    TempTree tree;
+    std::string path = makeImages(tree);
+    auto writer = SQLiteWriter::open(path);
+    ASSERT_TRUE(writer.has_value());
+    const std::string name = "Anna's 'best' \"shots\"";
+    EXPECT_EQ(SQLiteWriter::quoted(name), "'Anna''s ''best'' \"shots\"'");
+    auto rows = writer->rows("SELECT " + SQLiteWriter::quoted(name));
+    ASSERT_TRUE(rows.has_value());
+    ASSERT_EQ(rows->size(), 1u);
+    EXPECT_THAT((*rows)[0], ElementsAre(Optional(SQLiteValue(name))));
+}
+
 TEST(SQLiteWriter, ARolledBackTransactionLeavesTheCatalogAsItWas) {
     TempTree tree;
     std::string path = makeImages(tree);
