@@ -1,6 +1,9 @@
 #include "CaptureOneCatalog.hpp"
 
+#include "engine/catalogs/CatalogKindTexts.hpp"
+#include "engine/catalogs/CatalogOpening.hpp"
 #include "engine/catalogs/LightroomCatalog.hpp"
+#include "engine/catalogs/RootFolders.hpp"
 #include "engine/catalogs/SQLiteReader.hpp"
 #include "engine/platform/FileStatus.hpp"
 #include "engine/platform/ProcessInfo.hpp"
@@ -17,19 +20,9 @@ namespace brevant {
 
 namespace {
 
+const std::string kVersionQuery = "SELECT ZVERSION FROM ZVERSIONINFO ORDER BY Z_PK DESC LIMIT 1";
+
 using Values = SQLiteValues;
-
-std::string withoutTrailingSlashes(std::string path) {
-    while (path.size() > 1 && path.ends_with('/')) {
-        path.pop_back();
-    }
-    return path;
-}
-
-int smallInteger(const std::optional<SQLiteValue>& value) {
-    return static_cast<int>(std::clamp<std::int64_t>(
-        Values::integer(value), std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
-}
 
 std::vector<int> colorTags(std::string_view list) {
     std::vector<int> tags;
@@ -37,7 +30,8 @@ std::vector<int> colorTags(std::string_view list) {
     while (start < list.size()) {
         auto comma = list.find(',', start);
         auto end = comma == std::string_view::npos ? list.size() : comma;
-        tags.push_back(smallInteger(SQLiteValue(std::string(list.substr(start, end - start)))));
+        tags.push_back(
+            Values::smallInteger(SQLiteValue(std::string(list.substr(start, end - start)))));
         start = end + 1;
     }
     return tags;
@@ -47,34 +41,13 @@ CaptureOneRef refFromRow(const SQLiteRow& row) {
     CaptureOneRef ref;
     ref.imageID = Values::integer(Values::column(row, 0));
     ref.variantID = Values::integer(Values::column(row, 6));
-    ref.variants = smallInteger(Values::column(row, 7));
+    ref.variants = Values::smallInteger(Values::column(row, 7));
     ref.isEdited = Values::integer(Values::column(row, 8)) > 0;
-    ref.rating = smallInteger(Values::column(row, 9));
+    ref.rating = Values::smallInteger(Values::column(row, 9));
     ref.colorTags = colorTags(Values::text(Values::column(row, 10)));
-    ref.keywords = smallInteger(Values::column(row, 11));
-    ref.albums = smallInteger(Values::column(row, 12));
+    ref.keywords = Values::smallInteger(Values::column(row, 11));
+    ref.albums = Values::smallInteger(Values::column(row, 12));
     return ref;
-}
-
-std::expected<std::string, CatalogReadError> readSchemaVersion(const SQLiteReader& reader) {
-    auto rows = reader.rows("SELECT ZVERSION FROM ZVERSIONINFO ORDER BY Z_PK DESC LIMIT 1");
-    if (!rows) {
-        return std::unexpected(rows.error());
-    }
-    if (rows->empty()) {
-        return "unknown";
-    }
-    const auto& value = Values::column(rows->front(), 0);
-    if (!value) {
-        return "unknown";
-    }
-    if (const auto* number = std::get_if<std::int64_t>(&*value)) {
-        return std::to_string(*number);
-    }
-    if (const auto* text = std::get_if<std::string>(&*value)) {
-        return *text;
-    }
-    return "unknown";
 }
 
 // Places each image and collects the folders met.
@@ -90,29 +63,16 @@ public:
         std::string name = Values::text(Values::column(row, 4));
         std::string joined = LightroomCatalog::joinedPath(root, relative, name);
         auto real = platform::realPath(joined);
-        meet(PathRules::parentFolder(joined));
+        roots_.meet(PathRules::parentFolder(joined));
         bool isTrashed = Values::integer(Values::column(row, 5)) != 0;
         return {real.value_or(joined), real.has_value(), isTrashed, refFromRow(row)};
     }
 
-    std::vector<std::string> takeRootFolders() { return std::move(rootFolders_); }
+    std::vector<std::string> takeRootFolders() { return roots_.take(); }
 
 private:
-    // Each folder is resolved once, however many images it holds.
-    void meet(const std::string& folder) {
-        if (!met_.insert(folder).second) {
-            return;
-        }
-        std::string resolved = platform::realPath(folder).value_or(folder);
-        if (resolved_.insert(resolved).second) {
-            rootFolders_.push_back(std::move(resolved));
-        }
-    }
-
     std::string package_;
-    std::unordered_set<std::string> met_;
-    std::unordered_set<std::string> resolved_;
-    std::vector<std::string> rootFolders_;
+    RootFolders roots_;
 };
 
 } // namespace
@@ -151,40 +111,30 @@ std::optional<std::string> CaptureOneCatalog::database(const std::string& packag
     if (names.empty()) {
         return std::nullopt;
     }
-    return withoutTrailingSlashes(package) + "/" + std::ranges::min(names);
+    return PathNames::withoutTrailingSlashes(package) + "/" + std::ranges::min(names);
 }
 
 std::expected<CaptureOneCatalog, CatalogReadError> CaptureOneCatalog::read(const std::string& url) {
-    std::string package = withoutTrailingSlashes(url);
+    std::string package = PathNames::withoutTrailingSlashes(url);
     auto extension =
         PathRules::asciiLowercased(PathRules::extension(PathRules::lastComponent(package)));
     auto databaseFile = extension == kExtension ? database(package) : std::nullopt;
     if (!databaseFile) {
         return std::unexpected(notACatalog());
     }
-    auto reader = SQLiteReader::open(*databaseFile, std::nullopt, busySentence());
-    if (!reader) {
-        return std::unexpected(reader.error());
-    }
-    if (auto layout = CatalogLayout::check(*reader, requiredColumns()); !layout) {
-        return std::unexpected(layout.error());
+    auto opened = CatalogOpening::open(*databaseFile, CatalogApplication::captureOne,
+                                       requiredColumns(), kVersionQuery);
+    if (!opened) {
+        return std::unexpected(opened.error());
     }
     CaptureOneCatalog catalog{url, *databaseFile};
-    auto version = readSchemaVersion(*reader);
-    if (!version) {
-        return std::unexpected(version.error());
-    }
-    catalog.schemaVersion = std::move(*version);
-    auto rows = reader->rows(photosQuery());
+    catalog.schemaVersion = std::move(opened->version);
+    auto rows = opened->reader.rows(photosQuery());
     if (!rows) {
         return std::unexpected(rows.error());
     }
     PhotoPlaces places(package);
-    catalog.photos.reserve(rows->size());
-    for (const auto& row : *rows) {
-        catalog.photos.push_back(places.place(row));
-    }
-    catalog.rootFolders = places.takeRootFolders();
+    CatalogOpening::placeRows(catalog, *rows, places);
     return catalog;
 }
 
@@ -193,7 +143,8 @@ bool CaptureOneCatalog::isOpen(const std::string& url) {
 }
 
 bool CaptureOneCatalog::isOpen(const std::string& url, const RunningApplications& running) {
-    return ApplicationCheck::isOpen(withoutTrailingSlashes(url) + "/" + std::string(kLockFileName),
+    return ApplicationCheck::isOpen(PathNames::withoutTrailingSlashes(url) + "/" +
+                                        std::string(kLockFileName),
                                     {kBundlePrefixes.begin(), kBundlePrefixes.end()}, running);
 }
 
@@ -206,7 +157,9 @@ std::vector<std::string> CaptureOneCatalog::catalogsIn(const std::string& folder
 }
 
 CatalogChoice CaptureOneCatalog::choose(const std::string& folder) {
-    return CatalogChoice::choose(catalogsIn(folder), noCatalogSentence(folder));
+    return CatalogChoice::choose(
+        catalogsIn(folder),
+        CatalogKindTexts::of(CatalogApplication::captureOne).noCatalogText(folder));
 }
 
 const std::vector<CatalogLayout::Table>& CaptureOneCatalog::requiredColumns() {
@@ -257,19 +210,9 @@ const std::string& CaptureOneCatalog::photosQuery() {
     return query;
 }
 
-const std::string& CaptureOneCatalog::busySentence() {
-    static const std::string text = "Capture One is busy with it. Try again in a moment.";
-    return text;
-}
-
 CatalogReadError CaptureOneCatalog::notACatalog() {
-    return CatalogReadError::notACatalog("That is not a Capture One catalog (.cocatalog).");
-}
-
-std::string CaptureOneCatalog::noCatalogSentence(std::string_view folder) {
-    return fmt::format("There is no Capture One catalog (.cocatalog) in {}. Choose the folder the "
-                       "catalog is in.",
-                       folder);
+    return CatalogReadError::notACatalog(
+        CatalogKindTexts::of(CatalogApplication::captureOne).notACatalogText());
 }
 
 } // namespace brevant

@@ -94,9 +94,7 @@ struct CaptureOneCatalog {
     static constexpr int kAlbumEntity = 2;
     static constexpr int kExcludedParentEntity = 8;
 
-    [[nodiscard]] static const std::string& busySentence();
     [[nodiscard]] static ReadError notACatalog();
-    [[nodiscard]] static std::string noCatalogSentence(std::string_view folder);
 };
 
 } // namespace brevant

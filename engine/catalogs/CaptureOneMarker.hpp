@@ -107,6 +107,7 @@ struct CaptureOneMarker : CatalogMarker<CaptureOneMarking> {
         .key = "captureOne",
         .name = "Capture One",
         .describedAs = "a Capture One catalog (.cocatalog)",
+        .chooseFolder = "Choose the folder the catalog is in.",
         .settingsKey = "captureOne",
         .chooseTip = "Choose the folder the .cocatalog catalog is in",
         .reading = "Brevant reads the catalog without changing it and compares the image files it "

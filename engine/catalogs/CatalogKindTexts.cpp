@@ -26,4 +26,18 @@ std::string CatalogKindTexts::untestedText(std::string_view version) const {
     return fmt::format(fmt::runtime(untestedNotice), version);
 }
 
+std::string CatalogKindTexts::busyText() const {
+    return fmt::format("{} is busy with it. Try again in a moment.", name);
+}
+
+std::string CatalogKindTexts::notACatalogText() const {
+    return fmt::format("That is not {}.", describedAs);
+}
+
+std::string CatalogKindTexts::noCatalogText(std::string_view folder) const {
+    // "a Shotwell library (photo.db)" without its article.
+    auto kind = describedAs.substr(describedAs.find(' ') + 1);
+    return fmt::format("There is no {} in {}. {}", kind, folder, chooseFolder);
+}
+
 } // namespace brevant

@@ -18,6 +18,9 @@ struct CatalogKindTexts {
     // What its catalog is, with how its file is named: "a Lightroom Classic
     // catalog (.lrcat)".
     std::string_view describedAs;
+    // Where to look when a folder holds none: "Choose the folder the catalog
+    // file is in."
+    std::string_view chooseFolder;
     // The keeper's reason names the work done on it in the catalog.
     bool explainsWork = false;
     // How the window stores the kind as a scope, and its catalog under
@@ -65,6 +68,12 @@ struct CatalogKindTexts {
     [[nodiscard]] std::string markedText(std::string_view photos) const;
     [[nodiscard]] std::string doneText(std::string_view photos) const;
     [[nodiscard]] std::string untestedText(std::string_view version) const;
+
+    // What every reader of the kind says: the database is locked, the file is
+    // not one of its catalogs, a folder holds none.
+    [[nodiscard]] std::string busyText() const;
+    [[nodiscard]] std::string notACatalogText() const;
+    [[nodiscard]] std::string noCatalogText(std::string_view folder) const;
 };
 
 } // namespace brevant

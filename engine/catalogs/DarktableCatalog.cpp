@@ -1,6 +1,9 @@
 #include "DarktableCatalog.hpp"
 
+#include "engine/catalogs/CatalogKindTexts.hpp"
+#include "engine/catalogs/CatalogOpening.hpp"
 #include "engine/catalogs/LightroomCatalog.hpp"
+#include "engine/catalogs/RootFolders.hpp"
 #include "engine/catalogs/SQLiteReader.hpp"
 #include "engine/catalogs/TagMarkRecord.hpp"
 #include "engine/platform/FileStatus.hpp"
@@ -20,6 +23,8 @@
 namespace brevant {
 
 namespace {
+
+const std::string kVersionQuery = "SELECT value FROM db_info WHERE key = 'version'";
 
 using Values = SQLiteValues;
 
@@ -50,27 +55,6 @@ int ratingOf(std::int64_t flags) {
 bool isRejected(std::int64_t flags) {
     return (flags & DarktableCatalog::kRejectedFlag) != 0 ||
            (flags & DarktableCatalog::kRatingMask) == DarktableCatalog::kLegacyRejectedRating;
-}
-
-std::expected<std::string, CatalogReadError> versionOf(const SQLiteReader& reader) {
-    auto rows = reader.rows("SELECT value FROM db_info WHERE key = 'version'");
-    if (!rows) {
-        return std::unexpected(rows.error());
-    }
-    if (rows->empty()) {
-        return "unknown";
-    }
-    const auto& value = Values::column(rows->front(), 0);
-    if (!value) {
-        return "unknown";
-    }
-    if (const auto* number = std::get_if<std::int64_t>(&*value)) {
-        return std::to_string(*number);
-    }
-    if (const auto* text = std::get_if<std::string>(&*value)) {
-        return *text;
-    }
-    return "unknown";
 }
 
 // The tags of data.db as reading needs them: which are darktable's own,
@@ -128,7 +112,7 @@ public:
         const auto& first = versions.front();
         std::string joined = LightroomCatalog::joinedPath(first.folder, "", first.filename);
         auto real = platform::realPath(joined);
-        meet(first.folder);
+        roots_.meet(first.folder);
         DarktablePhoto photo{.path = real.value_or(joined), .exists = real.has_value()};
         photo.ref.imageID = first.id;
         photo.ref.isRejected = true;
@@ -155,7 +139,7 @@ public:
         return photo;
     }
 
-    std::vector<std::string> takeRootFolders() { return std::move(rootFolders_); }
+    std::vector<std::string> takeRootFolders() { return roots_.take(); }
 
 private:
     static const std::vector<std::int64_t>& found(const PairsByImage& pairs, std::int64_t id) {
@@ -164,23 +148,10 @@ private:
         return it == pairs.end() ? none : it->second;
     }
 
-    // Each folder is resolved once, however many images it holds.
-    void meet(const std::string& folder) {
-        if (!met_.insert(folder).second) {
-            return;
-        }
-        std::string resolved = platform::realPath(folder).value_or(folder);
-        if (resolved_.insert(resolved).second) {
-            rootFolders_.push_back(std::move(resolved));
-        }
-    }
-
     const TagNames& names_;
     const PairsByImage& tags_;
     const PairsByImage& labels_;
-    std::unordered_set<std::string> met_;
-    std::unordered_set<std::string> resolved_;
-    std::vector<std::string> rootFolders_;
+    RootFolders roots_;
 };
 
 // The rows in query order, cut where the film roll or the file name
@@ -245,38 +216,30 @@ std::expected<DarktableCatalog, CatalogReadError> DarktableCatalog::read(const s
     if (!isLibraryName(url)) {
         return std::unexpected(notACatalog());
     }
-    auto library = SQLiteReader::open(url, std::nullopt, busySentence());
+    auto library = CatalogOpening::open(url, CatalogApplication::darktable,
+                                        requiredLibraryColumns(), kVersionQuery);
     if (!library) {
         return std::unexpected(library.error());
     }
-    if (auto layout = CatalogLayout::check(*library, requiredLibraryColumns()); !layout) {
-        return std::unexpected(layout.error());
-    }
     DarktableCatalog catalog{.url = url, .dataURL = dataDatabase(url)};
-    auto data = SQLiteReader::open(catalog.dataURL, std::nullopt, busySentence());
+    auto data = CatalogOpening::open(catalog.dataURL, CatalogApplication::darktable,
+                                     requiredDataColumns(), kVersionQuery);
     if (!data) {
         return std::unexpected(data.error());
     }
-    if (auto layout = CatalogLayout::check(*data, requiredDataColumns()); !layout) {
-        return std::unexpected(layout.error());
-    }
-    auto libraryVersion = versionOf(*library);
-    auto dataVersion = libraryVersion ? versionOf(*data) : libraryVersion;
-    if (!dataVersion) {
-        return std::unexpected(dataVersion.error());
-    }
-    catalog.schemaVersion = schemaVersionText(*libraryVersion, *dataVersion);
-    auto names = tagNames(*data);
+    catalog.schemaVersion = schemaVersionText(library->version, data->version);
+    auto names = tagNames(data->reader);
     if (!names) {
         return std::unexpected(names.error());
     }
     catalog.duplicatesTagID = names->duplicates;
-    auto tags = pairsByImage(*library, "SELECT imgid, tagid FROM tagged_images");
-    auto labels = tags ? pairsByImage(*library, "SELECT imgid, color FROM color_labels") : tags;
+    auto tags = pairsByImage(library->reader, "SELECT imgid, tagid FROM tagged_images");
+    auto labels =
+        tags ? pairsByImage(library->reader, "SELECT imgid, color FROM color_labels") : tags;
     if (!labels) {
         return std::unexpected(labels.error());
     }
-    auto rows = library->rows(photosQuery());
+    auto rows = library->reader.rows(photosQuery());
     if (!rows) {
         return std::unexpected(rows.error());
     }
@@ -312,7 +275,8 @@ CatalogChoice DarktableCatalog::choose(const std::string& folder) {
     if (status && !status->isSymbolicLink) {
         found.push_back(library);
     }
-    return CatalogChoice::choose(found, noCatalogSentence(folder));
+    return CatalogChoice::choose(
+        found, CatalogKindTexts::of(CatalogApplication::darktable).noCatalogText(folder));
 }
 
 const std::vector<CatalogLayout::Table>& DarktableCatalog::requiredLibraryColumns() {
@@ -344,19 +308,9 @@ const std::string& DarktableCatalog::photosQuery() {
     return query;
 }
 
-const std::string& DarktableCatalog::busySentence() {
-    static const std::string text = "darktable is busy with it. Try again in a moment.";
-    return text;
-}
-
 CatalogReadError DarktableCatalog::notACatalog() {
-    return CatalogReadError::notACatalog("That is not a darktable library (library.db).");
-}
-
-std::string DarktableCatalog::noCatalogSentence(std::string_view folder) {
-    return fmt::format("There is no darktable library (library.db) in {}. Choose the folder "
-                       "darktable keeps it in.",
-                       folder);
+    return CatalogReadError::notACatalog(
+        CatalogKindTexts::of(CatalogApplication::darktable).notACatalogText());
 }
 
 } // namespace brevant

@@ -92,9 +92,7 @@ struct DarktableCatalog {
     static constexpr std::int64_t kRejectedFlag = 0x8;
     static constexpr std::int64_t kLegacyRejectedRating = 6;
 
-    [[nodiscard]] static const std::string& busySentence();
     [[nodiscard]] static ReadError notACatalog();
-    [[nodiscard]] static std::string noCatalogSentence(std::string_view folder);
 };
 
 } // namespace brevant

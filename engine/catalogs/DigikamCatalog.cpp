@@ -1,5 +1,8 @@
 #include "DigikamCatalog.hpp"
 
+#include "engine/catalogs/CatalogKindTexts.hpp"
+#include "engine/catalogs/CatalogOpening.hpp"
+#include "engine/catalogs/RootFolders.hpp"
 #include "engine/catalogs/SQLiteReader.hpp"
 #include "engine/catalogs/TagMarkRecord.hpp"
 #include "engine/platform/ConfigFiles.hpp"
@@ -19,19 +22,9 @@ namespace brevant {
 
 namespace {
 
+const std::string kVersionQuery = "SELECT value FROM Settings WHERE keyword = 'DBVersion'";
+
 using Values = SQLiteValues;
-
-std::string withoutTrailingSlashes(std::string path) {
-    while (path.size() > 1 && path.ends_with('/')) {
-        path.pop_back();
-    }
-    return path;
-}
-
-int smallInteger(const std::optional<SQLiteValue>& value) {
-    return static_cast<int>(std::clamp<std::int64_t>(
-        Values::integer(value), std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
-}
 
 int hexDigit(char c) {
     if (c >= '0' && c <= '9') {
@@ -89,7 +82,7 @@ std::optional<std::string> queryValue(std::string_view identifier, std::string_v
 
 // A folder and a path below it that begins with "/" (or is empty).
 std::string joined(std::string_view folder, std::string_view below) {
-    std::string path = withoutTrailingSlashes(std::string(folder));
+    std::string path = PathNames::withoutTrailingSlashes(std::string(folder));
     if (path == "/") {
         path.clear();
     }
@@ -102,18 +95,6 @@ std::string joined(std::string_view folder, std::string_view below) {
     return path + std::string(below);
 }
 
-std::expected<std::string, CatalogReadError> readSchemaVersion(const SQLiteReader& reader) {
-    auto rows = reader.rows("SELECT value FROM Settings WHERE keyword = 'DBVersion'");
-    if (!rows) {
-        return std::unexpected(rows.error());
-    }
-    if (rows->empty() || !Values::column(rows->front(), 0)) {
-        return "unknown";
-    }
-    auto text = Values::text(Values::column(rows->front(), 0));
-    return text.empty() ? "unknown" : text;
-}
-
 // Places each item under its album root and collects the folders met. Each
 // root is resolved to today's mount once.
 class PhotoPlaces {
@@ -124,10 +105,10 @@ public:
     DigikamPhoto place(const SQLiteRow& row) {
         DigikamPhoto photo;
         photo.ref.imageID = Values::integer(Values::column(row, 0));
-        photo.ref.rating = smallInteger(Values::column(row, 6));
-        photo.ref.pickLabel = smallInteger(Values::column(row, 7));
-        photo.ref.colorLabel = smallInteger(Values::column(row, 8));
-        photo.ref.tags = smallInteger(Values::column(row, 9));
+        photo.ref.rating = Values::smallInteger(Values::column(row, 6));
+        photo.ref.pickLabel = Values::smallInteger(Values::column(row, 7));
+        photo.ref.colorLabel = Values::smallInteger(Values::column(row, 8));
+        photo.ref.tags = Values::smallInteger(Values::column(row, 9));
         photo.isTagged = Values::integer(Values::column(row, 10)) != 0;
         auto root =
             rootOf(Values::integer(Values::column(row, 1)), Values::text(Values::column(row, 2)),
@@ -143,13 +124,13 @@ public:
         std::string folder = joined(*root, relative);
         std::string joinedPath = joined(folder, name);
         auto real = platform::realPath(joinedPath);
-        meet(folder);
+        folders_.meet(folder);
         photo.path = real.value_or(joinedPath);
         photo.exists = real.has_value();
         return photo;
     }
 
-    std::vector<std::string> takeRootFolders() { return std::move(rootFolders_); }
+    std::vector<std::string> takeRootFolders() { return folders_.take(); }
 
 private:
     std::optional<std::string> rootOf(std::int64_t id, const std::string& identifier,
@@ -162,22 +143,9 @@ private:
         return known->second;
     }
 
-    // Each folder is resolved once, however many items it holds.
-    void meet(const std::string& folder) {
-        if (!met_.insert(folder).second) {
-            return;
-        }
-        std::string resolved = platform::realPath(folder).value_or(folder);
-        if (resolved_.insert(resolved).second) {
-            rootFolders_.push_back(std::move(resolved));
-        }
-    }
-
     const platform::VolumeMounts& mounts_;
     std::map<std::int64_t, std::optional<std::string>> roots_;
-    std::unordered_set<std::string> met_;
-    std::unordered_set<std::string> resolved_;
-    std::vector<std::string> rootFolders_;
+    RootFolders folders_;
 };
 
 std::string trimmed(std::string_view text) {
@@ -242,32 +210,22 @@ std::expected<DigikamCatalog, CatalogReadError> DigikamCatalog::read(const std::
 
 std::expected<DigikamCatalog, CatalogReadError>
 DigikamCatalog::read(const std::string& url, const platform::VolumeMounts& mounts) {
-    if (PathRules::lastComponent(withoutTrailingSlashes(url)) != kFileName) {
+    if (PathRules::lastComponent(PathNames::withoutTrailingSlashes(url)) != kFileName) {
         return std::unexpected(notACatalog());
     }
-    auto reader = SQLiteReader::open(url, std::nullopt, busySentence());
-    if (!reader) {
-        return std::unexpected(reader.error());
-    }
-    if (auto layout = CatalogLayout::check(*reader, requiredColumns()); !layout) {
-        return std::unexpected(layout.error());
+    auto opened =
+        CatalogOpening::open(url, CatalogApplication::digikam, requiredColumns(), kVersionQuery);
+    if (!opened) {
+        return std::unexpected(opened.error());
     }
     DigikamCatalog catalog{.url = url};
-    auto version = readSchemaVersion(*reader);
-    if (!version) {
-        return std::unexpected(version.error());
-    }
-    catalog.schemaVersion = std::move(*version);
-    auto rows = reader->rows(photosQuery());
+    catalog.schemaVersion = std::move(opened->version);
+    auto rows = opened->reader.rows(photosQuery());
     if (!rows) {
         return std::unexpected(rows.error());
     }
     PhotoPlaces places(mounts);
-    catalog.photos.reserve(rows->size());
-    for (const auto& row : *rows) {
-        catalog.photos.push_back(places.place(row));
-    }
-    catalog.rootFolders = places.takeRootFolders();
+    CatalogOpening::placeRows(catalog, *rows, places);
     return catalog;
 }
 
@@ -311,7 +269,7 @@ CatalogChoice DigikamCatalog::choose(const std::string& folder) {
 
 CatalogChoice DigikamCatalog::choose(const std::string& folder,
                                      const std::optional<std::string>& configuration) {
-    std::string where = withoutTrailingSlashes(folder);
+    std::string where = PathNames::withoutTrailingSlashes(folder);
     bool isDefault = where == platform::homeFolder() + std::string(kDefaultFolder);
     if (isDefault && configuration) {
         auto said = configured(*configuration);
@@ -319,13 +277,14 @@ CatalogChoice DigikamCatalog::choose(const std::string& folder,
             return {std::nullopt, mysqlSentence()};
         }
         if (said.type == "QSQLITE" && said.folder.starts_with('/')) {
-            where = withoutTrailingSlashes(said.folder);
+            where = PathNames::withoutTrailingSlashes(said.folder);
         }
     }
     std::string database = joined(where, "/" + std::string(kFileName));
     auto snapshot = FileSnapshot::read(database);
     if (!snapshot) {
-        return {std::nullopt, noCatalogSentence(where)};
+        return {std::nullopt,
+                CatalogKindTexts::of(CatalogApplication::digikam).noCatalogText(where)};
     }
     return {database, std::nullopt};
 }
@@ -384,19 +343,9 @@ const std::string& DigikamCatalog::photosQuery() {
     return query;
 }
 
-const std::string& DigikamCatalog::busySentence() {
-    static const std::string text = "digiKam is busy with it. Try again in a moment.";
-    return text;
-}
-
 CatalogReadError DigikamCatalog::notACatalog() {
-    return CatalogReadError::notACatalog("That is not a digiKam library (digikam4.db).");
-}
-
-std::string DigikamCatalog::noCatalogSentence(std::string_view folder) {
-    return fmt::format("There is no digiKam library (digikam4.db) in {}. Choose digiKam's "
-                       "database folder.",
-                       folder);
+    return CatalogReadError::notACatalog(
+        CatalogKindTexts::of(CatalogApplication::digikam).notACatalogText());
 }
 
 const std::string& DigikamCatalog::mysqlSentence() {

@@ -102,9 +102,7 @@ struct DigikamCatalog {
     static constexpr int kVisible = 1;
     static constexpr std::string_view kInternalTags = "_Digikam_Internal_Tags_";
 
-    [[nodiscard]] static const std::string& busySentence();
     [[nodiscard]] static ReadError notACatalog();
-    [[nodiscard]] static std::string noCatalogSentence(std::string_view folder);
     [[nodiscard]] static const std::string& mysqlSentence();
 };
 

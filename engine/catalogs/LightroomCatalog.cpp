@@ -1,5 +1,8 @@
 #include "LightroomCatalog.hpp"
 
+#include "engine/catalogs/CatalogKindTexts.hpp"
+#include "engine/catalogs/CatalogOpening.hpp"
+#include "engine/catalogs/RootFolders.hpp"
 #include "engine/catalogs/SQLiteReader.hpp"
 #include "engine/platform/FileStatus.hpp"
 #include "engine/platform/ProcessInfo.hpp"
@@ -21,13 +24,6 @@ using Values = SQLiteValues;
 
 constexpr std::string_view kRootFolderTable = "AgLibraryRootFolder";
 constexpr std::string_view kRelativeColumn = "relativePathFromCatalog";
-
-std::string withoutTrailingSlashes(std::string path) {
-    while (path.size() > 1 && path.ends_with('/')) {
-        path.pop_back();
-    }
-    return path;
-}
 
 std::string withSlash(std::string path) {
     if (!path.ends_with('/')) {
@@ -58,21 +54,16 @@ std::vector<std::string> sidecarExtensions(std::string_view text) {
     return extensions;
 }
 
-int smallInteger(const std::optional<SQLiteValue>& value) {
-    return static_cast<int>(std::clamp<std::int64_t>(
-        Values::integer(value), std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
-}
-
 LightroomRef refFromRow(const SQLiteRow& row) {
     LightroomRef ref;
     ref.imageID = Values::integer(Values::column(row, 0));
-    ref.pick = smallInteger(Values::column(row, 4));
-    ref.rating = smallInteger(Values::column(row, 5));
+    ref.pick = Values::smallInteger(Values::column(row, 4));
+    ref.rating = Values::smallInteger(Values::column(row, 5));
     ref.colorLabel = Values::text(Values::column(row, 6));
-    ref.virtualCopies = smallInteger(Values::column(row, 7));
+    ref.virtualCopies = Values::smallInteger(Values::column(row, 7));
     ref.isEdited = Values::integer(Values::column(row, 8)) > 0;
-    ref.collections = smallInteger(Values::column(row, 9));
-    ref.keywords = smallInteger(Values::column(row, 10));
+    ref.collections = Values::smallInteger(Values::column(row, 9));
+    ref.keywords = Values::smallInteger(Values::column(row, 10));
     ref.sidecarExtensions = sidecarExtensions(Values::text(Values::column(row, 11)));
     return ref;
 }
@@ -98,11 +89,11 @@ public:
                 }
             }
         }
-        meet(root);
+        roots_.meet(root);
         return {real.value_or(joined), real.has_value(), refFromRow(row)};
     }
 
-    std::vector<std::string> takeRootFolders() { return std::move(rootFolders_); }
+    std::vector<std::string> takeRootFolders() { return roots_.take(); }
 
 private:
     std::optional<std::string> relativeRoot(const std::string& root) const {
@@ -113,22 +104,9 @@ private:
         return withSlash(catalogFolder_) + it->second;
     }
 
-    // Each root is resolved once, however many photos it holds.
-    void meet(const std::string& root) {
-        if (!met_.insert(root).second) {
-            return;
-        }
-        std::string resolved = platform::realPath(root).value_or(root);
-        if (resolved_.insert(resolved).second) {
-            rootFolders_.push_back(std::move(resolved));
-        }
-    }
-
     std::string catalogFolder_;
     std::map<std::string, std::string> relativeRoots_;
-    std::unordered_set<std::string> met_;
-    std::unordered_set<std::string> resolved_;
-    std::vector<std::string> rootFolders_;
+    RootFolders roots_;
 };
 
 // Each root's place relative to the catalog, by its absolute path, where
@@ -152,18 +130,6 @@ relativeRoots(const SQLiteReader& reader, const CatalogLayout::Columns& columns)
         }
     }
     return roots;
-}
-
-std::expected<std::string, CatalogReadError> readSchemaVersion(const SQLiteReader& reader) {
-    auto rows =
-        reader.rows("SELECT value FROM Adobe_variablesTable WHERE name = 'Adobe_DBVersion'");
-    if (!rows) {
-        return std::unexpected(rows.error());
-    }
-    if (rows->empty()) {
-        return "unknown";
-    }
-    return Values::text(Values::column(rows->front(), 0));
 }
 
 std::string folderOf(const std::string& catalog) {
@@ -190,40 +156,30 @@ bool LightroomCatalog::isTestedVersion() const {
 }
 
 std::expected<LightroomCatalog, CatalogReadError> LightroomCatalog::read(const std::string& url) {
-    std::string path = withoutTrailingSlashes(url);
+    std::string path = PathNames::withoutTrailingSlashes(url);
     auto extension =
         PathRules::asciiLowercased(PathRules::extension(PathRules::lastComponent(path)));
     if (extension != kExtension) {
         return std::unexpected(notACatalog());
     }
-    auto reader = SQLiteReader::open(path, std::nullopt, busySentence());
-    if (!reader) {
-        return std::unexpected(reader.error());
-    }
-    auto columns = CatalogLayout::check(*reader, requiredColumns());
-    if (!columns) {
-        return std::unexpected(columns.error());
+    auto opened = CatalogOpening::open(
+        path, CatalogApplication::lightroom, requiredColumns(),
+        "SELECT value FROM Adobe_variablesTable WHERE name = 'Adobe_DBVersion'");
+    if (!opened) {
+        return std::unexpected(opened.error());
     }
     LightroomCatalog catalog{url};
-    auto version = readSchemaVersion(*reader);
-    if (!version) {
-        return std::unexpected(version.error());
-    }
-    catalog.schemaVersion = std::move(*version);
-    auto rows = reader->rows(photosQuery());
+    catalog.schemaVersion = std::move(opened->version);
+    auto rows = opened->reader.rows(photosQuery());
     if (!rows) {
         return std::unexpected(rows.error());
     }
-    auto relative = relativeRoots(*reader, *columns);
+    auto relative = relativeRoots(opened->reader, opened->columns);
     if (!relative) {
         return std::unexpected(relative.error());
     }
     PhotoPlaces places(folderOf(path), std::move(*relative));
-    catalog.photos.reserve(rows->size());
-    for (const auto& row : *rows) {
-        catalog.photos.push_back(places.place(row));
-    }
-    catalog.rootFolders = places.takeRootFolders();
+    CatalogOpening::placeRows(catalog, *rows, places);
     return catalog;
 }
 
@@ -232,7 +188,8 @@ bool LightroomCatalog::isOpen(const std::string& url) {
 }
 
 bool LightroomCatalog::isOpen(const std::string& url, const RunningApplications& running) {
-    return ApplicationCheck::isOpen(withoutTrailingSlashes(url) + std::string(kLockSuffix),
+    return ApplicationCheck::isOpen(PathNames::withoutTrailingSlashes(url) +
+                                        std::string(kLockSuffix),
                                     {kBundlePrefix}, running);
 }
 
@@ -245,7 +202,9 @@ std::vector<std::string> LightroomCatalog::catalogsIn(const std::string& folder)
 }
 
 CatalogChoice LightroomCatalog::choose(const std::string& folder) {
-    return CatalogChoice::choose(catalogsIn(folder), noCatalogSentence(folder));
+    return CatalogChoice::choose(
+        catalogsIn(folder),
+        CatalogKindTexts::of(CatalogApplication::lightroom).noCatalogText(folder));
 }
 
 std::string LightroomCatalog::joinedPath(std::string_view root, std::string_view folder,
@@ -293,19 +252,9 @@ ORDER BY i.id_local)sql";
     return query;
 }
 
-const std::string& LightroomCatalog::busySentence() {
-    static const std::string text = "Lightroom Classic is busy with it. Try again in a moment.";
-    return text;
-}
-
 CatalogReadError LightroomCatalog::notACatalog() {
-    return CatalogReadError::notACatalog("That is not a Lightroom Classic catalog (.lrcat).");
-}
-
-std::string LightroomCatalog::noCatalogSentence(std::string_view folder) {
-    return fmt::format("There is no Lightroom Classic catalog (.lrcat) in {}. Choose the folder "
-                       "the catalog file is in.",
-                       folder);
+    return CatalogReadError::notACatalog(
+        CatalogKindTexts::of(CatalogApplication::lightroom).notACatalogText());
 }
 
 } // namespace brevant

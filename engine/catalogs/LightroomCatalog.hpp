@@ -88,9 +88,7 @@ struct LightroomCatalog {
     static constexpr std::string_view kLockSuffix = ".lock";
     static constexpr std::string_view kBundlePrefix = "com.adobe.LightroomClassic";
 
-    [[nodiscard]] static const std::string& busySentence();
     [[nodiscard]] static ReadError notACatalog();
-    [[nodiscard]] static std::string noCatalogSentence(std::string_view folder);
 };
 
 } // namespace brevant

@@ -94,6 +94,7 @@ struct LightroomRejecter : CatalogMarker<LightroomMarking> {
         .key = "lightroomClassic",
         .name = "Lightroom Classic",
         .describedAs = "a Lightroom Classic catalog (.lrcat)",
+        .chooseFolder = "Choose the folder the catalog file is in.",
         .explainsWork = true,
         .settingsKey = "lightroom",
         .chooseTip = "Choose the folder the .lrcat catalog file is in",

@@ -2,8 +2,10 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <limits>
 #include <memory>
 
 namespace brevant {
@@ -62,6 +64,11 @@ std::int64_t SQLiteValues::integer(const std::optional<SQLiteValue>& value) {
         return integerFromDouble(*number);
     }
     return integerFromText(std::get<std::string>(*value));
+}
+
+int SQLiteValues::smallInteger(const std::optional<SQLiteValue>& value) {
+    return static_cast<int>(std::clamp<std::int64_t>(
+        integer(value), std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
 }
 
 std::string SQLiteValues::text(const std::optional<SQLiteValue>& value) {

@@ -26,6 +26,9 @@ struct SQLiteValues {
     // integer; 0 for anything else.
     [[nodiscard]] static std::int64_t integer(const std::optional<SQLiteValue>& value);
 
+    // The integer clamped into an int: stars, labels and flags.
+    [[nodiscard]] static int smallInteger(const std::optional<SQLiteValue>& value);
+
     // The text, or "" for a value that is not text.
     [[nodiscard]] static std::string text(const std::optional<SQLiteValue>& value);
 

@@ -1,5 +1,7 @@
 #include "ShotwellCatalog.hpp"
 
+#include "engine/catalogs/CatalogKindTexts.hpp"
+#include "engine/catalogs/CatalogOpening.hpp"
 #include "engine/catalogs/SQLiteReader.hpp"
 #include "engine/catalogs/ShotwellTagList.hpp"
 #include "engine/catalogs/TagMarkRecord.hpp"
@@ -18,19 +20,10 @@ namespace brevant {
 
 namespace {
 
-using Values = SQLiteValues;
+const std::string kVersionQuery =
+    "SELECT schema_version FROM VersionTable ORDER BY schema_version DESC LIMIT 1";
 
-std::expected<std::string, CatalogReadError> readSchemaVersion(const SQLiteReader& reader) {
-    auto rows =
-        reader.rows("SELECT schema_version FROM VersionTable ORDER BY schema_version DESC LIMIT 1");
-    if (!rows) {
-        return std::unexpected(rows.error());
-    }
-    if (rows->empty() || !Values::column(rows->front(), 0)) {
-        return "unknown";
-    }
-    return std::to_string(Values::integer(Values::column(rows->front(), 0)));
-}
+using Values = SQLiteValues;
 
 // How many tags carry each photo, and which photos carry the marking's tag.
 struct TagCounts {
@@ -67,11 +60,6 @@ std::expected<TagCounts, CatalogReadError> readTags(const SQLiteReader& reader) 
     return counts;
 }
 
-int smallInteger(const std::optional<SQLiteValue>& value) {
-    return static_cast<int>(std::clamp<std::int64_t>(
-        Values::integer(value), std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
-}
-
 ShotwellPhoto photoFromRow(const SQLiteRow& row, const TagCounts& counts) {
     ShotwellPhoto photo;
     photo.ref.imageID = Values::integer(Values::column(row, 0));
@@ -83,7 +71,7 @@ ShotwellPhoto photoFromRow(const SQLiteRow& row, const TagCounts& counts) {
     photo.isTrashed = (flags & ShotwellCatalog::kTrashFlag) != 0;
     photo.ref.isHidden = (flags & ShotwellCatalog::kHiddenFlag) != 0;
     photo.ref.isFlagged = (flags & ShotwellCatalog::kFlaggedFlag) != 0;
-    photo.ref.rating = smallInteger(Values::column(row, 3));
+    photo.ref.rating = Values::smallInteger(Values::column(row, 3));
     bool adjusted = !Values::text(Values::column(row, 4)).empty();
     const auto& editable = Values::column(row, 5);
     photo.ref.isEdited =
@@ -134,26 +122,20 @@ std::expected<ShotwellCatalog, CatalogReadError> ShotwellCatalog::read(const std
     if (PathRules::lowercased(PathRules::lastComponent(url)) != kFileName) {
         return std::unexpected(notACatalog());
     }
-    auto reader = SQLiteReader::open(url, std::nullopt, busySentence());
-    if (!reader) {
-        return std::unexpected(reader.error());
-    }
-    if (auto layout = CatalogLayout::check(*reader, requiredColumns()); !layout) {
-        return std::unexpected(layout.error());
+    auto opened =
+        CatalogOpening::open(url, CatalogApplication::shotwell, requiredColumns(), kVersionQuery);
+    if (!opened) {
+        return std::unexpected(opened.error());
     }
     ShotwellCatalog catalog{.url = url};
-    auto version = readSchemaVersion(*reader);
-    if (!version) {
-        return std::unexpected(version.error());
-    }
-    catalog.schemaVersion = std::move(*version);
-    auto counts = readTags(*reader);
+    catalog.schemaVersion = std::move(opened->version);
+    auto counts = readTags(opened->reader);
     if (!counts) {
         return std::unexpected(counts.error());
     }
     catalog.duplicatesTagID = counts->duplicatesTagID;
-    auto rows = reader->rows("SELECT id, filename, COALESCE(flags, 0), COALESCE(rating, 0), "
-                             "transformations, editable_id FROM PhotoTable ORDER BY id");
+    auto rows = opened->reader.rows("SELECT id, filename, COALESCE(flags, 0), COALESCE(rating, 0), "
+                                    "transformations, editable_id FROM PhotoTable ORDER BY id");
     if (!rows) {
         return std::unexpected(rows.error());
     }
@@ -181,9 +163,11 @@ CatalogChoice ShotwellCatalog::choose(const std::string& folder) {
     candidate += "/" + std::string(kFileName);
     auto status = platform::statusOfPath(candidate);
     if (!status || !status->isRegularFile) {
-        return CatalogChoice::choose({}, noCatalogSentence(folder));
+        return CatalogChoice::choose(
+            {}, CatalogKindTexts::of(CatalogApplication::shotwell).noCatalogText(folder));
     }
-    return CatalogChoice::choose({candidate}, noCatalogSentence(folder));
+    return CatalogChoice::choose(
+        {candidate}, CatalogKindTexts::of(CatalogApplication::shotwell).noCatalogText(folder));
 }
 
 const std::vector<CatalogLayout::Table>& ShotwellCatalog::requiredColumns() {
@@ -195,19 +179,9 @@ const std::vector<CatalogLayout::Table>& ShotwellCatalog::requiredColumns() {
     return tables;
 }
 
-const std::string& ShotwellCatalog::busySentence() {
-    static const std::string text = "Shotwell is busy with it. Try again in a moment.";
-    return text;
-}
-
 CatalogReadError ShotwellCatalog::notACatalog() {
-    return CatalogReadError::notACatalog("That is not a Shotwell library (photo.db).");
-}
-
-std::string ShotwellCatalog::noCatalogSentence(std::string_view folder) {
-    return fmt::format(
-        "There is no Shotwell library (photo.db) in {}. Choose the folder the library is in.",
-        folder);
+    return CatalogReadError::notACatalog(
+        CatalogKindTexts::of(CatalogApplication::shotwell).notACatalogText());
 }
 
 } // namespace brevant

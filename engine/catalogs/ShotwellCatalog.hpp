@@ -79,9 +79,7 @@ struct ShotwellCatalog {
     // An editable_id of -1 means no outside edit.
     static constexpr std::int64_t kNoEditable = -1;
 
-    [[nodiscard]] static const std::string& busySentence();
     [[nodiscard]] static ReadError notACatalog();
-    [[nodiscard]] static std::string noCatalogSentence(std::string_view folder);
 };
 
 } // namespace brevant

@@ -36,6 +36,13 @@ std::string PathNames::parentFolder(std::string_view path) {
     return std::string(path.substr(0, slash));
 }
 
+std::string PathNames::withoutTrailingSlashes(std::string path) {
+    while (path.size() > 1 && path.ends_with('/')) {
+        path.pop_back();
+    }
+    return path;
+}
+
 std::string_view PathNames::extension(std::string_view name) {
     auto dot = name.rfind('.');
     if (dot == std::string_view::npos || dot == 0) {

@@ -13,6 +13,8 @@ struct PathNames {
 
     [[nodiscard]] static std::string lastComponent(std::string_view path);
     [[nodiscard]] static std::string parentFolder(std::string_view path);
+    // "/a/b//" is "/a/b"; "/" stays "/".
+    [[nodiscard]] static std::string withoutTrailingSlashes(std::string path);
     // The text after the last "." of a name; a leading dot alone does not
     // start an extension (".profile" has none).
     [[nodiscard]] static std::string_view extension(std::string_view name);
