@@ -48,15 +48,8 @@ bool createExclusively(const std::string& path) {
     return true;
 }
 
-std::string withoutTrailingSlashes(std::string path) {
-    while (path.size() > 1 && path.ends_with('/')) {
-        path.pop_back();
-    }
-    return path;
-}
-
 std::string folderOf(const std::string& path) {
-    std::string parent = PathRules::parentFolder(withoutTrailingSlashes(path));
+    std::string parent = PathRules::parentFolder(PathNames::withoutTrailingSlashes(path));
     return parent.empty() ? "." : parent;
 }
 
@@ -135,11 +128,16 @@ std::string CatalogBackup::freeName(const std::string& folder, std::string_view 
 
 std::expected<std::string, CatalogBackup::Failure>
 CatalogBackup::backUpLightroom(const std::string& catalog, Date now) {
+    return backUpFile(catalog, "lrcat", now);
+}
+
+std::expected<std::string, CatalogBackup::Failure>
+CatalogBackup::backUpFile(const std::string& catalog, std::string_view extension, Date now) {
     auto backups = folder(catalog);
     if (!backups) {
         return std::unexpected(backups.error());
     }
-    std::string target = freeName(*backups, stemOf(catalog), dateText(now), "lrcat");
+    std::string target = freeName(*backups, stemOf(catalog), dateText(now), extension);
     if (auto copied = copyDatabase(catalog, target); !copied) {
         return std::unexpected(copied.error());
     }

@@ -29,6 +29,11 @@ struct CatalogBackup {
     [[nodiscard]] static std::expected<std::string, Failure>
     backUpLightroom(const std::string& catalog, Date now);
 
+    // Backs up a catalog that is one database file: "Brevant
+    // Backups/<stem> <date>.<extension>" beside it.
+    [[nodiscard]] static std::expected<std::string, Failure>
+    backUpFile(const std::string& catalog, std::string_view extension, Date now);
+
     // Backs up a Capture One catalog package: a new ".cocatalog" folder that
     // holds only a copy of the database file, under its own name (not the
     // previews or settings).

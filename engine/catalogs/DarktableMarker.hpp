@@ -3,6 +3,7 @@
 #include "engine/catalogs/CatalogKindTexts.hpp"
 #include "engine/catalogs/CatalogMarker.hpp"
 #include "engine/catalogs/DarktableCatalog.hpp"
+#include "engine/catalogs/LibraryMarking.hpp"
 #include "engine/catalogs/TagMarkRecord.hpp"
 
 #include <cstdint>
@@ -18,7 +19,8 @@ namespace brevant {
 // duplicate gets the tag "Brevant Duplicates". The tag's name lives in
 // data.db and its assignments in library.db, so data.db is attached and one
 // transaction changes both.
-struct DarktableMarking {
+struct DarktableMarking
+    : LibraryMarking<DarktableCatalog, DarktablePhoto, CatalogApplication::darktable> {
     // A planned file that passed its re-check, with all its versions.
     struct Chosen {
         std::int64_t imageID = 0;
@@ -26,28 +28,10 @@ struct DarktableMarking {
         std::string path;
     };
 
-    using Catalog = DarktableCatalog;
-    using Photo = DarktablePhoto;
-    using Record = TagMarkRecord;
-    using Item = TagMarkItem;
-    using Failure = SQLiteWriter::Failure;
-
-    static constexpr CatalogSource::Application kApplication =
-        CatalogSource::Application::darktable;
     static constexpr std::string_view kRecordFolder = "darktable";
     // How data.db is named on the library's connection, as darktable names
     // it too.
     static constexpr std::string_view kDataName = "data";
-
-    [[nodiscard]] static std::int64_t photoID(const Photo& photo) { return photo.ref.imageID; }
-
-    [[nodiscard]] static bool isOpen(const std::string& catalog) {
-        return DarktableCatalog::isOpen(catalog);
-    }
-
-    [[nodiscard]] static std::expected<Catalog, CatalogReadError> read(const std::string& catalog) {
-        return DarktableCatalog::read(catalog);
-    }
 
     [[nodiscard]] static std::optional<std::string_view> recheck(const PlannedRemoval& removal,
                                                                  const Photo* photo);
@@ -101,6 +85,7 @@ struct DarktableMarker : CatalogMarker<DarktableMarking> {
         .key = "darktable",
         .name = "darktable",
         .describedAs = "a darktable library (library.db)",
+        .chooseFolder = "Choose the folder darktable keeps it in.",
         .explainsWork = true,
         .settingsKey = "darktable",
         .chooseTip = "Choose the folder darktable's library.db is in",

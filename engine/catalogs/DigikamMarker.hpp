@@ -3,6 +3,7 @@
 #include "engine/catalogs/CatalogKindTexts.hpp"
 #include "engine/catalogs/CatalogMarker.hpp"
 #include "engine/catalogs/DigikamCatalog.hpp"
+#include "engine/catalogs/LibraryMarking.hpp"
 #include "engine/catalogs/TagMarkRecord.hpp"
 
 #include <cstdint>
@@ -15,55 +16,16 @@ namespace brevant {
 
 // What marking means in a digiKam library: the approved duplicates get the
 // tag "Brevant Duplicates", made at the top of the tag tree when missing.
-struct DigikamMarking {
-    // A planned item that passed its re-check.
-    struct Chosen {
-        std::int64_t imageID = 0;
-        std::string path;
-    };
-
-    using Catalog = DigikamCatalog;
-    using Photo = DigikamPhoto;
-    using Record = TagMarkRecord;
-    using Item = TagMarkItem;
-    using Failure = SQLiteWriter::Failure;
-
-    static constexpr CatalogSource::Application kApplication = CatalogSource::Application::digikam;
+struct DigikamMarking : LibraryMarking<DigikamCatalog, DigikamPhoto, CatalogApplication::digikam> {
     static constexpr std::string_view kRecordFolder = "digiKam";
-
-    [[nodiscard]] static std::int64_t photoID(const Photo& photo) { return photo.ref.imageID; }
-
-    [[nodiscard]] static bool isOpen(const std::string& catalog) {
-        return DigikamCatalog::isOpen(catalog);
-    }
-
-    [[nodiscard]] static std::expected<Catalog, CatalogReadError> read(const std::string& catalog) {
-        return DigikamCatalog::read(catalog);
-    }
 
     [[nodiscard]] static std::optional<std::string_view> recheck(const PlannedRemoval& removal,
                                                                  const Photo* photo);
-
-    [[nodiscard]] static Chosen choose(const Photo& photo) {
-        return {photo.ref.imageID, photo.path};
-    }
-
-    // A copy of the database file in "Brevant Backups" beside it.
-    [[nodiscard]] static std::expected<std::string, Failure> backUp(const std::string& catalog,
-                                                                    const Catalog& fresh, Date now);
-
-    [[nodiscard]] static std::string database(const std::string& catalog,
-                                              const Catalog& /*fresh*/) {
-        return catalog;
-    }
 
     // Gives the item the tag, making the tag first when the library has
     // none at the top of its tree.
     [[nodiscard]] static std::expected<Item, Failure> change(const SQLiteWriter& writer,
                                                              const Chosen& chosen, Date now);
-
-    // The database, while it is still there.
-    [[nodiscard]] static std::optional<std::string> undoDatabase(const std::string& catalog);
 
     // Takes the tag off the item again where it still carries it, and the
     // tag itself away when this marking made it and nothing carries it now.
@@ -88,6 +50,7 @@ struct DigikamMarker : CatalogMarker<DigikamMarking> {
         .key = "digikam",
         .name = "digiKam",
         .describedAs = "a digiKam library (digikam4.db)",
+        .chooseFolder = "Choose digiKam's database folder.",
         .explainsWork = true,
         .settingsKey = "digikam",
         .chooseTip = "Choose the folder digiKam's digikam4.db is in",

@@ -37,6 +37,18 @@ SQLiteWriter::rows(const std::string& sql) const {
     return std::move(*rows);
 }
 
+std::expected<std::optional<std::int64_t>, SQLiteWriter::Failure>
+SQLiteWriter::firstInteger(const std::string& sql) const {
+    auto found = rows(sql);
+    if (!found) {
+        return std::unexpected(found.error());
+    }
+    if (found->empty() || !SQLiteValues::column(found->front(), 0)) {
+        return std::nullopt;
+    }
+    return SQLiteValues::integer(SQLiteValues::column(found->front(), 0));
+}
+
 std::expected<std::int64_t, SQLiteWriter::Failure> SQLiteWriter::run(const std::string& sql) const {
     if (sqlite3_exec(db_.get(), sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) {
         return std::unexpected(Failure{sqlite3_errmsg(db_.get())});

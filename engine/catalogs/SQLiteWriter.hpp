@@ -6,6 +6,7 @@
 #include <expected>
 #include <iosfwd>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -39,6 +40,11 @@ public:
     // All rows of one statement; any failure, a lock included, carries
     // SQLite's message.
     [[nodiscard]] std::expected<std::vector<SQLiteRow>, Failure> rows(const std::string& sql) const;
+
+    // The first column of the first row as an integer; nothing when there is
+    // no row or no value.
+    [[nodiscard]] std::expected<std::optional<std::int64_t>, Failure>
+    firstInteger(const std::string& sql) const;
 
     // The text as an SQL string literal, quotes doubled: for names the
     // statements carry, such as a tag's.

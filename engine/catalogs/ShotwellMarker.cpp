@@ -1,5 +1,6 @@
 #include "ShotwellMarker.hpp"
 
+#include "engine/catalogs/LibraryTag.hpp"
 #include "engine/catalogs/ShotwellTagList.hpp"
 #include "engine/platform/DataFolder.hpp"
 #include "engine/scan/FileSnapshot.hpp"
@@ -43,45 +44,25 @@ std::expected<std::optional<TagRow>, Failure> tagRow(const SQLiteWriter& writer,
                   ShotwellTagList::parse(SQLiteValues::text(SQLiteValues::column(row, 1)))};
 }
 
-std::expected<std::int64_t, Failure> lastInsertedID(const SQLiteWriter& writer) {
-    auto rows = writer.rows("SELECT last_insert_rowid()");
-    if (!rows) {
-        return std::unexpected(rows.error());
-    }
-    return rows->empty() ? 0 : SQLiteValues::integer(SQLiteValues::column(rows->front(), 0));
-}
-
-// The tag, made at the top of Shotwell's tag tree (a name without a leading
-// slash) when absent. A marking writes on a connection of its own and
-// inserts nothing but the tag, so the connection's last inserted row tells
-// whether this marking made it, also for the photos after the first.
+// At the top of Shotwell's tag tree (a name without a leading slash).
 std::expected<std::pair<TagRow, bool>, Failure> duplicatesTag(const SQLiteWriter& writer,
                                                               Date now) {
-    auto found = tagRow(writer, "name = " + tagLiteral());
-    if (!found) {
-        return std::unexpected(found.error());
+    auto tag = LibraryTag::foundOrMade(
+        writer, "SELECT id FROM TagTable WHERE name = {0}",
+        fmt::format(
+            "INSERT INTO TagTable (name, photo_id_list, time_created) VALUES ({{0}}, NULL, {})",
+            static_cast<std::int64_t>(std::floor(now.unixSeconds()))));
+    if (!tag) {
+        return std::unexpected(tag.error());
     }
-    std::optional<TagRow> existing = std::move(*found);
-    if (!existing) {
-        auto made = writer.run(
-            fmt::format("INSERT INTO TagTable (name, photo_id_list, time_created) "
-                        "VALUES ({}, NULL, {})",
-                        tagLiteral(), static_cast<std::int64_t>(std::floor(now.unixSeconds()))));
-        if (!made) {
-            return std::unexpected(made.error());
-        }
-        auto id = lastInsertedID(writer);
-        if (!id) {
-            return std::unexpected(id.error());
-        }
-        return std::pair{TagRow{*id, {}}, true};
+    auto row = tagRow(writer, fmt::format("id = {}", tag->id));
+    if (!row) {
+        return std::unexpected(row.error());
     }
-    auto last = lastInsertedID(writer);
-    if (!last) {
-        return std::unexpected(last.error());
+    if (!*row) {
+        return std::unexpected(Failure{"The tag could not be made."});
     }
-    bool created = existing->id == *last;
-    return std::pair{std::move(*existing), created};
+    return std::pair{std::move(**row), tag->created};
 }
 
 std::expected<void, Failure> writeList(const SQLiteWriter& writer, std::int64_t tagID,
@@ -120,20 +101,6 @@ std::optional<std::string_view> ShotwellMarking::recheck(const PlannedRemoval& r
     return std::nullopt;
 }
 
-std::expected<std::string, Failure> ShotwellMarking::backUp(const std::string& catalog,
-                                                            const Catalog& /*fresh*/, Date now) {
-    auto backups = CatalogBackup::folder(catalog);
-    if (!backups) {
-        return std::unexpected(backups.error());
-    }
-    std::string target =
-        CatalogBackup::freeName(*backups, "photo", CatalogBackup::dateText(now), "db");
-    if (auto copied = CatalogBackup::copyDatabase(catalog, target); !copied) {
-        return std::unexpected(copied.error());
-    }
-    return target;
-}
-
 std::expected<ShotwellMarking::Item, Failure>
 ShotwellMarking::change(const SQLiteWriter& writer, const Chosen& chosen, Date now) {
     auto tag = duplicatesTag(writer, now);
@@ -150,13 +117,6 @@ ShotwellMarking::change(const SQLiteWriter& writer, const Chosen& chosen, Date n
         item.taggedIDs.push_back(chosen.imageID);
     }
     return item;
-}
-
-std::optional<std::string> ShotwellMarking::undoDatabase(const std::string& catalog) {
-    if (!FileSnapshot::read(catalog)) {
-        return std::nullopt;
-    }
-    return catalog;
 }
 
 // A tag the user renamed or deleted since is left as the user left it.

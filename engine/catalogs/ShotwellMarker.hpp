@@ -2,6 +2,7 @@
 
 #include "engine/catalogs/CatalogKindTexts.hpp"
 #include "engine/catalogs/CatalogMarker.hpp"
+#include "engine/catalogs/LibraryMarking.hpp"
 #include "engine/catalogs/ShotwellCatalog.hpp"
 #include "engine/catalogs/TagMarkRecord.hpp"
 
@@ -15,54 +16,17 @@ namespace brevant {
 
 // What marking means in a Shotwell library: the approved duplicates join
 // the photo list of the tag "Brevant Duplicates" in its TagTable.
-struct ShotwellMarking {
-    struct Chosen {
-        std::int64_t imageID = 0;
-        std::string path;
-    };
-
-    using Catalog = ShotwellCatalog;
-    using Photo = ShotwellPhoto;
-    using Record = TagMarkRecord;
-    using Item = TagMarkItem;
-    using Failure = SQLiteWriter::Failure;
-
-    static constexpr CatalogSource::Application kApplication = CatalogSource::Application::shotwell;
+struct ShotwellMarking
+    : LibraryMarking<ShotwellCatalog, ShotwellPhoto, CatalogApplication::shotwell> {
     static constexpr std::string_view kRecordFolder = "Shotwell";
-
-    [[nodiscard]] static std::int64_t photoID(const Photo& photo) { return photo.ref.imageID; }
-
-    [[nodiscard]] static bool isOpen(const std::string& catalog) {
-        return ShotwellCatalog::isOpen(catalog);
-    }
-
-    [[nodiscard]] static std::expected<Catalog, CatalogReadError> read(const std::string& catalog) {
-        return ShotwellCatalog::read(catalog);
-    }
 
     [[nodiscard]] static std::optional<std::string_view> recheck(const PlannedRemoval& removal,
                                                                  const Photo* photo);
-
-    [[nodiscard]] static Chosen choose(const Photo& photo) {
-        return {photo.ref.imageID, photo.path};
-    }
-
-    // "Brevant Backups/photo 2024-05-01 093015.db" beside the library.
-    [[nodiscard]] static std::expected<std::string, Failure> backUp(const std::string& catalog,
-                                                                    const Catalog& fresh, Date now);
-
-    [[nodiscard]] static std::string database(const std::string& catalog,
-                                              const Catalog& /*fresh*/) {
-        return catalog;
-    }
 
     // Adds the photo to the tag's list, making the tag first when the
     // library has none.
     [[nodiscard]] static std::expected<Item, Failure> change(const SQLiteWriter& writer,
                                                              const Chosen& chosen, Date now);
-
-    // The library, while its file is still there.
-    [[nodiscard]] static std::optional<std::string> undoDatabase(const std::string& catalog);
 
     // Takes the photo out of the tag's list again, and the tag away when
     // this marking made it and nothing carries it any more.
@@ -89,6 +53,7 @@ struct ShotwellMarker : CatalogMarker<ShotwellMarking> {
         .key = "shotwell",
         .name = "Shotwell",
         .describedAs = "a Shotwell library (photo.db)",
+        .chooseFolder = "Choose the folder the library is in.",
         .explainsWork = true,
         .settingsKey = "shotwell",
         .chooseTip = "Choose the folder Shotwell's photo.db is in",
