@@ -3,7 +3,9 @@
 // Synthetic measured libraries for the index benchmarks: no files, only
 // the features the index reads.
 //
-// uniform: every picture's four turned hashes are independent random words.
+// uniform: every picture's hashes, one per orientation (eight, as pictures
+// are measured now, or four, as older records hold), are independent random
+// words.
 // clustered: pictures come in clusters of near-copies (1 to 8 copies of one
 // random photo, each hash with up to 10 flipped bits), as a library with many
 // re-saved and resized copies would have. Folders of 200 pictures, capture
@@ -12,7 +14,6 @@
 #include "engine/scan/PhotoAsset.hpp"
 #include "engine/similarity/ImageFeatures.hpp"
 
-#include <array>
 #include <fmt/format.h>
 #include <optional>
 #include <random>
@@ -26,10 +27,11 @@ struct SyntheticLibrary {
     std::vector<std::optional<brevant::ImageFeatures>> features;
 };
 
-inline brevant::ImageFeatures featuresFrom(const std::array<std::uint64_t, 4>& turns,
-                                           std::mt19937_64& random) {
+using Orientations = std::vector<std::uint64_t>;
+
+inline brevant::ImageFeatures featuresFrom(const Orientations& turns, std::mt19937_64& random) {
     brevant::ImageFeatures f;
-    f.hashes = {turns[0], turns[1], turns[2], turns[3]};
+    f.hashes = turns;
     for (std::uint64_t h : turns) {
         f.detailHashes.push_back({h, random(), random(), random()});
     }
@@ -38,18 +40,22 @@ inline brevant::ImageFeatures featuresFrom(const std::array<std::uint64_t, 4>& t
     return f;
 }
 
-inline SyntheticLibrary syntheticLibrary(int count, const std::string& kind, unsigned seed) {
+inline SyntheticLibrary syntheticLibrary(int count, const std::string& kind, unsigned seed,
+                                         int orientations = brevant::ImageFeatures::kOrientations) {
     std::mt19937_64 random(seed);
     SyntheticLibrary library;
     library.pictures.resize(count);
     library.features.resize(count);
-    std::array<std::uint64_t, 4> centre{};
+    Orientations centre;
     int left = 0;
     for (int i = 0; i < count; ++i) {
         auto& picture = library.pictures[i];
         picture.path = fmt::format("/library/{:05}/IMG_{:07}.JPG", i / 200, i);
         picture.snapshot.size = 3'000'000 + static_cast<std::int64_t>(random() % 1'000'000);
-        std::array<std::uint64_t, 4> turns = {random(), random(), random(), random()};
+        Orientations turns(static_cast<std::size_t>(orientations));
+        for (auto& h : turns) {
+            h = random();
+        }
         if (kind == "clustered") {
             if (left == 0) {
                 centre = turns;

@@ -1,7 +1,7 @@
 // Times building the similarity index (measuring excluded) over synthetic
 // feature sets (see SyntheticLibrary.hpp).
 //
-//   bench_index [--pictures N] [--kind uniform|clustered] [--seed S]
+//   bench_index [--pictures N] [--kind uniform|clustered] [--seed S] [--orientations 8|4]
 #include "bench/SyntheticLibrary.hpp"
 
 #include "engine/similarity/SimilarityMatcher.hpp"
@@ -37,6 +37,7 @@ int main(int argc, char** argv) {
     int count = 100'000;
     std::string kind = "uniform";
     unsigned seed = 1;
+    int orientations = brevant::ImageFeatures::kOrientations;
     for (int i = 1; i + 1 < argc; i += 2) {
         std::string flag = argv[i];
         if (flag == "--pictures") {
@@ -45,9 +46,11 @@ int main(int argc, char** argv) {
             kind = argv[i + 1];
         } else if (flag == "--seed") {
             seed = static_cast<unsigned>(std::atoi(argv[i + 1]));
+        } else if (flag == "--orientations") {
+            orientations = std::atoi(argv[i + 1]);
         }
     }
-    auto library = bench::syntheticLibrary(count, kind, seed);
+    auto library = bench::syntheticLibrary(count, kind, seed, orientations);
     long before = maxResidentMegabytes();
 
     brevant::CancellationFlag cancel;
@@ -66,10 +69,12 @@ int main(int argc, char** argv) {
     auto series = index->series(3.0, 34.0);
     double groupSeconds =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - groupStart).count();
-    fmt::print("{} {} pictures: index {:.2f} s ({:.2f} s processor), {} candidates proposed, {} "
+    fmt::print("{} {} pictures, {} orientations: index {:.2f} s ({:.2f} s processor), {} "
+               "candidates proposed, {} "
                "pairs kept; balanced groups {}, series {} in {:.2f} s; peak memory {} MB ({} MB "
                "before indexing)\n",
-               kind, count, seconds, processor, index->candidatesProposed, index->pairs.size(),
-               groups.size(), series.size(), groupSeconds, maxResidentMegabytes(), before);
+               kind, count, orientations, seconds, processor, index->candidatesProposed,
+               index->pairs.size(), groups.size(), series.size(), groupSeconds,
+               maxResidentMegabytes(), before);
     return 0;
 }

@@ -194,7 +194,8 @@ int main(int argc, char** argv) {
         }
     }
     if (corpus.empty()) {
-        auto library = bench::syntheticLibrary(count, kind, seed);
+        // Four turns: what this count covers (see run).
+        auto library = bench::syntheticLibrary(count, kind, seed, brevant::ImageFeatures::kTurns);
         fmt::print("{} synthetic pictures, {}\n", count, kind);
         return run(std::move(library.pictures), std::move(library.features),
                    [](const brevant::PhotoAsset&) { return -1; });
