@@ -203,7 +203,10 @@ std::string report(const CleanupReport& report, std::string_view home) {
         }
     }
     text += fmt::format("{}; {} in the Trash.\n", counts(report), humanBytes(report.freedBytes()));
-    text += Restorer::generalNote() + "\n";
+    // As the window: the note is about pictures in the Trash.
+    if (report.moved() > 0) {
+        text += Restorer::generalNote() + "\n";
+    }
     text += fmt::format("Journal: {}\n", shownPath(report.journalPath, home));
     return text;
 }
