@@ -136,6 +136,9 @@ int run(std::vector<brevant::PhotoAsset> pictures,
     double everyPairProcessor = processorSeconds() - processor;
     Counts total;
     for (const auto& part : parts) {
+        if (!part) {
+            continue;
+        }
         total.within12 += part->within12;
         total.within16 += part->within16;
         total.missed12 += part->missed12;

@@ -30,10 +30,14 @@ std::expected<std::string, CatalogReadError> CatalogOpening::readVersion(const S
     if (!rows) {
         return std::unexpected(rows.error());
     }
-    if (rows->empty() || rows->front().empty() || !rows->front().front()) {
+    if (rows->empty() || rows->front().empty()) {
         return std::string(kUnknownVersion);
     }
-    const auto& value = *rows->front().front();
+    const std::optional<SQLiteValue>& first = rows->front().front();
+    if (!first) {
+        return std::string(kUnknownVersion);
+    }
+    const auto& value = *first;
     if (const auto* number = std::get_if<std::int64_t>(&value)) {
         return std::to_string(*number);
     }

@@ -34,28 +34,29 @@ std::expected<LibraryTag, Failure> LibraryTag::foundOrMade(const SQLiteWriter& w
     if (!found) {
         return std::unexpected(found.error());
     }
-    if (*found) {
-        auto made = madeHere(writer, **found);
+    if (std::optional<std::int64_t> existing = *found) {
+        auto made = madeHere(writer, *existing);
         if (!made) {
             return std::unexpected(made.error());
         }
-        return LibraryTag{**found, *made};
+        return LibraryTag{*existing, *made};
     }
     if (auto inserted = writer.run(make); !inserted) {
         return std::unexpected(inserted.error());
     }
-    auto id = writer.firstInteger(find);
-    if (!id) {
-        return std::unexpected(id.error());
+    auto again = writer.firstInteger(find);
+    if (!again) {
+        return std::unexpected(again.error());
     }
-    if (!*id) {
+    std::optional<std::int64_t> id = *again;
+    if (!id) {
         return std::unexpected(Failure{"The tag could not be made."});
     }
-    if (auto noted = writer.run(fmt::format("INSERT INTO {} (id) VALUES ({})", kMadeTable, **id));
+    if (auto noted = writer.run(fmt::format("INSERT INTO {} (id) VALUES ({})", kMadeTable, *id));
         !noted) {
         return std::unexpected(noted.error());
     }
-    return LibraryTag{**id, true};
+    return LibraryTag{*id, true};
 }
 
 std::expected<TagMarkItem, Failure> LibraryTag::item(const SQLiteWriter& writer,

@@ -59,10 +59,11 @@ std::expected<std::pair<TagRow, bool>, Failure> duplicatesTag(const SQLiteWriter
     if (!row) {
         return std::unexpected(row.error());
     }
-    if (!*row) {
+    std::optional<TagRow> found = std::move(*row);
+    if (!found) {
         return std::unexpected(Failure{"The tag could not be made."});
     }
-    return std::pair{std::move(**row), tag->created};
+    return std::pair{std::move(*found), tag->created};
 }
 
 std::expected<void, Failure> writeList(const SQLiteWriter& writer, std::int64_t tagID,
