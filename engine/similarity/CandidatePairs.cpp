@@ -213,7 +213,8 @@ std::optional<SimilarPair> evaluate(int a, int b, FeatureExtractor::HashMatch ma
     return SimilarPair{.a = a,
                        .b = b,
                        .distance = static_cast<float>(match.distance),
-                       .detail = FeatureExtractor::detailDistance(fa, fb),
+                       .detail =
+                           static_cast<std::int16_t>(FeatureExtractor::detailDistance(fa, fb)),
                        .shapesAgree = FeatureExtractor::shapesAgree(fa, fb, match.turn % 2 == 1)};
 }
 
@@ -308,35 +309,22 @@ takeHitsWithPopcount(const Block& block, const ProposalTable& table,
 }
 
 // The block's hits: probes within the proposal distance of an entry's
-// turns, or of its mirrored turns. A block without mirrored entries is
-// scanned once, exactly as over four turns.
+// orientations. A block without mirrored entries is scanned over the four
+// turns alone, exactly as before mirrors were measured.
 void scanBlock(Block& block, std::span<const std::uint64_t> unturned, const ProposalTable& table,
                HammingScan::Kernel kernel) {
-    auto half = [&](int first) {
+    TurnedHashes hashes;
+    if (std::ranges::any_of(block.listed, [&](int k) { return table.mirrored(k); })) {
+        hashes.assign(std::span<const Turns>(block.listedTurns));
+    } else {
         std::vector<TurnedHashes::Turns> turns;
         turns.reserve(block.listedTurns.size());
         for (const Turns& t : block.listedTurns) {
-            turns.push_back({t[first], t[first + 1], t[first + 2], t[first + 3]});
+            turns.push_back({t[0], t[1], t[2], t[3]});
         }
-        TurnedHashes hashes;
         hashes.assign(turns);
-        return hashes;
-    };
-    HammingScan::within(unturned, half(0), kProposed, block.hits, kernel);
-    if (std::ranges::none_of(block.listed, [&](int k) { return table.mirrored(k); })) {
-        return;
     }
-    HammingScan::within(unturned, half(kTurns), kProposed, block.hits, kernel);
-    // A hit within reach both upright and mirrored is one hit.
-    auto order = [](const HammingScan::Hit& x, const HammingScan::Hit& y) {
-        return x.probe != y.probe ? x.probe < y.probe : x.entry < y.entry;
-    };
-    auto same = [](const HammingScan::Hit& x, const HammingScan::Hit& y) {
-        return x.probe == y.probe && x.entry == y.entry;
-    };
-    std::ranges::sort(block.hits, order);
-    auto duplicates = std::ranges::unique(block.hits, same);
-    block.hits.erase(duplicates.begin(), duplicates.end());
+    HammingScan::within(unturned, hashes, kProposed, block.hits, kernel);
 }
 
 // The pairs first met in block (p, v).

@@ -11,8 +11,8 @@ namespace {
 
 // The widest kernel reads eight words at a time.
 constexpr int kLanes = 8;
-// Entries scanned by every probe before the next ones are read: four turns
-// of 256 words stay in the first-level cache.
+// Entries scanned by every probe before the next ones are read: eight
+// orientations of 256 words stay in the first-level cache.
 constexpr int kTile = 256;
 
 using Hit = HammingScan::Hit;
@@ -30,22 +30,39 @@ using Hit = HammingScan::Hit;
     }
 }
 
+// Where each orientation of a block starts, read once per scan.
+template <int N> using Rows = std::array<const std::uint64_t*, N>;
+
+template <int N> Rows<N> rowsOf(const TurnedHashes& block) {
+    Rows<N> rows{};
+    for (int t = 0; t < N; ++t) {
+        rows[t] = block.turn(t);
+    }
+    return rows;
+}
+
+// The smallest distance from x to entry e's N orientations.
+template <int N>
+[[gnu::always_inline]] inline int nearest(std::uint64_t x, const Rows<N>& rows, int e) {
+    int d = std::popcount(x ^ rows[0][e]);
+    for (int t = 1; t < N; ++t) {
+        d = std::min(d, std::popcount(x ^ rows[t][e]));
+    }
+    return d;
+}
+
+template <int N>
 [[gnu::always_inline]] inline void withinScalar(std::span<const std::uint64_t> probes,
                                                 const TurnedHashes& block, int limit,
                                                 std::vector<Hit>& hits) {
-    const std::uint64_t* t0 = block.turn(0);
-    const std::uint64_t* t1 = block.turn(1);
-    const std::uint64_t* t2 = block.turn(2);
-    const std::uint64_t* t3 = block.turn(3);
+    const Rows<N> rows = rowsOf<N>(block);
     int count = block.size();
     for (int start = 0; start < count; start += kTile) {
         int end = std::min(count, start + kTile);
         for (int probe = 0; probe < static_cast<int>(probes.size()); ++probe) {
             std::uint64_t x = probes[probe];
             for (int e = start; e < end; ++e) {
-                int d = std::min(std::min(std::popcount(x ^ t0[e]), std::popcount(x ^ t1[e])),
-                                 std::min(std::popcount(x ^ t2[e]), std::popcount(x ^ t3[e])));
-                if (d <= limit) {
+                if (nearest<N>(x, rows, e) <= limit) {
                     hits.push_back({probe, e});
                 }
             }
@@ -53,15 +70,17 @@ using Hit = HammingScan::Hit;
     }
 }
 
+template <int N>
 void withinPortable(std::span<const std::uint64_t> probes, const TurnedHashes& block, int limit,
                     std::vector<Hit>& hits) {
-    withinScalar(probes, block, limit, hits);
+    withinScalar<N>(probes, block, limit, hits);
 }
 
+template <int N>
 [[gnu::target("popcnt")]] void withinPopcount(std::span<const std::uint64_t> probes,
                                               const TurnedHashes& block, int limit,
                                               std::vector<Hit>& hits) {
-    withinScalar(probes, block, limit, hits);
+    withinScalar<N>(probes, block, limit, hits);
 }
 
 // Bits set in each 64-bit lane, by looking up each half byte in a table of
@@ -82,16 +101,25 @@ load4(const std::uint64_t* words) {
     return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(words));
 }
 
+// The smallest distance from x to four entries' N orientations, from `at`.
+template <int N>
+[[gnu::target("popcnt,avx2"), gnu::always_inline]] inline __m256i
+nearest4(__m256i x, const Rows<N>& rows, int at) {
+    __m256i d = popcount4(_mm256_xor_si256(x, load4(rows[0] + at)));
+    for (int t = 1; t < N; ++t) {
+        // Counts are below 65, so the lower halves of the lanes compare alone.
+        d = _mm256_min_epu32(d, popcount4(_mm256_xor_si256(x, load4(rows[t] + at))));
+    }
+    return d;
+}
+
+template <int N>
 [[gnu::target("popcnt,avx2")]] void withinAvx2(std::span<const std::uint64_t> probes,
                                                const TurnedHashes& block, int limit,
                                                std::vector<Hit>& hits) {
     constexpr int kWords = 4;
-    const auto* t0 = block.turn(0);
-    const auto* t1 = block.turn(1);
-    const auto* t2 = block.turn(2);
-    const auto* t3 = block.turn(3);
-    // Counts are below 65, so the lower halves of the lanes compare alone.
     const __m256i above = _mm256_set1_epi64x(limit + 1);
+    const Rows<N> rows = rowsOf<N>(block);
     int count = block.size();
     for (int start = 0; start < count; start += kTile) {
         int end = std::min(count, start + kTile);
@@ -100,14 +128,7 @@ load4(const std::uint64_t* words) {
             for (int e = start; e < end; e += kLanes) {
                 unsigned mask = 0;
                 for (int half = 0; half < kLanes; half += kWords) {
-                    int at = e + half;
-                    __m256i d0 = popcount4(_mm256_xor_si256(x, load4(t0 + at)));
-                    __m256i d1 = popcount4(_mm256_xor_si256(x, load4(t1 + at)));
-                    __m256i d2 = popcount4(_mm256_xor_si256(x, load4(t2 + at)));
-                    __m256i d3 = popcount4(_mm256_xor_si256(x, load4(t3 + at)));
-                    __m256i d =
-                        _mm256_min_epu32(_mm256_min_epu32(d0, d1), _mm256_min_epu32(d2, d3));
-                    __m256i near = _mm256_cmpgt_epi64(above, d);
+                    __m256i near = _mm256_cmpgt_epi64(above, nearest4<N>(x, rows, e + half));
                     auto lanes =
                         static_cast<unsigned>(_mm256_movemask_pd(_mm256_castsi256_pd(near)));
                     mask |= lanes << half;
@@ -127,26 +148,29 @@ min8(__m512i a, __m512i b) {
     return _mm512_maskz_min_epu64(0xFF, a, b);
 }
 
+template <int N>
+[[gnu::target("popcnt,avx2,avx512f,avx512vpopcntdq"), gnu::always_inline]] inline __m512i
+nearest8(__m512i x, const Rows<N>& rows, int at) {
+    __m512i d = _mm512_popcnt_epi64(_mm512_xor_si512(x, _mm512_loadu_si512(rows[0] + at)));
+    for (int t = 1; t < N; ++t) {
+        d = min8(d, _mm512_popcnt_epi64(_mm512_xor_si512(x, _mm512_loadu_si512(rows[t] + at))));
+    }
+    return d;
+}
+
+template <int N>
 [[gnu::target("popcnt,avx2,avx512f,avx512vpopcntdq")]] void
 withinAvx512(std::span<const std::uint64_t> probes, const TurnedHashes& block, int limit,
              std::vector<Hit>& hits) {
-    const auto* t0 = block.turn(0);
-    const auto* t1 = block.turn(1);
-    const auto* t2 = block.turn(2);
-    const auto* t3 = block.turn(3);
     const __m512i bound = _mm512_set1_epi64(limit);
+    const Rows<N> rows = rowsOf<N>(block);
     int count = block.size();
     for (int start = 0; start < count; start += kTile) {
         int end = std::min(count, start + kTile);
         for (int probe = 0; probe < static_cast<int>(probes.size()); ++probe) {
             __m512i x = _mm512_set1_epi64(static_cast<long long>(probes[probe]));
             for (int e = start; e < end; e += kLanes) {
-                __m512i d0 = _mm512_popcnt_epi64(_mm512_xor_si512(x, _mm512_loadu_si512(t0 + e)));
-                __m512i d1 = _mm512_popcnt_epi64(_mm512_xor_si512(x, _mm512_loadu_si512(t1 + e)));
-                __m512i d2 = _mm512_popcnt_epi64(_mm512_xor_si512(x, _mm512_loadu_si512(t2 + e)));
-                __m512i d3 = _mm512_popcnt_epi64(_mm512_xor_si512(x, _mm512_loadu_si512(t3 + e)));
-                __m512i d = min8(min8(d0, d1), min8(d2, d3));
-                unsigned mask = _mm512_cmple_epu64_mask(d, bound);
+                unsigned mask = _mm512_cmple_epu64_mask(nearest8<N>(x, rows, e), bound);
                 if (mask != 0) {
                     addHits(mask, probe, e, count, hits);
                 }
@@ -155,18 +179,47 @@ withinAvx512(std::span<const std::uint64_t> probes, const TurnedHashes& block, i
     }
 }
 
+template <int N>
+void withinKernel(std::span<const std::uint64_t> probes, const TurnedHashes& block, int limit,
+                  std::vector<Hit>& hits, HammingScan::Kernel kernel) {
+    switch (kernel) {
+    case HammingScan::Kernel::portable:
+        withinPortable<N>(probes, block, limit, hits);
+        return;
+    case HammingScan::Kernel::popcount:
+        withinPopcount<N>(probes, block, limit, hits);
+        return;
+    case HammingScan::Kernel::avx2:
+        withinAvx2<N>(probes, block, limit, hits);
+        return;
+    case HammingScan::Kernel::avx512:
+        withinAvx512<N>(probes, block, limit, hits);
+        return;
+    }
+}
+
 } // namespace
 
-void TurnedHashes::assign(std::span<const Turns> turns) {
-    count_ = static_cast<int>(turns.size());
+template <std::size_t N>
+void TurnedHashes::fill(std::span<const std::array<std::uint64_t, N>> hashes) {
+    count_ = static_cast<int>(hashes.size());
+    orientations_ = static_cast<int>(N);
     stride_ = (count_ + kLanes - 1) / kLanes * kLanes;
-    words_.assign(static_cast<std::size_t>(stride_) * 4, 0);
-    for (int t = 0; t < 4; ++t) {
-        std::uint64_t* out = words_.data() + static_cast<std::ptrdiff_t>(t) * stride_;
+    words_.assign(static_cast<std::size_t>(stride_) * N, 0);
+    for (std::size_t t = 0; t < N; ++t) {
+        std::uint64_t* out = words_.data() + t * static_cast<std::size_t>(stride_);
         for (int i = 0; i < count_; ++i) {
-            out[i] = turns[i][t];
+            out[i] = hashes[i][t];
         }
     }
+}
+
+void TurnedHashes::assign(std::span<const Turns> turns) {
+    fill(turns);
+}
+
+void TurnedHashes::assign(std::span<const Orientations> orientations) {
+    fill(orientations);
 }
 
 HammingScan::Kernel HammingScan::best() {
@@ -211,20 +264,11 @@ std::string_view HammingScan::name(Kernel kernel) {
 
 void HammingScan::within(std::span<const std::uint64_t> probes, const TurnedHashes& block,
                          int limit, std::vector<Hit>& hits, Kernel kernel) {
-    switch (kernel) {
-    case Kernel::portable:
-        withinPortable(probes, block, limit, hits);
-        return;
-    case Kernel::popcount:
-        withinPopcount(probes, block, limit, hits);
-        return;
-    case Kernel::avx2:
-        withinAvx2(probes, block, limit, hits);
-        return;
-    case Kernel::avx512:
-        withinAvx512(probes, block, limit, hits);
+    if (block.orientations() == 8) {
+        withinKernel<8>(probes, block, limit, hits, kernel);
         return;
     }
+    withinKernel<4>(probes, block, limit, hits, kernel);
 }
 
 void PrintTo(HammingScan::Kernel kernel, std::ostream* os) {

@@ -9,17 +9,23 @@
 
 namespace brevant {
 
-// Pictures' four turned hashes laid out turn by turn (all first turns, then
-// all second turns, ...), so that one instruction reads the same turn of
-// several pictures.
+// Pictures' hashes in four turns, or in all eight orientations (the turns,
+// then each mirrored), laid out orientation by orientation (all first ones,
+// then all second ones, ...), so that one instruction reads the same
+// orientation of several pictures.
 class TurnedHashes {
 public:
     using Turns = std::array<std::uint64_t, 4>;
+    using Orientations = std::array<std::uint64_t, 8>;
 
-    // Keeps the storage, so a worker reuses it block after block.
+    // Keep the storage, so a worker reuses it block after block.
     void assign(std::span<const Turns> turns);
+    void assign(std::span<const Orientations> orientations);
 
     [[nodiscard]] int size() const { return count_; }
+
+    // 4 or 8.
+    [[nodiscard]] int orientations() const { return orientations_; }
 
     // Rounded up to a whole number of vector lanes; the rest is padding.
     [[nodiscard]] int stride() const { return stride_; }
@@ -28,19 +34,18 @@ public:
         return words_.data() + static_cast<std::ptrdiff_t>(t) * stride_;
     }
 
-    [[nodiscard]] Turns at(int index) const {
-        return {turn(0)[index], turn(1)[index], turn(2)[index], turn(3)[index]};
-    }
-
 private:
+    template <std::size_t N> void fill(std::span<const std::array<std::uint64_t, N>> hashes);
+
     std::vector<std::uint64_t> words_;
     int count_ = 0;
+    int orientations_ = 4;
     int stride_ = 0;
 };
 
-// Finds, for many hashes at once, the entries of a block with a turn within a
-// number of bits: the innermost loop of proposing candidate pairs, run with
-// the widest population count the processor has.
+// Finds, for many hashes at once, the entries of a block with an orientation
+// within a number of bits: the innermost loop of proposing candidate pairs,
+// run with the widest population count the processor has.
 struct HammingScan {
     enum class Kernel {
         portable, // any processor
@@ -60,8 +65,8 @@ struct HammingScan {
     [[nodiscard]] static std::vector<Kernel> available();
     [[nodiscard]] static std::string_view name(Kernel kernel);
 
-    // Appends a hit for every probe and block entry where the smallest
-    // distance from the probe to any of the entry's four turns is at most
+    // Appends one hit for every probe and block entry where the smallest
+    // distance from the probe to any of the entry's orientations is at most
     // `limit` bits. Hits come in no particular order.
     static void within(std::span<const std::uint64_t> probes, const TurnedHashes& block, int limit,
                        std::vector<Hit>& hits, Kernel kernel);

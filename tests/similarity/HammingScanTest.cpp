@@ -12,9 +12,10 @@ namespace {
 using Hit = HammingScan::Hit;
 using Kernel = HammingScan::Kernel;
 
-// Every probe against every entry, one turn at a time.
+// Every probe against every entry, one orientation at a time.
+template <std::size_t N>
 std::vector<std::pair<int, int>> slowHits(const std::vector<std::uint64_t>& probes,
-                                          const std::vector<TurnedHashes::Turns>& entries,
+                                          const std::vector<std::array<std::uint64_t, N>>& entries,
                                           int limit) {
     std::vector<std::pair<int, int>> hits;
     for (int p = 0; p < static_cast<int>(probes.size()); ++p) {
@@ -31,33 +32,36 @@ std::vector<std::pair<int, int>> slowHits(const std::vector<std::uint64_t>& prob
     return hits;
 }
 
-// Entries near the probes (a few bits off one of their turns) and far from
-// them, in blocks whose sizes are not whole numbers of lanes or tiles.
-TEST(HammingScan, EveryKernelFindsWhatCountingBitByBitFinds) {
+// Entries near the probes (a few bits off one of their orientations) and
+// far from them, in blocks whose sizes are not whole numbers of lanes or
+// tiles, with four turns or eight orientations.
+template <std::size_t N> void expectEveryKernelAgrees() {
     std::mt19937_64 random(3);
     for (int count : {1, 7, 8, 13, 300, 517}) {
         std::vector<std::uint64_t> probes(40);
         for (auto& probe : probes) {
             probe = random();
         }
-        std::vector<TurnedHashes::Turns> entries(count);
+        std::vector<std::array<std::uint64_t, N>> entries(count);
         for (auto& entry : entries) {
             for (auto& turned : entry) {
                 turned = random();
             }
-            // Half the entries have a turn 0 to 24 bits from some probe.
+            // Half the entries have an orientation 0 to 24 bits from some
+            // probe; the last one most often, as no earlier one can hide it.
             if (random() % 2 == 0) {
                 std::uint64_t near = probes[random() % probes.size()];
                 for (int flips = static_cast<int>(random() % 25); flips > 0; --flips) {
                     near ^= 1ULL << (random() % 64);
                 }
-                entry[random() % 4] = near;
+                entry[random() % 2 == 0 ? N - 1 : random() % N] = near;
             }
         }
         TurnedHashes block;
-        block.assign(entries);
+        block.assign(std::span<const std::array<std::uint64_t, N>>(entries));
         ASSERT_EQ(block.size(), count);
-        ASSERT_EQ(block.at(count - 1), entries.back());
+        ASSERT_EQ(block.orientations(), static_cast<int>(N));
+        ASSERT_EQ(block.turn(N - 1)[count - 1], entries.back()[N - 1]);
         for (int limit : {0, 12, 20}) {
             auto expected = slowHits(probes, entries, limit);
             for (Kernel kernel : HammingScan::available()) {
@@ -70,10 +74,16 @@ TEST(HammingScan, EveryKernelFindsWhatCountingBitByBitFinds) {
                 }
                 std::ranges::sort(found);
                 EXPECT_EQ(found, expected)
-                    << HammingScan::name(kernel) << ", " << count << " entries, within " << limit;
+                    << HammingScan::name(kernel) << ", " << N << " orientations, " << count
+                    << " entries, within " << limit;
             }
         }
     }
+}
+
+TEST(HammingScan, EveryKernelFindsWhatCountingBitByBitFinds) {
+    expectEveryKernelAgrees<4>();
+    expectEveryKernelAgrees<8>();
 }
 
 } // namespace
