@@ -17,7 +17,7 @@ void from_json(const nlohmann::ordered_json& j, SimilarPair& value) {
     value.a = json::get<int>(j, "a");
     value.b = json::get<int>(j, "b");
     value.distance = json::get<float>(j, "distance");
-    value.detail = json::get<int>(j, "detail");
+    value.detail = json::get<std::int16_t>(j, "detail");
     value.shapesAgree = json::get<bool>(j, "shapesAgree");
     value.vision = json::getOptional<float>(j, "vision");
 }

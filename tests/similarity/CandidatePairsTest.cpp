@@ -306,7 +306,7 @@ using Measured = std::vector<std::uint64_t>;
                 {.a = a,
                  .b = b,
                  .distance = static_cast<float>(match.distance),
-                 .detail = FeatureExtractor::detailDistance(fa, fb),
+                 .detail = static_cast<std::int16_t>(FeatureExtractor::detailDistance(fa, fb)),
                  .shapesAgree = FeatureExtractor::shapesAgree(fa, fb, match.turn % 2 == 1)});
         }
     }

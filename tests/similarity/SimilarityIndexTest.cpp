@@ -37,7 +37,7 @@ SimilarityIndex indexOf(int count, std::vector<SimilarPair> pairs,
     return SimilarityIndex(pictures, features, std::move(pairs), 0, {});
 }
 
-SimilarPair pair(int a, int b, float distance, int detail = 0, bool shapes = true) {
+SimilarPair pair(int a, int b, float distance, std::int16_t detail = 0, bool shapes = true) {
     return {.a = a, .b = b, .distance = distance, .detail = detail, .shapesAgree = shapes};
 }
 
