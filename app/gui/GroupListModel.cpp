@@ -8,6 +8,8 @@
 
 #include <algorithm>
 #include <numeric>
+#include <string_view>
+#include <unordered_map>
 #include <utility>
 
 namespace brevant::gui {
@@ -24,6 +26,21 @@ std::int64_t newestDate(const DuplicateGroup& group) {
     return newest;
 }
 
+// The first copy's folder as PhotoAsset::folder() says it, without copying
+// it.
+std::string_view folderOf(const DuplicateGroup& group) {
+    const PhotoAsset& first = group.members.front();
+    if (first.library) {
+        return "Photos Library";
+    }
+    std::string_view path = first.path;
+    std::size_t slash = path.rfind('/');
+    if (slash == std::string_view::npos) {
+        return {};
+    }
+    return slash == 0 ? path.substr(0, 1) : path.substr(0, slash);
+}
+
 } // namespace
 
 GroupListModel::GroupListModel(QObject* parent)
@@ -31,7 +48,73 @@ GroupListModel::GroupListModel(QObject* parent)
 
 void GroupListModel::setSession(std::shared_ptr<const ReviewSession> session) {
     session_ = std::move(session);
+    resetGroupState();
     rebuild();
+}
+
+void GroupListModel::resetGroupState() {
+    std::size_t count = session_ != nullptr ? session_->groups().size() : 0;
+    keepers_.assign(count, std::nullopt);
+    folderRanks_.clear();
+    newestDates_.clear();
+    markReviewedGroups();
+}
+
+void GroupListModel::markReviewedGroups() {
+    std::size_t count = session_ != nullptr ? session_->groups().size() : 0;
+    reviewedGroups_.assign(count, 0);
+    if (reviewed_.empty()) {
+        return;
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+        reviewedGroups_[i] = reviewed_.contains(session_->groups()[i].id) ? 1 : 0;
+    }
+}
+
+const std::vector<int>& GroupListModel::folderRanks() {
+    if (!folderRanks_.empty() || session_ == nullptr) {
+        return folderRanks_;
+    }
+    // Groups share few folders: each folder is sorted once, not each group.
+    const auto& groups = session_->groups();
+    std::unordered_map<std::string_view, int> folderIds;
+    std::vector<std::string_view> folders;
+    std::vector<int> folderOfGroup(groups.size(), 0);
+    for (std::size_t i = 0; i < groups.size(); ++i) {
+        if (groups[i].members.empty()) {
+            continue;
+        }
+        auto [found, added] =
+            folderIds.try_emplace(folderOf(groups[i]), static_cast<int>(folders.size()));
+        if (added) {
+            folders.push_back(found->first);
+        }
+        folderOfGroup[i] = found->second;
+    }
+    std::vector<int> byName(folders.size());
+    std::iota(byName.begin(), byName.end(), 0);
+    std::ranges::sort(byName, [&](int x, int y) { return folders[x] < folders[y]; });
+    std::vector<int> rankOfFolder(folders.size());
+    for (std::size_t r = 0; r < byName.size(); ++r) {
+        rankOfFolder[byName[r]] = static_cast<int>(r);
+    }
+    folderRanks_.resize(groups.size());
+    for (std::size_t i = 0; i < groups.size(); ++i) {
+        folderRanks_[i] = rankOfFolder.empty() ? 0 : rankOfFolder[folderOfGroup[i]];
+    }
+    return folderRanks_;
+}
+
+const std::vector<std::int64_t>& GroupListModel::newestDates() {
+    if (!newestDates_.empty() || session_ == nullptr) {
+        return newestDates_;
+    }
+    const auto& groups = session_->groups();
+    newestDates_.reserve(groups.size());
+    for (const auto& group : groups) {
+        newestDates_.push_back(newestDate(group));
+    }
+    return newestDates_;
 }
 
 void GroupListModel::setFilter(Filter filter) {
@@ -52,36 +135,33 @@ void GroupListModel::rebuild() {
     beginResetModel();
     order_.clear();
     fetched_ = 0;
-    keepers_.clear();
     if (session_ != nullptr) {
-        const auto& groups = session_->groups();
-        keepers_.resize(groups.size());
-        order_.reserve(groups.size());
-        for (int i = 0; i < static_cast<int>(groups.size()); ++i) {
-            if (passes(groups[i])) {
+        auto count = static_cast<int>(session_->groups().size());
+        order_.reserve(static_cast<std::size_t>(count));
+        for (int i = 0; i < count; ++i) {
+            if (passes(i)) {
                 order_.push_back(i);
             }
         }
-        // Stable sorts over the engine's order, which breaks every tie.
+        // Ties keep the engine's order, which is the order of the indices.
         if (sort_ == Sort::folder) {
-            std::vector<std::string> folders(groups.size());
-            for (int i : order_) {
-                folders[i] = groups[i].members.front().folder();
-            }
-            std::ranges::stable_sort(order_, [&](int x, int y) { return folders[x] < folders[y]; });
+            const auto& ranks = folderRanks();
+            std::ranges::sort(order_, [&](int x, int y) {
+                return ranks[x] != ranks[y] ? ranks[x] < ranks[y] : x < y;
+            });
         } else if (sort_ == Sort::date) {
-            std::vector<std::int64_t> dates(groups.size());
-            for (int i : order_) {
-                dates[i] = newestDate(groups[i]);
-            }
-            std::ranges::stable_sort(order_, [&](int x, int y) { return dates[x] > dates[y]; });
+            const auto& dates = newestDates();
+            std::ranges::sort(order_, [&](int x, int y) {
+                return dates[x] != dates[y] ? dates[x] > dates[y] : x < y;
+            });
         }
         fetched_ = std::min(kBatch, static_cast<int>(order_.size()));
     }
     endResetModel();
 }
 
-bool GroupListModel::passes(const DuplicateGroup& group) const {
+bool GroupListModel::passes(int groupIndex) const {
+    const DuplicateGroup& group = session_->groups()[groupIndex];
     if (group.members.empty()) {
         return false;
     }
@@ -93,7 +173,7 @@ bool GroupListModel::passes(const DuplicateGroup& group) const {
     case Filter::withLockedCopies:
         return hasLock(group);
     case Filter::notReviewed:
-        return !isReviewed(group);
+        return reviewedGroups_[groupIndex] == 0;
     }
     return true;
 }
@@ -120,12 +200,18 @@ void GroupListModel::markReviewed(int groupIndex) {
         return;
     }
     if (reviewed_.insert(session_->groups()[groupIndex].id).second) {
+        reviewedGroups_[groupIndex] = 1;
         refreshGroup(groupIndex);
     }
 }
 
 void GroupListModel::addReviewed(const std::set<std::string>& ids) {
+    std::size_t before = reviewed_.size();
     reviewed_.insert(ids.begin(), ids.end());
+    if (reviewed_.size() == before) {
+        return;
+    }
+    markReviewedGroups();
     refreshAll();
 }
 

@@ -108,7 +108,12 @@ public:
 
 private:
     void rebuild();
-    [[nodiscard]] bool passes(const DuplicateGroup& group) const;
+    // What each group is known by: rows and filters read these.
+    void resetGroupState();
+    void markReviewedGroups();
+    [[nodiscard]] const std::vector<int>& folderRanks();
+    [[nodiscard]] const std::vector<std::int64_t>& newestDates();
+    [[nodiscard]] bool passes(int groupIndex) const;
     [[nodiscard]] bool hasMark(const DuplicateGroup& group) const;
     [[nodiscard]] bool hasLock(const DuplicateGroup& group) const;
     [[nodiscard]] const KeeperPolicy::Suggestion* keeper(int groupIndex) const;
@@ -125,6 +130,13 @@ private:
     // How many of them the view has been given.
     int fetched_ = 0;
     std::unordered_set<std::string> reviewed_;
+    // By session index: whether the group's id is in reviewed_, so that a
+    // filter over a million pictures' groups looks nothing up.
+    std::vector<char> reviewedGroups_;
+    // By session index, worked out at the first sort that needs them: the
+    // first copy's folder's place among the folders, and the newest date.
+    std::vector<int> folderRanks_;
+    std::vector<std::int64_t> newestDates_;
     // Suggestions worked out so far, by session index.
     mutable std::vector<std::optional<KeeperPolicy::Suggestion>> keepers_;
 };
