@@ -53,8 +53,7 @@ void GroupListModel::setSession(std::shared_ptr<const ReviewSession> session) {
 }
 
 void GroupListModel::resetGroupState() {
-    std::size_t count = session_ != nullptr ? session_->groups().size() : 0;
-    keepers_.assign(count, std::nullopt);
+    keepers_.clear();
     folderRanks_.clear();
     newestDates_.clear();
     markReviewedGroups();
@@ -236,9 +235,7 @@ std::optional<int> GroupListModel::rowOf(int groupIndex) {
 }
 
 void GroupListModel::refreshGroup(int groupIndex) {
-    if (groupIndex >= 0 && groupIndex < static_cast<int>(keepers_.size())) {
-        keepers_[groupIndex].reset();
-    }
+    keepers_.erase(groupIndex);
     auto found = std::find(order_.begin(), order_.begin() + fetched_, groupIndex);
     if (found == order_.begin() + fetched_) {
         return;
@@ -248,7 +245,7 @@ void GroupListModel::refreshGroup(int groupIndex) {
 }
 
 void GroupListModel::refreshAll() {
-    std::ranges::fill(keepers_, std::nullopt);
+    keepers_.clear();
     if (fetched_ > 0) {
         Q_EMIT dataChanged(index(0), index(fetched_ - 1));
     }
@@ -273,11 +270,12 @@ void GroupListModel::fetchMore(const QModelIndex& parent) {
 }
 
 const KeeperPolicy::Suggestion* GroupListModel::keeper(int groupIndex) const {
-    auto& slot = keepers_[groupIndex];
-    if (!slot) {
-        slot = session_->suggestion(session_->groups()[groupIndex]);
+    auto found = keepers_.find(groupIndex);
+    if (found == keepers_.end()) {
+        found = keepers_.emplace(groupIndex, session_->suggestion(session_->groups()[groupIndex]))
+                    .first;
     }
-    return slot ? &*slot : nullptr;
+    return found->second ? &*found->second : nullptr;
 }
 
 QString GroupListModel::kindName(MatchKind kind) {

@@ -9,6 +9,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
@@ -137,8 +138,9 @@ private:
     // first copy's folder's place among the folders, and the newest date.
     std::vector<int> folderRanks_;
     std::vector<std::int64_t> newestDates_;
-    // Suggestions worked out so far, by session index.
-    mutable std::vector<std::optional<KeeperPolicy::Suggestion>> keepers_;
+    // Suggestions worked out so far (for the rows painted), by session
+    // index; nothing where there is none to make.
+    mutable std::unordered_map<int, std::optional<KeeperPolicy::Suggestion>> keepers_;
 };
 
 } // namespace brevant::gui
