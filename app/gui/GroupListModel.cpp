@@ -7,9 +7,6 @@
 #include <QPixmap>
 
 #include <algorithm>
-#include <numeric>
-#include <string_view>
-#include <unordered_map>
 #include <utility>
 
 namespace brevant::gui {
@@ -17,29 +14,6 @@ namespace brevant::gui {
 namespace {
 
 constexpr int kIconSide = 48;
-
-std::int64_t newestDate(const DuplicateGroup& group) {
-    std::int64_t newest = 0;
-    for (const auto& member : group.members) {
-        newest = std::max(newest, member.snapshot.modifiedSeconds);
-    }
-    return newest;
-}
-
-// The first copy's folder as PhotoAsset::folder() says it, without copying
-// it.
-std::string_view folderOf(const DuplicateGroup& group) {
-    const PhotoAsset& first = group.members.front();
-    if (first.library) {
-        return "Photos Library";
-    }
-    std::string_view path = first.path;
-    std::size_t slash = path.rfind('/');
-    if (slash == std::string_view::npos) {
-        return {};
-    }
-    return slash == 0 ? path.substr(0, 1) : path.substr(0, slash);
-}
 
 } // namespace
 
@@ -54,8 +28,6 @@ void GroupListModel::setSession(std::shared_ptr<const ReviewSession> session) {
 
 void GroupListModel::resetGroupState() {
     keepers_.clear();
-    folderRanks_.clear();
-    newestDates_.clear();
     markReviewedGroups();
 }
 
@@ -68,52 +40,6 @@ void GroupListModel::markReviewedGroups() {
     for (std::size_t i = 0; i < count; ++i) {
         reviewedGroups_[i] = reviewed_.contains(session_->groups()[i].id) ? 1 : 0;
     }
-}
-
-const std::vector<int>& GroupListModel::folderRanks() {
-    if (!folderRanks_.empty() || session_ == nullptr) {
-        return folderRanks_;
-    }
-    // Groups share few folders: each folder is sorted once, not each group.
-    const auto& groups = session_->groups();
-    std::unordered_map<std::string_view, int> folderIds;
-    std::vector<std::string_view> folders;
-    std::vector<int> folderOfGroup(groups.size(), 0);
-    for (std::size_t i = 0; i < groups.size(); ++i) {
-        if (groups[i].members.empty()) {
-            continue;
-        }
-        auto [found, added] =
-            folderIds.try_emplace(folderOf(groups[i]), static_cast<int>(folders.size()));
-        if (added) {
-            folders.push_back(found->first);
-        }
-        folderOfGroup[i] = found->second;
-    }
-    std::vector<int> byName(folders.size());
-    std::iota(byName.begin(), byName.end(), 0);
-    std::ranges::sort(byName, [&](int x, int y) { return folders[x] < folders[y]; });
-    std::vector<int> rankOfFolder(folders.size());
-    for (std::size_t r = 0; r < byName.size(); ++r) {
-        rankOfFolder[byName[r]] = static_cast<int>(r);
-    }
-    folderRanks_.resize(groups.size());
-    for (std::size_t i = 0; i < groups.size(); ++i) {
-        folderRanks_[i] = rankOfFolder.empty() ? 0 : rankOfFolder[folderOfGroup[i]];
-    }
-    return folderRanks_;
-}
-
-const std::vector<std::int64_t>& GroupListModel::newestDates() {
-    if (!newestDates_.empty() || session_ == nullptr) {
-        return newestDates_;
-    }
-    const auto& groups = session_->groups();
-    newestDates_.reserve(groups.size());
-    for (const auto& group : groups) {
-        newestDates_.push_back(newestDate(group));
-    }
-    return newestDates_;
 }
 
 void GroupListModel::setFilter(Filter filter) {
@@ -144,12 +70,12 @@ void GroupListModel::rebuild() {
         }
         // Ties keep the engine's order, which is the order of the indices.
         if (sort_ == Sort::folder) {
-            const auto& ranks = folderRanks();
+            const auto& ranks = session_->orderKeys().folderRanks;
             std::ranges::sort(order_, [&](int x, int y) {
                 return ranks[x] != ranks[y] ? ranks[x] < ranks[y] : x < y;
             });
         } else if (sort_ == Sort::date) {
-            const auto& dates = newestDates();
+            const auto& dates = session_->orderKeys().newestDates;
             std::ranges::sort(order_, [&](int x, int y) {
                 return dates[x] != dates[y] ? dates[x] > dates[y] : x < y;
             });

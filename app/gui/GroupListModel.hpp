@@ -112,8 +112,6 @@ private:
     // What each group is known by: rows and filters read these.
     void resetGroupState();
     void markReviewedGroups();
-    [[nodiscard]] const std::vector<int>& folderRanks();
-    [[nodiscard]] const std::vector<std::int64_t>& newestDates();
     [[nodiscard]] bool passes(int groupIndex) const;
     [[nodiscard]] bool hasMark(const DuplicateGroup& group) const;
     [[nodiscard]] bool hasLock(const DuplicateGroup& group) const;
@@ -134,10 +132,6 @@ private:
     // By session index: whether the group's id is in reviewed_, so that a
     // filter over a million pictures' groups looks nothing up.
     std::vector<char> reviewedGroups_;
-    // By session index, worked out at the first sort that needs them: the
-    // first copy's folder's place among the folders, and the newest date.
-    std::vector<int> folderRanks_;
-    std::vector<std::int64_t> newestDates_;
     // Suggestions worked out so far (for the rows painted), by session
     // index; nothing where there is none to make.
     mutable std::unordered_map<int, std::optional<KeeperPolicy::Suggestion>> keepers_;

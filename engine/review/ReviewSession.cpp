@@ -16,6 +16,7 @@ ReviewSession::ReviewSession(std::vector<DuplicateGroup> groups, std::shared_ptr
     , protectedRoots_(std::move(protectedRoots))
     , inboxFolders_(std::move(inboxFolders))
     , priorities_(KeeperPolicy::standardPriorities()) {
+    orderKeys_ = GroupOrderKeys::of(groups_);
     for (std::size_t g = 0; g < groups_.size(); ++g) {
         for (const auto& member : groups_[g].members) {
             auto& holding = groupsByPath_[member.path];

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/review/GroupOrderKeys.hpp"
 #include "engine/review/KeeperMeasures.hpp"
 #include "engine/review/KeeperPolicy.hpp"
 #include "engine/review/LockStore.hpp"
@@ -40,6 +41,8 @@ public:
                   std::set<std::string> protectedRoots, std::vector<std::string> inboxFolders);
 
     [[nodiscard]] const std::vector<DuplicateGroup>& groups() const { return groups_; }
+
+    [[nodiscard]] const GroupOrderKeys& orderKeys() const { return orderKeys_; }
 
     [[nodiscard]] const std::set<std::string>& marks() const { return marks_; }
 
@@ -124,6 +127,7 @@ private:
     std::vector<DuplicateGroup> groups_;
     // Indices of the groups holding each path, in group order.
     std::unordered_map<std::string, std::vector<std::size_t>> groupsByPath_;
+    GroupOrderKeys orderKeys_;
     std::set<std::string> marks_;
     std::uint64_t marksRevision_ = 0;
     // Kept with every mark and unmark: the window shows it after each one,

@@ -1,0 +1,51 @@
+#include "engine/review/GroupOrderKeys.hpp"
+
+#include "tests/review/ReviewFixtures.hpp"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <numeric>
+
+namespace brevant {
+namespace {
+
+using testing::copyAt;
+using testing::groupOf;
+
+// Ranks agree with sorting every group by its first copy's folder() text,
+// whatever the first copy is: a root file, a library item, a nested folder.
+TEST(GroupOrderKeys, RanksFollowTheFirstCopysFolderAndDatesTheNewestCopy) {
+    PhotoAsset item = copyAt("/library/originals/x.heic", 9);
+    item.library = LibraryRef{.id = "x", .filename = "x.heic"};
+    std::vector<DuplicateGroup> groups = {
+        groupOf({copyAt("/photos/sun/a.jpg", 1), copyAt("/backup/a.jpg", 2)}),
+        groupOf({copyAt("/photos/b.jpg", 3), copyAt("/photos/sun/b.jpg", 4)}),
+        groupOf({copyAt("/root.jpg", 5), copyAt("/photos/root.jpg", 6)}),
+        groupOf({item, copyAt("/photos/x.heic", 10)}),
+        groupOf({copyAt("/photos/sun/c.jpg", 7), copyAt("/photos/c.jpg", 8)}),
+        groupOf({copyAt("/photos/sun-set/d.jpg", 11), copyAt("/photos/d.jpg", 12)}),
+    };
+    groups[4].members[1].snapshot.modifiedSeconds = 1'800'000'000;
+
+    GroupOrderKeys keys = GroupOrderKeys::of(groups);
+
+    std::vector<int> bySlowSort(groups.size());
+    std::iota(bySlowSort.begin(), bySlowSort.end(), 0);
+    std::ranges::stable_sort(bySlowSort, [&](int x, int y) {
+        return groups[x].members.front().folder() < groups[y].members.front().folder();
+    });
+    std::vector<int> byRank(groups.size());
+    std::iota(byRank.begin(), byRank.end(), 0);
+    std::ranges::stable_sort(
+        byRank, [&](int x, int y) { return keys.folderRanks[x] < keys.folderRanks[y]; });
+    EXPECT_EQ(byRank, bySlowSort);
+    // "/", "/photos", "/photos/sun", "/photos/sun-set", "Photos Library".
+    EXPECT_EQ(keys.folderRanks, (std::vector<int>{2, 1, 0, 4, 2, 3}));
+    EXPECT_EQ(keys.newestDates,
+              (std::vector<std::int64_t>{1'700'000'000, 1'700'000'000, 1'700'000'000, 1'700'000'000,
+                                         1'800'000'000, 1'700'000'000}));
+}
+
+} // namespace
+} // namespace brevant
