@@ -201,7 +201,11 @@ const KeeperPolicy::Suggestion* GroupListModel::keeper(int groupIndex) const {
         found = keepers_.emplace(groupIndex, session_->suggestion(session_->groups()[groupIndex]))
                     .first;
     }
-    return found->second ? &*found->second : nullptr;
+    const std::optional<KeeperPolicy::Suggestion>& suggestion = found->second;
+    if (!suggestion) {
+        return nullptr;
+    }
+    return &*suggestion;
 }
 
 QString GroupListModel::kindName(MatchKind kind) {

@@ -76,6 +76,9 @@ public:
 
     [[nodiscard]] Filter filter() const { return filter_; }
 
+    // Qt's own sort(column, order) stays reachable beside this one.
+    using QAbstractListModel::sort;
+
     [[nodiscard]] Sort sort() const { return sort_; }
 
     // Thumbnails of the keepers come from here; none without it.
