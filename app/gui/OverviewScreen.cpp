@@ -196,10 +196,6 @@ void OverviewScreen::setReviewAvailable(bool available) {
 void OverviewScreen::showResult() {
     const ScanResult& result = model_.result();
     QLocale locale;
-    int pictures = 0;
-    for (const auto& group : model_.groups()) {
-        pictures += static_cast<int>(group.members.size());
-    }
     bool none = model_.groups().empty();
     // Groups emptied by a cleanup were found; they are done, not missing.
     bool cleaned = none && model_.copiesAway() > 0;
@@ -218,7 +214,7 @@ void OverviewScreen::showResult() {
                  countText(static_cast<std::int64_t>(result.roots.size()), "folder", "folders"),
                  spanText(milliseconds)));
     groups_->setText(locale.toString(static_cast<qlonglong>(model_.groups().size())));
-    pictures_->setText(locale.toString(pictures));
+    pictures_->setText(locale.toString(model_.picturesInGroups()));
     bytes_->setText(byteText(model_.bytesToFree()));
     incomplete_->setVisible(model_.hasResult() && result.isIncomplete());
     presetRow_->setVisible(model_.resultMode() == Mode::similar);

@@ -539,29 +539,15 @@ bool PhotoCleanupModel::declareNotDuplicates(std::vector<std::vector<std::string
 }
 
 std::vector<KindSummary> PhotoCleanupModel::kinds() const {
-    std::vector<KindSummary> summaries;
-    for (MatchKind kind : EnumCases<MatchKind>::kAll) {
-        KindSummary summary{.kind = kind};
-        for (const auto& group : groups()) {
-            if (group.kind == kind) {
-                ++summary.groups;
-                summary.pictures += static_cast<int>(group.members.size());
-                summary.bytesToFree += group.extraBytes();
-            }
-        }
-        if (summary.groups > 0) {
-            summaries.push_back(summary);
-        }
-    }
-    return summaries;
+    return hasResult_ ? outcome_->summary.kinds : std::vector<KindSummary>{};
 }
 
 std::int64_t PhotoCleanupModel::bytesToFree() const {
-    std::int64_t total = 0;
-    for (const auto& group : groups()) {
-        total += group.extraBytes();
-    }
-    return total;
+    return hasResult_ ? outcome_->summary.bytesToFree : 0;
+}
+
+int PhotoCleanupModel::picturesInGroups() const {
+    return hasResult_ ? outcome_->summary.pictures : 0;
 }
 
 std::string_view rawValue(PhotoCleanupModel::Phase phase) {

@@ -11,6 +11,7 @@
 #include "engine/review/SavedReview.hpp"
 #include "engine/scan/CancellationFlag.hpp"
 #include "engine/scan/DuplicateGroup.hpp"
+#include "engine/scan/GroupSummary.hpp"
 #include "engine/scan/ScanResult.hpp"
 #include "engine/similarity/SimilarityIndex.hpp"
 
@@ -35,16 +36,6 @@ class ReviewSaver;
 
 // Where a scan is, as the progress screen shows it.
 using ModelProgress = PipelineProgress;
-
-// The groups of one kind in a result.
-struct KindSummary {
-    MatchKind kind = MatchKind::identical;
-    int groups = 0;
-    int pictures = 0;
-    std::int64_t bytesToFree = 0;
-
-    friend bool operator==(const KindSummary&, const KindSummary&) = default;
-};
 
 // The window's one model: the chosen sources, scope and mode, the settings,
 // the phase, and the outcome of the last scan (its result, similarity index,
@@ -201,6 +192,8 @@ public:
     // One entry per kind present, in the kinds' order.
     [[nodiscard]] std::vector<KindSummary> kinds() const;
     [[nodiscard]] std::int64_t bytesToFree() const;
+    // Copies in all groups, counted in each group they are in.
+    [[nodiscard]] int picturesInGroups() const;
 
     // After a cleanup: the copies its report has in the Trash leave the
     // groups, the session and the figures, without scanning again.

@@ -5,6 +5,7 @@
 #include "engine/review/ResumedReview.hpp"
 #include "engine/review/ReviewSession.hpp"
 #include "engine/scan/DuplicateGroup.hpp"
+#include "engine/scan/GroupSummary.hpp"
 #include "engine/scan/ScanResult.hpp"
 #include "engine/similarity/SimilarityIndex.hpp"
 
@@ -29,6 +30,8 @@ struct ScanOutcome {
     std::shared_ptr<const SimilarityIndex> index;
     // As CleanupGroups::reviewed gives them, without the copies `away`.
     std::vector<DuplicateGroup> groups;
+    // The groups counted, made with them off the interface thread.
+    GroupSummary summary;
     // Copies a cleanup has moved to the Trash since the scan, by path: they
     // are left out of the groups until they are put back.
     std::set<std::string> away;

@@ -33,6 +33,7 @@ void formGroups(ScanOutcome& outcome) {
     const SimilarityIndex* index = outcome.index.get();
     outcome.groups = CleanupGroups::without(
         CleanupGroups::reviewed(outcome.request.mode, outcome.result->groups, index), outcome.away);
+    outcome.summary = GroupSummary::of(outcome.groups);
     if (!outcome.request.review) {
         return;
     }
@@ -134,6 +135,7 @@ std::expected<ScanOutcome, std::string> ScanPipeline::run(const ScanRequest& req
     outcome.result = std::make_shared<const ScanResult>(std::move(result));
     if (outcome.cancelled()) {
         outcome.groups = outcome.result->groups;
+        outcome.summary = GroupSummary::of(outcome.groups);
         return outcome;
     }
     formGroups(outcome);

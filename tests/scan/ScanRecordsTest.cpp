@@ -1,3 +1,4 @@
+#include "engine/scan/GroupSummary.hpp"
 #include "engine/scan/ScanProgress.hpp"
 #include "engine/scan/ScanResult.hpp"
 #include "engine/support/Json.hpp"
@@ -143,6 +144,22 @@ TEST(DuplicateGroup, ExtraBytesAndMatched) {
     EXPECT_EQ(result.matched(), 6);
     EXPECT_EQ(result.discovered, 0);
     EXPECT_GT(result.started.secondsSinceReferenceDate, 0);
+}
+
+TEST(GroupSummary, CountsEachKindFoundOnceInTheKindsOrder) {
+    auto identical = DuplicateGroup::make("abc", 10, {asset("/a"), asset("/b"), asset("/c")},
+                                          MatchKind::identical);
+    auto live = DuplicateGroup::make(
+        "", 900, {asset("/p/IMG_1.HEIC", 300), asset("/p/IMG_1.MOV", 900)}, MatchKind::liveMovie);
+    // The live group comes first, yet the kinds keep MatchKind's order, and
+    // no kind is listed without a group.
+    GroupSummary summary = GroupSummary::of({live, identical, identical});
+    EXPECT_EQ(summary.groups, 3);
+    EXPECT_EQ(summary.pictures, 8);
+    EXPECT_EQ(summary.bytesToFree, 940);
+    EXPECT_EQ(summary.kinds, (std::vector<KindSummary>{{MatchKind::identical, 2, 6, 40},
+                                                       {MatchKind::liveMovie, 1, 2, 900}}));
+    EXPECT_EQ(GroupSummary::of({}), GroupSummary{});
 }
 
 TEST(ScanResult, WhatMakesAScanIncomplete) {
