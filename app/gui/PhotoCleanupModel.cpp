@@ -446,6 +446,14 @@ void PhotoCleanupModel::buildReviewSlice() {
     if (!building_) {
         return;
     }
+    // Marks still changing (the suggested copies being marked a slice at a
+    // time): wait for them to settle rather than copying them again and
+    // again between the marking's own slices.
+    if (building_->isOutdated()) {
+        building_.reset();
+        saveSoon_.start();
+        return;
+    }
     // As long a slice as marking takes: a million marks are taken in about
     // two seconds, never in one piece.
     constexpr std::size_t kMarksAtOnce = 2000;

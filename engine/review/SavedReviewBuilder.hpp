@@ -24,11 +24,14 @@ public:
                        std::vector<std::string> folders, ScanMode mode,
                        std::set<std::string> reviewedIds, Date saved);
 
-    // Copies up to `count` more marks or reviewed groups; true once the
-    // review is whole.
+    // Copies up to `count` more marks, or looks at up to `count` more groups
+    // for reviewed ones; true once the review is whole.
     bool step(std::size_t count);
 
     [[nodiscard]] bool isDone() const { return done_; }
+
+    // Marks changed since the copying began: the next step starts it again.
+    [[nodiscard]] bool isOutdated() const;
 
     // The whole review, once `step` said so.
     [[nodiscard]] SavedReview take();
