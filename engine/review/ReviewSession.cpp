@@ -3,6 +3,7 @@
 #include "engine/review/FolderPaths.hpp"
 
 #include <algorithm>
+#include <functional>
 #include <unordered_set>
 #include <utility>
 
@@ -17,6 +18,11 @@ ReviewSession::ReviewSession(std::vector<DuplicateGroup> groups, std::shared_ptr
     , inboxFolders_(std::move(inboxFolders))
     , priorities_(KeeperPolicy::standardPriorities()) {
     orderKeys_ = GroupOrderKeys::of(groups_);
+    groupsById_.reserve(groups_.size());
+    for (std::size_t g = 0; g < groups_.size(); ++g) {
+        groupsById_.emplace_back(std::hash<std::string_view>{}(groups_[g].id), g);
+    }
+    std::ranges::sort(groupsById_);
     for (std::size_t g = 0; g < groups_.size(); ++g) {
         for (const auto& member : groups_[g].members) {
             auto& holding = groupsByPath_[member.path];
@@ -25,6 +31,18 @@ ReviewSession::ReviewSession(std::vector<DuplicateGroup> groups, std::shared_ptr
             }
         }
     }
+}
+
+std::vector<std::size_t> ReviewSession::indicesOf(std::string_view id) const {
+    std::size_t hash = std::hash<std::string_view>{}(id);
+    auto first = std::ranges::lower_bound(groupsById_, std::pair{hash, std::size_t{0}});
+    std::vector<std::size_t> indices;
+    for (auto at = first; at != groupsById_.end() && at->first == hash; ++at) {
+        if (groups_[at->second].id == id) {
+            indices.push_back(at->second);
+        }
+    }
+    return indices;
 }
 
 void ReviewSession::setPriorities(std::vector<Priority> priorities) {

@@ -17,6 +17,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace brevant {
@@ -76,6 +77,9 @@ public:
     // the path is in no group. Valid while the session lives.
     [[nodiscard]] const DuplicateGroup* group(const std::string& containing) const;
     [[nodiscard]] const PhotoAsset* asset(const std::string& path) const;
+    // Indices of the groups with this id, ascending: the window finds the
+    // groups a user has seen without going through every group.
+    [[nodiscard]] std::vector<std::size_t> indicesOf(std::string_view id) const;
     [[nodiscard]] std::optional<KeeperPolicy::Suggestion>
     suggestion(const DuplicateGroup& group) const;
     [[nodiscard]] bool isLocked(const std::string& path) const;
@@ -127,6 +131,9 @@ private:
     std::vector<DuplicateGroup> groups_;
     // Indices of the groups holding each path, in group order.
     std::unordered_map<std::string, std::vector<std::size_t>> groupsByPath_;
+    // (hash of the id, group index), sorted: numbers rather than views into
+    // the groups, so a copied session keeps a valid one.
+    std::vector<std::pair<std::size_t, std::size_t>> groupsById_;
     GroupOrderKeys orderKeys_;
     std::set<std::string> marks_;
     std::uint64_t marksRevision_ = 0;

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <fmt/format.h>
+#include <memory>
 
 namespace brevant {
 namespace {
@@ -44,6 +45,19 @@ ReviewSession sessionOf(std::vector<DuplicateGroup> groups,
 Kind refusedAs(const std::expected<void, MarkRefusal>& answer) {
     EXPECT_FALSE(answer.has_value());
     return answer ? Kind::notFound : answer.error().kind;
+}
+
+TEST(ReviewSession, GroupsAreFoundByIdInACopiedSessionToo) {
+    std::vector<DuplicateGroup> groups = twoGroups();
+    // Two groups may share an id (the same contents found twice).
+    groups.push_back(groups[0]);
+    auto original = std::make_unique<ReviewSession>(sessionOf(groups));
+    ReviewSession copied = *original;
+    original.reset();
+    EXPECT_EQ(copied.indicesOf(groups[0].id), (std::vector<std::size_t>{0, 2}));
+    EXPECT_EQ(copied.indicesOf(groups[1].id), (std::vector<std::size_t>{1}));
+    EXPECT_TRUE(copied.indicesOf("/photos/sun/b.jpg").empty());
+    EXPECT_TRUE(copied.indicesOf("").empty());
 }
 
 TEST(ReviewSession, TheLastUnmarkedCopyOfAGroupIsKept) {
