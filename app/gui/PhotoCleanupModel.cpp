@@ -235,15 +235,22 @@ bool PhotoCleanupModel::startScan() {
     clock_.start();
     setPhase(Phase::scanning);
     cancel_ = worker_.runReporting<ModelProgress>(
-        [pipeline = pipeline_, asked = request(),
-         lockStore = lockStorePath()](const CancellationFlag& cancel, const auto& report) {
+        [pipeline = pipeline_, asked = request(), lockStore = lockStorePath(),
+         older = outcome_](const CancellationFlag& cancel, const auto& report) {
             ScanRequest request = asked;
             // Read once, by the first scan: locks matter only once there
             // are groups.
             if (!request.review->locks) {
                 request.review->locks = std::make_shared<LockStore>(lockStore);
             }
-            return pipeline.run(request, cancel, report);
+            auto outcome = pipeline.run(request, cancel, report);
+            // No screen holds the older session while a scan runs, so its
+            // marks stay as they are: a million of them are carried here
+            // rather than on the interface thread.
+            if (outcome && older) {
+                outcome->carryMarks(*older);
+            }
+            return outcome;
         },
         [this](const ModelProgress& progress) { showProgress(progress); },
         [this](std::expected<ScanOutcome, std::string> outcome) { finishScan(std::move(outcome)); },
@@ -412,16 +419,34 @@ void PhotoCleanupModel::adopt(ScanOutcome outcome) {
     // allowed.
     marksFromOtherMode_ = 0;
     if (outcome_) {
-        outcome.carryMarks(*outcome_);
+        if (!outcome.carriesMarksOf(*outcome_)) {
+            outcome.carryMarks(*outcome_);
+        }
         bool otherMode = outcome_->request.mode.kind != outcome.request.mode.kind;
         if (otherMode && outcome.session) {
             marksFromOtherMode_ = static_cast<int>(outcome.session->marks().size());
         }
     }
-    outcome_ = std::make_shared<const ScanOutcome>(std::move(outcome));
+    auto older = std::exchange(outcome_, std::make_shared<const ScanOutcome>(std::move(outcome)));
     hasResult_ = true;
     ++generation_;
     Q_EMIT resultChanged();
+    letGo(std::move(older));
+}
+
+void PhotoCleanupModel::letGo(std::shared_ptr<const ScanOutcome> older) {
+    if (older == nullptr) {
+        return;
+    }
+    // Freeing a million pictures took most of a second; the screens have
+    // let go of the old session by now, so it ends on a worker.
+    auto held = std::make_shared<std::shared_ptr<const ScanOutcome>>(std::move(older));
+    worker_.run(
+        [held](const CancellationFlag&) {
+            held->reset();
+            return true;
+        },
+        [](bool) {});
 }
 
 void PhotoCleanupModel::noteReviewed(const std::string& groupId) {

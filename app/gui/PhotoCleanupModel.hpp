@@ -266,6 +266,8 @@ private:
     void regroup();
     // Takes a new outcome, the marks of the one before carried over.
     void adopt(ScanOutcome outcome);
+    // Frees a replaced outcome off the interface thread.
+    void letGo(std::shared_ptr<const ScanOutcome> older);
     // Takes the marks and reviewed groups a slice at a time between events
     // and hands them to the saver, which writes them on a worker.
     void saveReview();

@@ -9,6 +9,7 @@
 #include "engine/scan/ScanResult.hpp"
 #include "engine/similarity/SimilarityIndex.hpp"
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <set>
@@ -54,6 +55,19 @@ struct ScanOutcome {
     // After a rescan or a regroup: marks again what the older session had
     // marked, where this session allows it.
     void carryMarks(const ScanOutcome& older);
+
+    // Whether the marks were carried from older's session as it stands now:
+    // carried on a worker while it could not change, they need not be
+    // carried again on the interface thread.
+    [[nodiscard]] bool carriesMarksOf(const ScanOutcome& older) const;
+
+    // The session carried from last, and its marks' revision then.
+    struct Carried {
+        const ReviewSession* session = nullptr;
+        std::uint64_t revision = 0;
+    };
+
+    std::optional<Carried> carried;
 };
 
 } // namespace brevant

@@ -231,11 +231,14 @@ void ReviewSession::clearMarks(const DuplicateGroup& group) {
 }
 
 void ReviewSession::carryMarks(const ReviewSession& older) {
-    for (const auto& carried : older.markedAssets()) {
+    // Straight from the marks, in path order: copying every marked copy out
+    // of the groups first took seconds over a million pictures.
+    for (const auto& path : older.marks()) {
+        const PhotoAsset* was = older.asset(path);
+        const PhotoAsset* now = asset(path);
         // A different file now at the marked path was never marked.
-        const PhotoAsset* now = asset(carried.path);
-        if (now != nullptr && now->snapshot.isUnchanged(carried.snapshot)) {
-            static_cast<void>(mark(carried.path));
+        if (was != nullptr && now != nullptr && now->snapshot.isUnchanged(was->snapshot)) {
+            static_cast<void>(mark(path));
         }
     }
 }

@@ -234,6 +234,12 @@ TEST_F(ScanPipelineTest, ARegroupAndARescanCarryTheMarksStillAllowedOver) {
     ASSERT_TRUE(rescanned.has_value());
     EXPECT_EQ(rescanned->session->marks(), marks);
     EXPECT_TRUE(rescanned->session->isLocked(locked));
+    // Carried from the older marks as they stand: no need to carry them
+    // again, until one of them changes.
+    EXPECT_TRUE(rescanned->carriesMarksOf(*scanned));
+    EXPECT_FALSE(rescanned->carriesMarksOf(regrouped));
+    session.unmark(*marks.begin());
+    EXPECT_FALSE(rescanned->carriesMarksOf(*scanned));
 }
 
 TEST_F(ScanPipelineTest, MovedCopiesLeaveTheResultsAndComeBackWhenPutBack) {
