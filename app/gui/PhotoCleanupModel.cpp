@@ -4,6 +4,7 @@
 #include "app/gui/ReviewSaver.hpp"
 #include "engine/catalogs/CatalogSource.hpp"
 #include "engine/pipeline/DeclaredDifferences.hpp"
+#include "engine/platform/BufferReuse.hpp"
 #include "engine/platform/DataFolder.hpp"
 
 #include <QSettings>
@@ -444,6 +445,7 @@ void PhotoCleanupModel::letGo(std::shared_ptr<const ScanOutcome> older) {
     worker_.run(
         [held](const CancellationFlag&) {
             held->reset();
+            platform::BufferReuse::settleFreed();
             return true;
         },
         [](bool) {});

@@ -16,4 +16,10 @@ void BufferReuse::keepFreedBuffers() {
 #endif
 }
 
+void BufferReuse::settleFreed() {
+#ifdef __GLIBC__
+    malloc_trim(0);
+#endif
+}
+
 } // namespace brevant::platform

@@ -12,6 +12,13 @@ struct BufferReuse {
     // Larger blocks (the similarity index's lists of pairs) still go straight
     // back to the system when freed. Idempotent.
     static void keepFreedBuffers();
+
+    // After a large structure was freed (a replaced result of a million
+    // pictures): gathers its millions of small freed blocks now, on the
+    // calling thread, which the C library would otherwise do in the next
+    // large allocation of whichever thread comes next, the interface's
+    // included, and gives what it can back to the system.
+    static void settleFreed();
 };
 
 } // namespace brevant::platform

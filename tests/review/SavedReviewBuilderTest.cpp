@@ -39,6 +39,7 @@ std::shared_ptr<ReviewSession> markedSession(std::size_t groups) {
 
 std::vector<std::string> markPaths(const SavedReview& review) {
     std::vector<std::string> paths;
+    paths.reserve(review.marks.size());
     for (const auto& copy : review.marks) {
         paths.push_back(copy.path);
     }
