@@ -1,5 +1,7 @@
 #include "HammingScan.hpp"
 
+#include "BitPlaneScan.hpp"
+
 #include <algorithm>
 #include <bit>
 #include <immintrin.h>
@@ -192,6 +194,9 @@ void withinKernel(std::span<const std::uint64_t> probes, const TurnedHashes& blo
     case HammingScan::Kernel::avx2:
         withinAvx2<N>(probes, block, limit, hits);
         return;
+    case HammingScan::Kernel::bitPlanes:
+        withinBitPlanes(probes, block, limit, hits);
+        return;
     case HammingScan::Kernel::avx512:
         withinAvx512<N>(probes, block, limit, hits);
         return;
@@ -228,7 +233,7 @@ HammingScan::Kernel HammingScan::best() {
             return Kernel::avx512;
         }
         if (__builtin_cpu_supports("avx2") && __builtin_cpu_supports("popcnt")) {
-            return Kernel::avx2;
+            return Kernel::bitPlanes;
         }
         if (__builtin_cpu_supports("popcnt")) {
             return Kernel::popcount;
@@ -240,7 +245,7 @@ HammingScan::Kernel HammingScan::best() {
 
 std::vector<HammingScan::Kernel> HammingScan::available() {
     std::vector<Kernel> kernels = {Kernel::portable};
-    for (Kernel kernel : {Kernel::popcount, Kernel::avx2, Kernel::avx512}) {
+    for (Kernel kernel : {Kernel::popcount, Kernel::avx2, Kernel::bitPlanes, Kernel::avx512}) {
         if (kernel <= best()) {
             kernels.push_back(kernel);
         }
@@ -256,6 +261,8 @@ std::string_view HammingScan::name(Kernel kernel) {
         return "popcount";
     case Kernel::avx2:
         return "avx2";
+    case Kernel::bitPlanes:
+        return "avx2 bit planes";
     case Kernel::avx512:
         return "avx512";
     }

@@ -48,10 +48,11 @@ private:
 // run with the widest population count the processor has.
 struct HammingScan {
     enum class Kernel {
-        portable, // any processor
-        popcount, // the population-count instruction, one word at a time
-        avx2,     // four words at a time, counted by table lookups
-        avx512,   // eight words at a time with the vector population count
+        portable,  // any processor
+        popcount,  // the population-count instruction, one word at a time
+        avx2,      // four words at a time, counted by table lookups
+        bitPlanes, // AVX2, 256 words at a time, one bit of each per row
+        avx512,    // eight words at a time with the vector population count
     };
 
     struct Hit {

@@ -42,6 +42,12 @@ template <std::size_t N> void expectEveryKernelAgrees() {
         for (auto& probe : probes) {
             probe = random();
         }
+        // Probes with no bit, every bit, half and just over half the bits
+        // set: the bit-plane kernel counts set or clear bits by that.
+        probes[0] = 0;
+        probes[1] = ~0ULL;
+        probes[2] = 0x00000000FFFFFFFFULL;
+        probes[3] = 0x00000001FFFFFFFFULL;
         std::vector<std::array<std::uint64_t, N>> entries(count);
         for (auto& entry : entries) {
             for (auto& turned : entry) {
@@ -62,7 +68,7 @@ template <std::size_t N> void expectEveryKernelAgrees() {
         ASSERT_EQ(block.size(), count);
         ASSERT_EQ(block.orientations(), static_cast<int>(N));
         ASSERT_EQ(block.turn(N - 1)[count - 1], entries.back()[N - 1]);
-        for (int limit : {0, 12, 20}) {
+        for (int limit : {0, 12, 20, 33, 64}) {
             auto expected = slowHits(probes, entries, limit);
             for (Kernel kernel : HammingScan::available()) {
                 std::vector<Hit> hits;
