@@ -14,14 +14,18 @@ std::vector<DuplicateGroup> ScanOutcome::found() const {
 void ScanOutcome::carryMarks(const ScanOutcome& older) {
     if (session && older.session) {
         session->carryMarks(*older.session);
-        carried =
-            Carried{.session = older.session.get(), .revision = older.session->marksRevision()};
+        carried = Carried{.session = older.session, .revision = older.session->marksRevision()};
     }
 }
 
 bool ScanOutcome::carriesMarksOf(const ScanOutcome& older) const {
-    return carried && older.session && carried->session == older.session.get() &&
-           carried->revision == older.session->marksRevision();
+    if (!carried || !older.session) {
+        return false;
+    }
+    // The same owner, not merely the same address.
+    const auto& from = carried->session;
+    bool same = !from.owner_before(older.session) && !older.session.owner_before(from);
+    return same && carried->revision == older.session->marksRevision();
 }
 
 } // namespace brevant

@@ -61,9 +61,11 @@ struct ScanOutcome {
     // carried again on the interface thread.
     [[nodiscard]] bool carriesMarksOf(const ScanOutcome& older) const;
 
-    // The session carried from last, and its marks' revision then.
+    // The session carried from last, and its marks' revision then. Held
+    // weakly: the older result may be freed, and no later session can pass
+    // for it.
     struct Carried {
-        const ReviewSession* session = nullptr;
+        std::weak_ptr<const ReviewSession> session;
         std::uint64_t revision = 0;
     };
 
