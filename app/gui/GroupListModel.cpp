@@ -74,15 +74,9 @@ void GroupListModel::rebuild() {
         }
         // Ties keep the engine's order, which is the order of the indices.
         if (sort_ == Sort::folder) {
-            const auto& ranks = session_->orderKeys().folderRanks;
-            std::ranges::sort(order_, [&](int x, int y) {
-                return ranks[x] != ranks[y] ? ranks[x] < ranks[y] : x < y;
-            });
+            session_->orderKeys().orderByFolder(order_);
         } else if (sort_ == Sort::date) {
-            const auto& dates = session_->orderKeys().newestDates;
-            std::ranges::sort(order_, [&](int x, int y) {
-                return dates[x] != dates[y] ? dates[x] > dates[y] : x < y;
-            });
+            session_->orderKeys().orderByNewest(order_);
         }
         fetched_ = std::min(kBatch, static_cast<int>(order_.size()));
     }

@@ -30,7 +30,7 @@ std::string_view folderOf(const DuplicateGroup& group) {
 }
 
 // Groups share few folders: each folder is sorted once, not each group.
-std::vector<int> rankFolders(const std::vector<DuplicateGroup>& groups) {
+std::vector<int> rankFolders(const std::vector<DuplicateGroup>& groups, int& count) {
     std::unordered_map<std::string_view, int> ids;
     std::vector<std::string_view> folders;
     std::vector<int> folderOfGroup;
@@ -42,6 +42,7 @@ std::vector<int> rankFolders(const std::vector<DuplicateGroup>& groups) {
         }
         folderOfGroup.push_back(found->second);
     }
+    count = static_cast<int>(folders.size());
     std::vector<int> byName(folders.size());
     std::iota(byName.begin(), byName.end(), 0);
     std::ranges::sort(byName, [&](int x, int y) { return folders[x] < folders[y]; });
@@ -68,12 +69,33 @@ std::int64_t newestDate(const DuplicateGroup& group) {
 } // namespace
 
 GroupOrderKeys GroupOrderKeys::of(const std::vector<DuplicateGroup>& groups) {
-    GroupOrderKeys keys{.folderRanks = rankFolders(groups)};
+    GroupOrderKeys keys;
+    keys.folderRanks = rankFolders(groups, keys.folderCount);
     keys.newestDates.reserve(groups.size());
     for (const auto& group : groups) {
         keys.newestDates.push_back(newestDate(group));
     }
     return keys;
+}
+
+void GroupOrderKeys::orderByFolder(std::vector<int>& indices) const {
+    // A counting sort: ranks are few and dense, and it is stable.
+    std::vector<int> start(static_cast<std::size_t>(folderCount) + 1, 0);
+    for (int i : indices) {
+        start[folderRanks[i] + 1] += 1;
+    }
+    std::partial_sum(start.begin(), start.end(), start.begin());
+    std::vector<int> ordered(indices.size());
+    for (int i : indices) {
+        ordered[start[folderRanks[i]]++] = i;
+    }
+    indices = std::move(ordered);
+}
+
+void GroupOrderKeys::orderByNewest(std::vector<int>& indices) const {
+    std::ranges::sort(indices, [&](int x, int y) {
+        return newestDates[x] != newestDates[y] ? newestDates[x] > newestDates[y] : x < y;
+    });
 }
 
 } // namespace brevant

@@ -45,6 +45,19 @@ TEST(GroupOrderKeys, RanksFollowTheFirstCopysFolderAndDatesTheNewestCopy) {
     EXPECT_EQ(keys.newestDates,
               (std::vector<std::int64_t>{1'700'000'000, 1'700'000'000, 1'700'000'000, 1'700'000'000,
                                          1'800'000'000, 1'700'000'000}));
+    EXPECT_EQ(keys.folderCount, 5);
+
+    // Ordering some of the groups: folder order with ties in index order,
+    // then newest first with ties in index order.
+    std::vector<int> some = {0, 2, 3, 4, 5};
+    keys.orderByFolder(some);
+    EXPECT_EQ(some, (std::vector<int>{2, 0, 4, 5, 3}));
+    keys.orderByNewest(some);
+    EXPECT_EQ(some, (std::vector<int>{4, 0, 2, 3, 5}));
+    std::vector<int> none;
+    keys.orderByFolder(none);
+    keys.orderByNewest(none);
+    EXPECT_TRUE(none.empty());
 }
 
 } // namespace
