@@ -144,33 +144,34 @@ std::uint16_t offsetOf(int row) {
     sum = _mm256_xor_si256(half, c);
 }
 
-// Adds sixteen rows into the running ones, twos, fours and eights (the
-// Harley–Seal tree) and returns what carries into the sixteens.
-[[gnu::target("avx2"), gnu::always_inline]] inline __m256i add16(const Row* set,
-                                                                 const std::uint16_t* offsets,
-                                                                 __m256i& ones, __m256i& twos,
-                                                                 __m256i& fours, __m256i& eights) {
+// Adds eight rows into the running ones, twos and fours and returns what
+// carries into the eights.
+[[gnu::target("avx2"), gnu::always_inline]] inline __m256i
+add8(const Row* set, const std::uint16_t* offsets, __m256i& ones, __m256i& twos, __m256i& fours) {
     __m256i twosA;
     __m256i twosB;
     __m256i foursA;
     __m256i foursB;
-    __m256i eightsA;
-    __m256i eightsB;
-    __m256i sixteens;
+    __m256i eights;
     add3(twosA, ones, ones, rowAt(set, offsets[0]), rowAt(set, offsets[1]));
     add3(twosB, ones, ones, rowAt(set, offsets[2]), rowAt(set, offsets[3]));
     add3(foursA, twos, twos, twosA, twosB);
     add3(twosA, ones, ones, rowAt(set, offsets[4]), rowAt(set, offsets[5]));
     add3(twosB, ones, ones, rowAt(set, offsets[6]), rowAt(set, offsets[7]));
     add3(foursB, twos, twos, twosA, twosB);
-    add3(eightsA, fours, fours, foursA, foursB);
-    add3(twosA, ones, ones, rowAt(set, offsets[8]), rowAt(set, offsets[9]));
-    add3(twosB, ones, ones, rowAt(set, offsets[10]), rowAt(set, offsets[11]));
-    add3(foursA, twos, twos, twosA, twosB);
-    add3(twosA, ones, ones, rowAt(set, offsets[12]), rowAt(set, offsets[13]));
-    add3(twosB, ones, ones, rowAt(set, offsets[14]), rowAt(set, offsets[15]));
-    add3(foursB, twos, twos, twosA, twosB);
-    add3(eightsB, fours, fours, foursA, foursB);
+    add3(eights, fours, fours, foursA, foursB);
+    return eights;
+}
+
+// Adds sixteen rows into the running ones, twos, fours and eights (the
+// Harley–Seal tree) and returns what carries into the sixteens.
+[[gnu::target("avx2"), gnu::always_inline]] inline __m256i add16(const Row* set,
+                                                                 const std::uint16_t* offsets,
+                                                                 __m256i& ones, __m256i& twos,
+                                                                 __m256i& fours, __m256i& eights) {
+    __m256i eightsA = add8(set, offsets, ones, twos, fours);
+    __m256i eightsB = add8(set, offsets + 8, ones, twos, fours);
+    __m256i sixteens;
     add3(sixteens, eights, eights, eightsA, eightsB);
     return sixteens;
 }
