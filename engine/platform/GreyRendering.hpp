@@ -25,7 +25,8 @@ struct GreySquare {
 // Renders pictures as small grey squares for hashing and measuring.
 struct GreyRendering {
     // The whole picture drawn into each side x side square (the aspect ratio
-    // is not kept), 8-bit grey with a Lanczos filter, each byte as byte / 255.
+    // is not kept), 8-bit Rec. 601 grey averaged over each square's area,
+    // each byte as byte / 255.
     // The squares come in the order of `sides`; nothing when any rendering
     // fails.
     [[nodiscard]] static std::optional<std::vector<GreySquare>> squares(const DecodedImage& image,

@@ -13,4 +13,7 @@ namespace brevant::platform {
 // grey), copied; nothing when the picture holds no usable pixels.
 [[nodiscard]] std::optional<cv::Mat> openCvImage(const DecodedImage& image);
 
+// The picture in 8-bit grey, Rec. 601 weights on the encoded values, rounded.
+[[nodiscard]] std::optional<cv::Mat> greyOpenCvImage(const DecodedImage& image);
+
 } // namespace brevant::platform

@@ -16,8 +16,9 @@ using DetailHash = std::array<std::uint64_t, 4>;
 
 // One picture measured once for likeness and quality.
 struct ImageFeatures {
-    // 4: the mirrored orientations were added to the hashes.
-    static constexpr int kPipelineVersion = 4;
+    // 4: the mirrored orientations were added to the hashes; 5: the grey
+    // squares are averaged over their areas instead of a Lanczos filter.
+    static constexpr int kPipelineVersion = 5;
     static constexpr int kTurns = 4;
     static constexpr int kOrientations = 8;
 

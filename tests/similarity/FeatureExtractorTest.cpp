@@ -44,7 +44,7 @@ TEST(FeatureExtractor, MeasuresEveryFieldOfAPicture) {
     EXPECT_EQ(features->pixelWidth, 800);
     EXPECT_EQ(features->pixelHeight, 600);
     EXPECT_EQ(features->pixels(), 480000);
-    EXPECT_EQ(features->version, 4);
+    EXPECT_EQ(features->version, 5);
     EXPECT_GT(features->sharpness, 0);
     EXPECT_GT(features->meanLuma, 0.05);
     EXPECT_LT(features->meanLuma, 0.95);

@@ -52,7 +52,7 @@ TEST(ImageFeaturesCoding, KeysAreTheFieldNames) {
                                   "meanLuma", "clipped", "pixelWidth", "pixelHeight", "version"}));
     EXPECT_EQ(keysOf(toPlist(FaceReading{1, 2, 3, 4})),
               (std::vector<std::string>{"faces", "eyesClosed", "smiling", "revision"}));
-    EXPECT_EQ(toPlist(complete()).find("version")->intValue(), 4);
+    EXPECT_EQ(toPlist(complete()).find("version")->intValue(), 5);
 }
 
 TEST(ImageFeaturesCoding, RoundTripsBitForBitThroughABinaryPropertyList) {
