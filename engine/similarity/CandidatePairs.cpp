@@ -212,10 +212,10 @@ std::optional<SimilarPair> evaluate(int a, int b, FeatureExtractor::HashMatch ma
     // Feature prints are not made on this platform, so `vision` stays absent.
     return SimilarPair{.a = a,
                        .b = b,
-                       .distance = static_cast<float>(match.distance),
+                       .distance = static_cast<std::uint8_t>(match.distance),
+                       .shapesAgree = FeatureExtractor::shapesAgree(fa, fb, match.turn % 2 == 1),
                        .detail =
-                           static_cast<std::int16_t>(FeatureExtractor::detailDistance(fa, fb)),
-                       .shapesAgree = FeatureExtractor::shapesAgree(fa, fb, match.turn % 2 == 1)};
+                           static_cast<std::int16_t>(FeatureExtractor::detailDistance(fa, fb))};
 }
 
 struct Found {

@@ -69,7 +69,7 @@ public:
         for (std::size_t i = 0; i < members.size(); ++i) {
             for (std::size_t j = i + 1; j < members.size(); ++j) {
                 if (const SimilarPair* pair = find(members[i], members[j])) {
-                    largest = std::max(largest, pair->distance);
+                    largest = std::max(largest, static_cast<float>(pair->distance));
                 }
             }
         }

@@ -119,7 +119,7 @@ TEST(RecordHashing, GroupsSkipsExclusionsAndPairs) {
         });
 
     using PairChange = std::function<void(SimilarPair&)>;
-    expectEveryChangeHashesApart<SimilarPair>({1, 2, 4.5F, 3, true, 0.2F},
+    expectEveryChangeHashesApart<SimilarPair>({1, 2, 4, true, 3, 0.2F},
                                               std::vector<PairChange>{
                                                   [](SimilarPair& p) { p.a = 0; },
                                                   [](SimilarPair& p) { p.b = 3; },

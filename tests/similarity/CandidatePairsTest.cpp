@@ -305,9 +305,9 @@ using Measured = std::vector<std::uint64_t>;
             result.pairs.push_back(
                 {.a = a,
                  .b = b,
-                 .distance = static_cast<float>(match.distance),
-                 .detail = static_cast<std::int16_t>(FeatureExtractor::detailDistance(fa, fb)),
-                 .shapesAgree = FeatureExtractor::shapesAgree(fa, fb, match.turn % 2 == 1)});
+                 .distance = static_cast<std::uint8_t>(match.distance),
+                 .shapesAgree = FeatureExtractor::shapesAgree(fa, fb, match.turn % 2 == 1),
+                 .detail = static_cast<std::int16_t>(FeatureExtractor::detailDistance(fa, fb))});
         }
     }
     return result;

@@ -37,8 +37,8 @@ SimilarityIndex indexOf(int count, std::vector<SimilarPair> pairs,
     return SimilarityIndex(pictures, features, std::move(pairs), 0, {});
 }
 
-SimilarPair pair(int a, int b, float distance, std::int16_t detail = 0, bool shapes = true) {
-    return {.a = a, .b = b, .distance = distance, .detail = detail, .shapesAgree = shapes};
+SimilarPair pair(int a, int b, std::uint8_t distance, std::int16_t detail = 0, bool shapes = true) {
+    return {.a = a, .b = b, .distance = distance, .shapesAgree = shapes, .detail = detail};
 }
 
 TEST(SimilarityIndex, PresetsDecideWhichPairsGroup) {

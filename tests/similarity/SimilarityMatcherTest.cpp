@@ -69,7 +69,7 @@ TEST(SimilarityMatcher, HashesThatShareNoByteAreNeverCompared) {
     EXPECT_EQ(one.proposed, 1);
     ASSERT_EQ(one.pairs.size(), 1u);
     EXPECT_EQ(one.pairs[0],
-              (SimilarPair{.a = 0, .b = 1, .distance = 7, .detail = 7, .shapesAgree = true}));
+              (SimilarPair{.a = 0, .b = 1, .distance = 7, .shapesAgree = true, .detail = 7}));
 }
 
 TEST(SimilarityMatcher, QuarterTurnedCopyAgreesInShapeOnExchangedSides) {
@@ -114,7 +114,7 @@ TEST(SimilarityMatcher, TimeNeighboursAreComparedWithTheLooserBound) {
     EXPECT_EQ(result.proposed, 3);
     ASSERT_EQ(result.pairs.size(), 3u);
     EXPECT_EQ(result.pairs[0],
-              (SimilarPair{.a = 0, .b = 1, .distance = 30, .detail = 30, .shapesAgree = true}));
+              (SimilarPair{.a = 0, .b = 1, .distance = 30, .shapesAgree = true, .detail = 30}));
     EXPECT_EQ(result.pairs[1].a, 0);
     EXPECT_EQ(result.pairs[1].b, 3);
     EXPECT_EQ(result.pairs[2].a, 1);
