@@ -59,6 +59,9 @@ public:
         return *it;
     }
 
+    // In picture order: by the smaller picture, then the larger.
+    [[nodiscard]] const std::vector<const SimilarPair*>& all() const { return byKey_; }
+
     [[nodiscard]] bool linksAll(int picture, const std::vector<int>& cluster) const {
         return std::ranges::all_of(cluster,
                                    [&](int member) { return find(picture, member) != nullptr; });
@@ -198,19 +201,21 @@ std::vector<DuplicateGroup> SimilarityIndex::groups(double maxDistance) const {
 }
 
 std::vector<DuplicateGroup> SimilarityIndex::completeLinkGroups(const Accept& accept) const {
+    // Counted first: a million pictures accept millions of pairs, and the
+    // list is the largest thing forming groups holds.
+    auto usable = [&](const SimilarPair& pair) {
+        return accept(pair) && !isDeclaredDifferent(pair.a, pair.b);
+    };
     std::vector<const SimilarPair*> accepted;
+    accepted.reserve(static_cast<std::size_t>(std::ranges::count_if(pairs, usable)));
+    int farthest = 0;
     for (const auto& pair : pairs) {
-        if (accept(pair) && !isDeclaredDifferent(pair.a, pair.b)) {
+        if (usable(pair)) {
             accepted.push_back(&pair);
+            farthest = std::max(farthest, static_cast<int>(pair.distance));
         }
     }
-    AcceptedPairs lookup(accepted);
-    std::ranges::sort(accepted, [](const SimilarPair* x, const SimilarPair* y) {
-        if (x->distance != y->distance) {
-            return x->distance < y->distance;
-        }
-        return pairOrder(*x, *y);
-    });
+    AcceptedPairs lookup(std::move(accepted));
 
     constexpr int kNone = -1;
     std::vector<int> clusterOf(pictures.size(), kNone);
@@ -219,7 +224,7 @@ std::vector<DuplicateGroup> SimilarityIndex::completeLinkGroups(const Accept& ac
         clusters[cluster].push_back(picture);
         clusterOf[picture] = cluster;
     };
-    for (const SimilarPair* pair : accepted) {
+    auto link = [&](const SimilarPair* pair) {
         int ca = clusterOf[pair->a];
         int cb = clusterOf[pair->b];
         if (ca == kNone && cb == kNone) {
@@ -241,6 +246,15 @@ std::vector<DuplicateGroup> SimilarityIndex::completeLinkGroups(const Accept& ac
                 for (int member : std::exchange(clusters[cb], {})) {
                     join(member, ca);
                 }
+            }
+        }
+    };
+    // Closest pairs first, each distance in picture order. Distances are
+    // whole bits, so a pass per distance orders them without a second list.
+    for (int distance = 0; distance <= farthest; ++distance) {
+        for (const SimilarPair* pair : lookup.all()) {
+            if (pair->distance == distance) {
+                link(pair);
             }
         }
     }
