@@ -49,7 +49,8 @@ struct Stages {
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 2 && !(argc == 4 && std::string_view(argv[2]) == "--pictures")) {
+    bool counted = argc == 4 && std::string_view(argv[2]) == "--pictures";
+    if (argc != 2 && !counted) {
         fmt::print(stderr, "usage: bench_stages DIR [--pictures N]\n");
         return 2;
     }

@@ -10,7 +10,8 @@ namespace {
 
 // A hash distance read back: whole bits of a 64-bit hash, nothing else.
 std::uint8_t wholeBits(float distance) {
-    if (!(distance >= 0 && distance <= 64) || std::trunc(distance) != distance) {
+    bool whole = distance >= 0 && distance <= 64 && std::trunc(distance) == distance;
+    if (!whole) {
         throw json::DecodeError("expected a whole number of bits, 0 to 64");
     }
     return static_cast<std::uint8_t>(distance);

@@ -21,15 +21,15 @@ public:
     constexpr OptionalFloat(std::optional<float> value)
         : value_(value.value_or(kAbsent)) {}
 
-    [[nodiscard]] bool has_value() const { return !std::isnan(value_); }
+    [[nodiscard]] bool hasValue() const { return !std::isnan(value_); }
 
-    explicit operator bool() const { return has_value(); }
+    explicit operator bool() const { return hasValue(); }
 
     // Only when present, as for std::optional.
     [[nodiscard]] float operator*() const { return value_; }
 
     [[nodiscard]] std::optional<float> get() const {
-        return has_value() ? std::optional(value_) : std::nullopt;
+        return hasValue() ? std::optional(value_) : std::nullopt;
     }
 
     void reset() { value_ = kAbsent; }
