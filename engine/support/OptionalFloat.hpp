@@ -12,10 +12,14 @@ class OptionalFloat {
 public:
     constexpr OptionalFloat() = default;
 
-    constexpr OptionalFloat(std::nullopt_t /*absent*/) {} // NOLINT(google-explicit-constructor)
+    // Converting as std::optional<float> does, so that fields of this type
+    // take the same values.
+    // NOLINTNEXTLINE(google-explicit-constructor)
+    constexpr OptionalFloat(std::nullopt_t /*absent*/) {}
 
+    // NOLINTNEXTLINE(google-explicit-constructor)
     constexpr OptionalFloat(float value)
-        : value_(value) {} // NOLINT(google-explicit-constructor)
+        : value_(value) {}
 
     // NOLINTNEXTLINE(google-explicit-constructor)
     constexpr OptionalFloat(std::optional<float> value)
