@@ -179,6 +179,13 @@ int GroupListModel::rowCount(const QModelIndex& parent) const {
     return parent.isValid() ? 0 : fetched_;
 }
 
+QModelIndex GroupListModel::index(int row, int column, const QModelIndex& parent) const {
+    if (row < 0 || row >= fetched_ || column != 0 || parent.isValid()) {
+        return {};
+    }
+    return createIndex(row, column);
+}
+
 bool GroupListModel::canFetchMore(const QModelIndex& parent) const {
     return !parent.isValid() && fetched_ < static_cast<int>(order_.size());
 }

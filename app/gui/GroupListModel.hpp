@@ -103,6 +103,10 @@ public:
     void refreshAll();
 
     [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
+    // Without the three virtual calls of the base's check: the view asks
+    // for every row's index twice each time it lays the rows out.
+    [[nodiscard]] QModelIndex index(int row, int column = 0,
+                                    const QModelIndex& parent = {}) const override;
     [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;
     [[nodiscard]] bool canFetchMore(const QModelIndex& parent) const override;
     void fetchMore(const QModelIndex& parent) override;

@@ -2,6 +2,7 @@
 
 #include "app/gui/CompareView.hpp"
 #include "app/gui/GroupListModel.hpp"
+#include "app/gui/GroupListView.hpp"
 #include "app/gui/Inspector.hpp"
 #include "app/gui/NotDuplicateActions.hpp"
 #include "app/gui/PhotoCleanupModel.hpp"
@@ -23,13 +24,11 @@
 #include <QHBoxLayout>
 #include <QItemSelectionModel>
 #include <QLabel>
-#include <QListView>
 #include <QLocale>
 #include <QMenu>
 #include <QPushButton>
 #include <QScrollArea>
 #include <QSplitter>
-#include <QStyledItemDelegate>
 #include <QUrl>
 #include <QVBoxLayout>
 
@@ -62,18 +61,6 @@ QString carriedMarksText(const PhotoCleanupModel& model) {
         .arg(countText(carried, "copy marked", "copies marked"));
 }
 
-// Rows as wide as the list and never wider, so that a long name loses its
-// middle instead of running under a scroll bar.
-class ListWideDelegate : public QStyledItemDelegate {
-public:
-    using QStyledItemDelegate::QStyledItemDelegate;
-
-    [[nodiscard]] QSize sizeHint(const QStyleOptionViewItem& option,
-                                 const QModelIndex& index) const override {
-        return {1, QStyledItemDelegate::sizeHint(option, index).height()};
-    }
-};
-
 } // namespace
 
 ReviewScreen::ReviewScreen(PhotoCleanupModel& model, QWidget* parent)
@@ -85,7 +72,7 @@ ReviewScreen::ReviewScreen(PhotoCleanupModel& model, QWidget* parent)
     , sort_(new QComboBox(this))
     , preset_(new QComboBox(this))
     , presetLabel_(parts::label(tr("Similarity"), "muted", this))
-    , list_(new QListView(this))
+    , list_(new GroupListView(this))
     , count_(parts::label({}, "muted", this))
     , compare_(new CompareView(*thumbnails_, this))
     , inspector_(new Inspector(this))
@@ -119,16 +106,7 @@ ReviewScreen::ReviewScreen(PhotoCleanupModel& model, QWidget* parent)
     for (SimilarityPreset preset : EnumCases<SimilarityPreset>::kAll) {
         preset_->addItem(qtText(displayName(preset)), static_cast<int>(preset));
     }
-    list_->setObjectName(QStringLiteral("groupList"));
     list_->setModel(groups_);
-    list_->setItemDelegate(new ListWideDelegate(list_));
-    list_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    list_->setUniformItemSizes(true);
-    list_->setIconSize(QSize(48, 48));
-    // Long file names lose their middle, never the size at the end.
-    list_->setTextElideMode(Qt::ElideMiddle);
-    list_->setSelectionMode(QAbstractItemView::SingleSelection);
-    list_->setEditTriggers(QAbstractItemView::NoEditTriggers);
     notice_->setWordWrap(true);
     total_->setWordWrap(false);
 

@@ -66,15 +66,28 @@ std::int64_t newestDate(const DuplicateGroup& group) {
     return newest;
 }
 
+std::vector<int> rankNewest(const std::vector<DuplicateGroup>& groups) {
+    std::vector<std::int64_t> dates;
+    dates.reserve(groups.size());
+    for (const auto& group : groups) {
+        dates.push_back(newestDate(group));
+    }
+    std::vector<int> order(groups.size());
+    std::iota(order.begin(), order.end(), 0);
+    std::ranges::stable_sort(order, [&](int x, int y) { return dates[x] > dates[y]; });
+    std::vector<int> ranks(groups.size());
+    for (std::size_t rank = 0; rank < order.size(); ++rank) {
+        ranks[order[rank]] = static_cast<int>(rank);
+    }
+    return ranks;
+}
+
 } // namespace
 
 GroupOrderKeys GroupOrderKeys::of(const std::vector<DuplicateGroup>& groups) {
     GroupOrderKeys keys;
     keys.folderRanks = rankFolders(groups, keys.folderCount);
-    keys.newestDates.reserve(groups.size());
-    for (const auto& group : groups) {
-        keys.newestDates.push_back(newestDate(group));
-    }
+    keys.newestRanks = rankNewest(groups);
     return keys;
 }
 
@@ -93,9 +106,17 @@ void GroupOrderKeys::orderByFolder(std::vector<int>& indices) const {
 }
 
 void GroupOrderKeys::orderByNewest(std::vector<int>& indices) const {
-    std::ranges::sort(indices, [&](int x, int y) {
-        return newestDates[x] != newestDates[y] ? newestDates[x] > newestDates[y] : x < y;
-    });
+    // Ranks are distinct: each index has its own slot.
+    std::vector<int> byRank(newestRanks.size(), -1);
+    for (int i : indices) {
+        byRank[newestRanks[i]] = i;
+    }
+    indices.clear();
+    for (int i : byRank) {
+        if (i >= 0) {
+            indices.push_back(i);
+        }
+    }
 }
 
 } // namespace brevant

@@ -14,16 +14,18 @@ struct GroupOrderKeys {
     // By group index: the first copy's folder's place among all first
     // copies' folders (PhotoAsset::folder(), in plain text order).
     std::vector<int> folderRanks;
-    // By group index: the newest modification time among the copies.
-    std::vector<std::int64_t> newestDates;
+    // By group index: its place newest first, by the newest modification
+    // time among its copies, ties in index order. Sorted once here: sorting a
+    // million indices by date when the user picks the order took 15 ms.
+    std::vector<int> newestRanks;
     // Distinct folders: ranks run from 0 to this.
     int folderCount = 0;
 
     [[nodiscard]] static GroupOrderKeys of(const std::vector<DuplicateGroup>& groups);
 
     // Group indices, ascending, put in folder order or newest first; ties
-    // keep their order. Folders are counted into place: comparing a
-    // million indices' ranks took the window 30 ms.
+    // keep their order. Both are counted into place: comparing a million
+    // indices' ranks took the window 30 ms.
     void orderByFolder(std::vector<int>& indices) const;
     void orderByNewest(std::vector<int>& indices) const;
 };

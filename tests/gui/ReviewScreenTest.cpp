@@ -20,7 +20,9 @@
 #include <QComboBox>
 #include <QDialog>
 #include <QListView>
+#include <QPaintEvent>
 #include <QPushButton>
+#include <QRegion>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -95,6 +97,20 @@ std::vector<DuplicateGroup> manyGroups(const std::string& root) {
     }
     return groups;
 }
+
+// What a widget paints from the moment this is made.
+struct PaintedRegion : QObject {
+    QRegion region;
+
+    explicit PaintedRegion(QWidget* widget) { widget->installEventFilter(this); }
+
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() == QEvent::Paint) {
+            region += static_cast<QPaintEvent*>(event)->region();
+        }
+        return QObject::eventFilter(watched, event);
+    }
+};
 
 // A window whose scans give the generated groups, opened on the review.
 struct ReviewFixture {
@@ -185,6 +201,7 @@ private Q_SLOTS:
     void zoomStaysInStepBetweenDifferentSizes();
     void presetChangeKeepsAllowedMarksAndThePlace();
     void listHandsOutRowsInBatchesInEachOrder();
+    void markedRowIsDrawnAgainInPlace();
     void inspectorShowsOtherNamesAndCatalogWork();
 };
 
@@ -480,6 +497,26 @@ void ReviewScreenTest::presetChangeKeepsAllowedMarksAndThePlace() {
              QStringLiteral("Marked for removal"));
 }
 
+// Rows are not laid out again when one changes: the changed row must still
+// be painted again, in its place, and the rows around it stay put.
+void ReviewScreenTest::markedRowIsDrawnAgainInPlace() {
+    ReviewFixture f;
+    QListView* list = f.review->list();
+    QRect first = list->visualRect(list->model()->index(0, 0));
+    QRect second = list->visualRect(list->model()->index(1, 0));
+    QVERIFY(!first.isEmpty() && !second.isEmpty());
+    f.press(Qt::Key_Right);
+    QTest::qWait(50);
+    PaintedRegion painted(list->viewport());
+
+    f.press(Qt::Key_M);
+    QVERIFY(f.model->session()->isMarked(f.path("A/b.jpg")));
+    QTRY_VERIFY(painted.region.contains(first));
+    QVERIFY(list->model()->index(0, 0).data().toString().contains(QStringLiteral("1 marked")));
+    QCOMPARE(list->visualRect(list->model()->index(0, 0)), first);
+    QCOMPARE(list->visualRect(list->model()->index(1, 0)), second);
+}
+
 void ReviewScreenTest::listHandsOutRowsInBatchesInEachOrder() {
     std::vector<DuplicateGroup> groups;
     for (int i = 0; i < 450; ++i) {
@@ -499,6 +536,12 @@ void ReviewScreenTest::listHandsOutRowsInBatchesInEachOrder() {
     list.setSession(session);
     QCOMPARE(list.matchingCount(), 450);
     QCOMPARE(list.rowCount(), GroupListModel::kBatch);
+    // Indices only for rows handed out, in the one column, at the top level.
+    QCOMPARE(list.index(GroupListModel::kBatch - 1).row(), GroupListModel::kBatch - 1);
+    QVERIFY(!list.index(GroupListModel::kBatch).isValid());
+    QVERIFY(!list.index(-1).isValid());
+    QVERIFY(!list.index(0, 1).isValid());
+    QVERIFY(!list.index(0, 0, list.index(0)).isValid());
     QVERIFY(list.canFetchMore({}));
     list.fetchMore({});
     QCOMPARE(list.rowCount(), 400);

@@ -15,7 +15,7 @@ using testing::groupOf;
 
 // Ranks agree with sorting every group by its first copy's folder() text,
 // whatever the first copy is: a root file, a library item, a nested folder.
-TEST(GroupOrderKeys, RanksFollowTheFirstCopysFolderAndDatesTheNewestCopy) {
+TEST(GroupOrderKeys, RanksFollowTheFirstCopysFolderAndTheNewestCopy) {
     PhotoAsset item = copyAt("/library/originals/x.heic", 9);
     item.library = LibraryRef{.id = "x", .filename = "x.heic"};
     std::vector<DuplicateGroup> groups = {
@@ -27,6 +27,7 @@ TEST(GroupOrderKeys, RanksFollowTheFirstCopysFolderAndDatesTheNewestCopy) {
         groupOf({copyAt("/photos/sun-set/d.jpg", 11), copyAt("/photos/d.jpg", 12)}),
     };
     groups[4].members[1].snapshot.modifiedSeconds = 1'800'000'000;
+    groups[1].members[0].snapshot.modifiedSeconds = 1'750'000'000;
 
     GroupOrderKeys keys = GroupOrderKeys::of(groups);
 
@@ -42,9 +43,8 @@ TEST(GroupOrderKeys, RanksFollowTheFirstCopysFolderAndDatesTheNewestCopy) {
     EXPECT_EQ(byRank, bySlowSort);
     // "/", "/photos", "/photos/sun", "/photos/sun-set", "Photos Library".
     EXPECT_EQ(keys.folderRanks, (std::vector<int>{2, 1, 0, 4, 2, 3}));
-    EXPECT_EQ(keys.newestDates,
-              (std::vector<std::int64_t>{1'700'000'000, 1'700'000'000, 1'700'000'000, 1'700'000'000,
-                                         1'800'000'000, 1'700'000'000}));
+    // 4 is newest, then 1; the rest share a date and keep index order.
+    EXPECT_EQ(keys.newestRanks, (std::vector<int>{2, 1, 3, 4, 0, 5}));
     EXPECT_EQ(keys.folderCount, 5);
 
     // Ordering some of the groups: folder order with ties in index order,
@@ -54,6 +54,9 @@ TEST(GroupOrderKeys, RanksFollowTheFirstCopysFolderAndDatesTheNewestCopy) {
     EXPECT_EQ(some, (std::vector<int>{2, 0, 4, 5, 3}));
     keys.orderByNewest(some);
     EXPECT_EQ(some, (std::vector<int>{4, 0, 2, 3, 5}));
+    std::vector<int> all = {0, 1, 2, 3, 4, 5};
+    keys.orderByNewest(all);
+    EXPECT_EQ(all, (std::vector<int>{4, 1, 0, 2, 3, 5}));
     std::vector<int> none;
     keys.orderByFolder(none);
     keys.orderByNewest(none);
