@@ -401,12 +401,19 @@ void PhotoCleanupModel::regroup() {
     int generation = ++generation_;
     // The rules as they are now; the session itself stays on this thread.
     std::optional<ReviewRules> rules = outcome_->request.review;
+    ReviewSession::MarksAt marks;
     if (outcome_->session) {
         rules = ReviewRules::of(*outcome_->session);
+        marks = outcome_->session->marksAt();
     }
+    // The marks are carried on the worker as they stand now; marking on
+    // meanwhile leaves them to be carried again when the groups arrive.
     worker_.run(
-        [outcome = outcome_, preset = settings_.preset, rules](const CancellationFlag&) {
-            return ScanPipeline::regroup(*outcome, preset, rules);
+        [outcome = outcome_, preset = settings_.preset, rules,
+         marks = std::move(marks)](const CancellationFlag&) {
+            ScanOutcome regrouped = ScanPipeline::regroup(*outcome, preset, rules);
+            regrouped.carryMarks(*outcome, marks);
+            return regrouped;
         },
         [this, generation](ScanOutcome regrouped) {
             if (generation == generation_) {

@@ -12,9 +12,17 @@ std::vector<DuplicateGroup> ScanOutcome::found() const {
 }
 
 void ScanOutcome::carryMarks(const ScanOutcome& older) {
-    if (session && older.session) {
-        session->carryMarks(*older.session);
-        carried = Carried{.session = older.session, .revision = older.session->marksRevision()};
+    if (older.session) {
+        carryMarks(older, older.session->marksAt());
+    }
+}
+
+void ScanOutcome::carryMarks(const ScanOutcome& older, const ReviewSession::MarksAt& marks) {
+    // A session is never carried into itself: another mode's regroup hands
+    // the same session back.
+    if (session && older.session && session != older.session && marks.marks) {
+        session->carryMarks(*older.session, *marks.marks);
+        carried = Carried{.session = older.session, .revision = marks.revision};
     }
 }
 

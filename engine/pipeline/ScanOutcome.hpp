@@ -55,6 +55,9 @@ struct ScanOutcome {
     // After a rescan or a regroup: marks again what the older session had
     // marked, where this session allows it.
     void carryMarks(const ScanOutcome& older);
+    // The same from older's marks as they stood (ReviewSession::marksAt),
+    // on a worker while the window may go on marking in older.
+    void carryMarks(const ScanOutcome& older, const ReviewSession::MarksAt& marks);
 
     // Whether the marks were carried from older's session as it stands now:
     // carried on a worker while it could not change, they need not be

@@ -55,13 +55,27 @@ void ReviewSession::setSimilarity(std::optional<KeeperMeasures> similarity) {
 
 void ReviewSession::setProtectedRoots(std::set<std::string> roots) {
     protectedRoots_ = std::move(roots);
-    std::erase_if(marks_, [this](const std::string& path) {
+    bool anyProtected = std::ranges::any_of(*marks_, [this](const std::string& path) {
+        return folder_paths::innermost(protectedRoots_, path).has_value();
+    });
+    if (!anyProtected) {
+        return;
+    }
+    std::erase_if(writableMarks(), [this](const std::string& path) {
         if (!folder_paths::innermost(protectedRoots_, path)) {
             return false;
         }
         markedBytes_ -= sizeOf(path);
         return true;
     });
+    ++marksRevision_;
+}
+
+std::set<std::string>& ReviewSession::writableMarks() {
+    if (marks_.use_count() > 1) {
+        marks_ = std::make_shared<std::set<std::string>>(*marks_);
+    }
+    return *marks_;
 }
 
 void ReviewSession::setInboxFolders(std::vector<std::string> folders) {
@@ -105,12 +119,12 @@ bool ReviewSession::isLocked(const std::string& path) const {
 }
 
 bool ReviewSession::isMarked(const std::string& path) const {
-    return marks_.contains(path);
+    return marks_->contains(path);
 }
 
 bool ReviewSession::isLastUnmarked(const std::string& path, std::size_t group) const {
     return std::ranges::all_of(groups_[group].members, [&](const PhotoAsset& member) {
-        return member.path == path || marks_.contains(member.path);
+        return member.path == path || marks_->contains(member.path);
     });
 }
 
@@ -142,7 +156,8 @@ std::expected<void, MarkRefusal> ReviewSession::mark(const std::string& path) {
     if (auto refused = refusal(path)) {
         return std::unexpected(std::move(*refused));
     }
-    if (marks_.insert(path).second) {
+    if (!marks_->contains(path)) {
+        writableMarks().insert(path);
         markedBytes_ += sizeOf(path);
         ++marksRevision_;
     }
@@ -150,7 +165,8 @@ std::expected<void, MarkRefusal> ReviewSession::mark(const std::string& path) {
 }
 
 void ReviewSession::unmark(const std::string& path) {
-    if (marks_.erase(path) > 0) {
+    if (marks_->contains(path)) {
+        writableMarks().erase(path);
         markedBytes_ -= sizeOf(path);
         ++marksRevision_;
     }
@@ -231,9 +247,14 @@ void ReviewSession::clearMarks(const DuplicateGroup& group) {
 }
 
 void ReviewSession::carryMarks(const ReviewSession& older) {
+    carryMarks(older, older.marks());
+}
+
+void ReviewSession::carryMarks(const ReviewSession& older,
+                               const std::set<std::string>& olderMarks) {
     // Straight from the marks, in path order: copying every marked copy out
     // of the groups first took seconds over a million pictures.
-    for (const auto& path : older.marks()) {
+    for (const auto& path : olderMarks) {
         const PhotoAsset* was = older.asset(path);
         const PhotoAsset* now = asset(path);
         // A different file now at the marked path was never marked.
@@ -248,7 +269,7 @@ std::vector<PhotoAsset> ReviewSession::markedAssets() const {
     std::unordered_set<std::string> listed;
     for (const auto& group : groups_) {
         for (const auto& member : group.members) {
-            if (marks_.contains(member.path) && listed.insert(member.path).second) {
+            if (marks_->contains(member.path) && listed.insert(member.path).second) {
                 marked.push_back(member);
             }
         }

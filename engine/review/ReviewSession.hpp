@@ -45,11 +45,21 @@ public:
 
     [[nodiscard]] const GroupOrderKeys& orderKeys() const { return orderKeys_; }
 
-    [[nodiscard]] const std::set<std::string>& marks() const { return marks_; }
+    [[nodiscard]] const std::set<std::string>& marks() const { return *marks_; }
 
     // Counts every change to the marks, so that a reader going through them
     // a slice at a time can tell that they changed under it.
     [[nodiscard]] std::uint64_t marksRevision() const { return marksRevision_; }
+
+    // The marks as they stand, shared rather than copied: a worker may go on
+    // reading them while this session marks on, which then changes a copy of
+    // its own (copying a million marks up front held the window).
+    struct MarksAt {
+        std::shared_ptr<const std::set<std::string>> marks;
+        std::uint64_t revision = 0;
+    };
+
+    [[nodiscard]] MarksAt marksAt() const { return {marks_, marksRevision_}; }
 
     [[nodiscard]] const std::shared_ptr<LockStore>& locks() const { return locks_; }
 
@@ -117,6 +127,9 @@ public:
     // dropped without a word, and so is a path that now holds another file
     // (its snapshot changed), since that file was never marked.
     void carryMarks(const ReviewSession& older);
+    // The same with older's marks as they stood at some revision: for a
+    // worker, while older's own may be changing.
+    void carryMarks(const ReviewSession& older, const std::set<std::string>& olderMarks);
 
     // In group order, then member order; each copy once.
     [[nodiscard]] std::vector<PhotoAsset> markedAssets() const;
@@ -127,6 +140,8 @@ private:
     int markSuggested(const DuplicateGroup& group, const std::vector<KeeperPolicy::Rule>& rules);
     [[nodiscard]] std::int64_t sizeOf(const std::string& path) const;
     [[nodiscard]] bool isLastUnmarked(const std::string& path, std::size_t group) const;
+    // The marks to change, copied first while a reader shares them.
+    std::set<std::string>& writableMarks();
 
     std::vector<DuplicateGroup> groups_;
     // Indices of the groups holding each path, in group order.
@@ -135,7 +150,7 @@ private:
     // the groups, so a copied session keeps a valid one.
     std::vector<std::pair<std::size_t, std::size_t>> groupsById_;
     GroupOrderKeys orderKeys_;
-    std::set<std::string> marks_;
+    std::shared_ptr<std::set<std::string>> marks_ = std::make_shared<std::set<std::string>>();
     std::uint64_t marksRevision_ = 0;
     // Kept with every mark and unmark: the window shows it after each one,
     // and adding up half a million marks each time was felt.

@@ -502,19 +502,22 @@ void ReviewScreenTest::presetChangeKeepsAllowedMarksAndThePlace() {
 void ReviewScreenTest::markedRowIsDrawnAgainInPlace() {
     ReviewFixture f;
     QListView* list = f.review->list();
+    f.press(Qt::Key_Right);
+    QTest::qWait(100);
     QRect first = list->visualRect(list->model()->index(0, 0));
     QRect second = list->visualRect(list->model()->index(1, 0));
     QVERIFY(!first.isEmpty() && !second.isEmpty());
-    f.press(Qt::Key_Right);
-    QTest::qWait(50);
     PaintedRegion painted(list->viewport());
 
     f.press(Qt::Key_M);
     QVERIFY(f.model->session()->isMarked(f.path("A/b.jpg")));
-    QTRY_VERIFY(painted.region.contains(first));
-    QVERIFY(list->model()->index(0, 0).data().toString().contains(QStringLiteral("1 marked")));
-    QCOMPARE(list->visualRect(list->model()->index(0, 0)), first);
-    QCOMPARE(list->visualRect(list->model()->index(1, 0)), second);
+    QModelIndex changed = list->model()->index(0, 0);
+    QVERIFY(changed.data().toString().contains(QStringLiteral("1 marked")));
+    QTRY_VERIFY(painted.region.contains(list->visualRect(changed)));
+    // The window may still settle its width; the rows keep their places.
+    QCOMPARE(list->visualRect(changed).top(), first.top());
+    QCOMPARE(list->visualRect(list->model()->index(1, 0)).top(), second.top());
+    QCOMPARE(list->visualRect(list->model()->index(1, 0)).height(), second.height());
 }
 
 void ReviewScreenTest::listHandsOutRowsInBatchesInEachOrder() {

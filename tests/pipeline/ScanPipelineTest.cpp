@@ -229,6 +229,19 @@ TEST_F(ScanPipelineTest, ARegroupAndARescanCarryTheMarksStillAllowedOver) {
         [&](const std::string& path) { return regrouped.session->group(path) != nullptr; });
     EXPECT_LT(inConservative.size(), marks.size());
     EXPECT_EQ(regrouped.session->marks(), inConservative);
+    // On a worker, from the marks as they stood when the regroup began: the
+    // same marks, counted as carried until the older ones change.
+    ReviewSession::MarksAt at = session.marksAt();
+    ScanOutcome onWorker = ScanPipeline::regroup(*scanned, SimilarityPreset::conservative);
+    onWorker.carryMarks(*scanned, at);
+    EXPECT_EQ(onWorker.session->marks(), inConservative);
+    EXPECT_TRUE(onWorker.carriesMarksOf(*scanned));
+    // Another mode's regroup hands back the same session: never carried
+    // into itself.
+    ScanOutcome same = ScanPipeline::regroup(*scanned, SimilarityPreset::conservative);
+    same.session = scanned->session;
+    same.carryMarks(*scanned, at);
+    EXPECT_FALSE(same.carriesMarksOf(*scanned));
 
     auto rescanned = ScanPipeline().rescan(*scanned, CancellationFlag(), {});
     ASSERT_TRUE(rescanned.has_value());

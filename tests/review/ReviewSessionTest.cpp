@@ -171,6 +171,33 @@ TEST(ReviewSession, CarriedMarksThatNowHitALockOrAProtectedFolderAreDropped) {
                                                     "/photos/sea/d.jpg"}));
 }
 
+// What a worker reads stays as it was while the window marks on; every
+// change to the marks, a newly protected folder's included, is counted.
+TEST(ReviewSession, MarksTakenAsTheyStandStayAsTheyWere) {
+    auto session = sessionOf(twoGroups());
+    ASSERT_TRUE(session.mark("/photos/sun/a.jpg"));
+    ReviewSession::MarksAt at = session.marksAt();
+    EXPECT_EQ(at.revision, session.marksRevision());
+
+    ASSERT_TRUE(session.mark("/photos/sea/d.jpg"));
+    session.unmark("/photos/sun/a.jpg");
+    EXPECT_EQ(*at.marks, std::set<std::string>{"/photos/sun/a.jpg"});
+    EXPECT_EQ(session.marks(), std::set<std::string>{"/photos/sea/d.jpg"});
+    EXPECT_GT(session.marksRevision(), at.revision);
+
+    auto newer = sessionOf(twoGroups());
+    newer.carryMarks(session, *at.marks);
+    EXPECT_EQ(newer.marks(), std::set<std::string>{"/photos/sun/a.jpg"});
+
+    std::uint64_t before = session.marksRevision();
+    session.setProtectedRoots({"/photos/sun"});
+    EXPECT_EQ(session.marksRevision(), before);
+    session.setProtectedRoots({"/photos/sea"});
+    EXPECT_TRUE(session.marks().empty());
+    EXPECT_EQ(session.markedBytes(), 0);
+    EXPECT_GT(session.marksRevision(), before);
+}
+
 TEST(ReviewSession, MarkingTheSuggestedCopies) {
     auto session = sessionOf(twoGroups());
     ASSERT_TRUE(session.lock("/photos/sun/b.jpg"));
