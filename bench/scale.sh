@@ -2,8 +2,8 @@
 # The figures for a million pictures on one machine, in one run: the
 # similarity index at 100,000, 300,000 and 1,000,000 synthetic pictures,
 # what the shared-byte rule misses, the exact scan against jdupes, the whole
-# similar report against the bare libvips decode, and a scan of a million
-# small files.
+# similar report against the bare libvips decode, a scan of a million
+# small files, and the review window over a million pictures' groups.
 #
 #   bench/scale.sh [--dir DIR] [--runs R]
 #
@@ -27,7 +27,7 @@ exec > >(tee "$dir/scale.log") 2>&1
 
 cmake --preset release >/dev/null
 cmake --build --preset release --target brevant bench_index bench_misses bench_exact_corpus \
-    bench_similar_corpus >/dev/null
+    bench_similar_corpus bench_review_open >/dev/null
 bin="$PWD/build/release"
 load() { cut -d' ' -f1-3 /proc/loadavg; }
 
@@ -59,5 +59,9 @@ find "$dir/million" -type f -print0 | xargs -0 cat >/dev/null
 "$bin/bench/bench_exact_corpus" stages "$dir/million"
 /usr/bin/time -f "brevant scan: %e s wall, %U s user, %S s system, peak memory %M KB" \
     "$bin/brevant" scan "$dir/million" >/dev/null
+echo
+echo "== the review window over 333,334 groups of a million pictures (load $(load))"
+QT_QPA_PLATFORM=offscreen "$bin/bench/bench_review_open" --groups 333334 --steps 300 2>&1 |
+    grep -v propagateSizeHints
 echo
 echo "== done, load $(load)"
