@@ -27,7 +27,7 @@ const char* const kFields[] = {
 };
 
 QString volumeText(const PhotoAsset& asset) {
-    QString name = qtText(asset.volumeName.value_or(std::string()));
+    QString name = qtText(asset.volumeName.get().value_or(std::string()));
     QStringList notes;
     if (asset.isExternalVolume) {
         notes << QObject::tr("external");

@@ -77,10 +77,10 @@ void to_json(nlohmann::ordered_json& j, const PhotoAsset& value) {
     }
     j["isCloudSynced"] = value.isCloudSynced;
     j["isReadOnlyVolume"] = value.isReadOnlyVolume;
-    json::putOptionalText(j, "volumeName", value.volumeName);
+    json::putOptionalText(j, "volumeName", value.volumeName.get());
     j["isExternalVolume"] = value.isExternalVolume;
-    json::putOptional(j, "library", value.library);
-    putReference(j, value.catalog);
+    json::putOptional(j, "library", value.library.get());
+    putReference(j, value.catalog.get());
 }
 
 void from_json(const nlohmann::ordered_json& j, PhotoAsset& value) {

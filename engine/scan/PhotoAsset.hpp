@@ -27,11 +27,11 @@ struct PhotoAsset {
     std::vector<Relationship> relationships;
     bool isCloudSynced = false;
     bool isReadOnlyVolume = false;
-    std::optional<std::string> volumeName;
+    Boxed<std::string> volumeName;
     bool isExternalVolume = false;
-    std::optional<LibraryRef> library;
+    Boxed<LibraryRef> library;
     // The catalog that lists the photo, when it came from one.
-    std::optional<CatalogReference> catalog;
+    Boxed<CatalogReference> catalog;
 
     [[nodiscard]] const std::string& id() const { return path; }
 

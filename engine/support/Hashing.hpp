@@ -1,5 +1,7 @@
 #pragma once
 
+#include "engine/support/Boxed.hpp"
+
 #include <cstddef>
 #include <functional>
 #include <optional>
@@ -19,9 +21,15 @@ inline void combine(std::size_t& seed, std::size_t value) {
 template <class T> [[nodiscard]] std::size_t of(const T& value);
 template <class T> [[nodiscard]] std::size_t of(const std::optional<T>& value);
 template <class T> [[nodiscard]] std::size_t of(const std::vector<T>& values);
+template <class T> [[nodiscard]] std::size_t of(const Boxed<T>& value);
 
 template <class T> std::size_t of(const std::optional<T>& value) {
     // Absent and a present zero hash apart.
+    return value ? of(*value) * 31 + 1 : 0;
+}
+
+template <class T> std::size_t of(const Boxed<T>& value) {
+    // As the same optional would.
     return value ? of(*value) * 31 + 1 : 0;
 }
 

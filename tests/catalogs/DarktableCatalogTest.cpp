@@ -121,7 +121,7 @@ TEST(DarktableCatalog, ScanCountsAFileWithADuplicateOnce) {
     ASSERT_EQ(result.groups.size(), 1U);
     ASSERT_EQ(result.groups[0].members.size(), 3U);
     for (const auto& member : result.groups[0].members) {
-        ASSERT_TRUE(member.catalog.has_value()) << member.path;
+        ASSERT_TRUE(member.catalog.hasValue()) << member.path;
         const auto* ref = member.catalog->as<DarktableRef>();
         ASSERT_NE(ref, nullptr);
         EXPECT_EQ(ref->versions(), member.path == family.b ? 2 : 1) << member.path;

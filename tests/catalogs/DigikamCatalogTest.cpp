@@ -202,7 +202,7 @@ TEST(DigikamScanner, SkipsTheDriveThatIsNotConnectedAndComparesTheOtherRoots) {
     std::vector<std::string> members;
     for (const auto& member : result.groups[0].members) {
         members.push_back(member.path);
-        ASSERT_TRUE(member.catalog.has_value());
+        ASSERT_TRUE(member.catalog.hasValue());
         EXPECT_EQ(member.catalog->application(), CatalogApplication::digikam);
     }
     std::ranges::sort(members);

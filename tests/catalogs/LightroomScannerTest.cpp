@@ -60,7 +60,7 @@ TEST(LightroomScanner, GroupsTheCatalogsCopiesAndCarriesWhatLightroomKnows) {
     EXPECT_THAT(result.roots, ElementsAre(tree.path("Photos")));
     ASSERT_EQ(result.pictures.size(), 3u);
     for (const auto& picture : result.pictures) {
-        EXPECT_TRUE(picture.catalog.has_value()) << picture.path;
+        EXPECT_TRUE(picture.catalog.hasValue()) << picture.path;
     }
     EXPECT_THAT(result.skipped, IsEmpty());
     EXPECT_EQ(result.lightroomRejected, 0);

@@ -86,7 +86,7 @@ TEST(RealCatalogs, LightroomClassicFifteenFindsItsPhotosBesideIt) {
     EXPECT_EQ(result.examined, 3);
     ASSERT_EQ(result.pictures.size(), 3u);
     for (const auto& picture : result.pictures) {
-        ASSERT_TRUE(picture.catalog.has_value()) << picture.path;
+        ASSERT_TRUE(picture.catalog.hasValue()) << picture.path;
     }
     EXPECT_THAT(result.skipped, IsEmpty());
     EXPECT_EQ(testing::fileDigest(*path), digest);

@@ -368,7 +368,7 @@ void ScreensTest::homeChoosesAndScansALightroomCatalog() {
     QCOMPARE(model.groups().size(), std::size_t{1});
     QCOMPARE(memberNames(model.groups().front(), library_->root()),
              (std::vector<std::string>{"Backup/IMG_1001.JPG", "Holidays/IMG_1001.JPG"}));
-    QVERIFY(model.groups().front().members.front().catalog.has_value());
+    QVERIFY(model.groups().front().members.front().catalog.hasValue());
     QCOMPARE(model.result().examined, 4);
 
     // A catalog that cannot be read is said so, and nothing is scanned.
