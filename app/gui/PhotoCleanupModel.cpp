@@ -34,6 +34,9 @@ PhotoCleanupModel::PhotoCleanupModel(QSettings& store, std::string dataFolder,
     // A scan and a regroup may overlap; the engine runs its own workers.
     , reviewSaver_(std::make_shared<ReviewSaver>(reviewsPath()))
     , worker_(*this, 2) {
+    // Results are let go of on a worker (letGo); this keeps the freed blocks
+    // from being gathered later on the interface thread.
+    platform::BufferReuse::keepFreedBuffers();
     saveSoon_.setSingleShot(true);
     saveSoon_.setInterval(1000);
     connect(&saveSoon_, &QTimer::timeout, this, &PhotoCleanupModel::saveReview);
@@ -452,7 +455,6 @@ void PhotoCleanupModel::letGo(std::shared_ptr<const ScanOutcome> older) {
     worker_.run(
         [held](const CancellationFlag&) {
             held->reset();
-            platform::BufferReuse::settleFreed();
             return true;
         },
         [](bool) {});

@@ -13,12 +13,7 @@ void BufferReuse::keepFreedBuffers() {
     constexpr int kKept = 128 << 20;
     mallopt(M_MMAP_THRESHOLD, kMapped);
     mallopt(M_TRIM_THRESHOLD, kKept);
-#endif
-}
-
-void BufferReuse::settleFreed() {
-#ifdef __GLIBC__
-    malloc_trim(0);
+    mallopt(M_MXFAST, 0);
 #endif
 }
 

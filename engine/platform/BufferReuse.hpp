@@ -10,15 +10,15 @@ namespace brevant::platform {
 struct BufferReuse {
     // Keeps freed blocks below 32 MB in the process for the next picture.
     // Larger blocks (the similarity index's lists of pairs) still go straight
-    // back to the system when freed. Idempotent.
+    // back to the system when freed.
+    //
+    // Also merges a freed small block with its free neighbours at once
+    // instead of keeping it aside in a fast list: when a worker frees a
+    // replaced result of a million pictures, the C library would otherwise
+    // gather those millions of blocks later, holding its heap's lock, in the
+    // first large allocation of whichever thread comes next, the interface's
+    // included. Idempotent.
     static void keepFreedBuffers();
-
-    // After a large structure was freed (a replaced result of a million
-    // pictures): gathers its millions of small freed blocks now, on the
-    // calling thread, which the C library would otherwise do in the next
-    // large allocation of whichever thread comes next, the interface's
-    // included, and gives what it can back to the system.
-    static void settleFreed();
 };
 
 } // namespace brevant::platform
