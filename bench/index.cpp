@@ -4,6 +4,7 @@
 //   bench_index [--pictures N] [--kind uniform|clustered] [--seed S] [--orientations 8|4]
 #include "bench/SyntheticLibrary.hpp"
 
+#include "engine/platform/BufferReuse.hpp"
 #include "engine/similarity/SimilarityMatcher.hpp"
 
 #include <chrono>
@@ -50,6 +51,8 @@ int main(int argc, char** argv) {
             orientations = std::atoi(argv[i + 1]);
         }
     }
+    // As in the program, where decoding the pictures has set them by now.
+    brevant::platform::BufferReuse::keepFreedBuffers();
     auto library = bench::syntheticLibrary(count, kind, seed, orientations);
     long before = maxResidentMegabytes();
 
