@@ -22,6 +22,7 @@ TEST(BufferReuse, FreedSmallBlocksAreNotKeptAsideToBeGatheredLater) {
     BufferReuse::keepFreedBuffers();
     // Far more than the per-thread cache holds, as freeing a result does.
     std::vector<std::unique_ptr<char[]>> blocks;
+    blocks.reserve(10'000);
     for (int i = 0; i < 10'000; ++i) {
         blocks.push_back(std::make_unique<char[]>(40));
     }
