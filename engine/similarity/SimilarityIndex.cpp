@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <bit>
 #include <fmt/format.h>
+#include <functional>
 #include <numeric>
 #include <span>
 #include <utility>
@@ -39,28 +40,42 @@ bool pairOrder(const SimilarPair& x, const SimilarPair& y) {
     return x.a != y.a ? x.a < y.a : x.b < y.b;
 }
 
-// Accepted pairs by key, for the complete-link checks.
+// The accepted pairs, found among the index's own pairs (sorted by key)
+// rather than listed again: a million pictures accept tens of millions.
 class AcceptedPairs {
 public:
-    explicit AcceptedPairs(std::vector<const SimilarPair*> accepted)
-        : byKey_(std::move(accepted)) {
-        std::ranges::sort(
-            byKey_, [](const SimilarPair* x, const SimilarPair* y) { return pairOrder(*x, *y); });
-    }
+    using Usable = std::function<bool(const SimilarPair&)>;
+
+    AcceptedPairs(std::span<const SimilarPair> pairs, Usable usable)
+        : pairs_(pairs)
+        , usable_(std::move(usable)) {}
 
     [[nodiscard]] const SimilarPair* find(int x, int y) const {
         SimilarPair probe{.a = std::min(x, y), .b = std::max(x, y)};
-        auto it = std::ranges::lower_bound(
-            byKey_, &probe,
-            [](const SimilarPair* p, const SimilarPair* q) { return pairOrder(*p, *q); });
-        if (it == byKey_.end() || (*it)->a != probe.a || (*it)->b != probe.b) {
+        auto it = std::ranges::lower_bound(pairs_, probe, pairOrder);
+        if (it == pairs_.end() || it->a != probe.a || it->b != probe.b || !usable_(*it)) {
             return nullptr;
         }
-        return *it;
+        return &*it;
     }
 
-    // In picture order: by the smaller picture, then the larger.
-    [[nodiscard]] const std::vector<const SimilarPair*>& all() const { return byKey_; }
+    // Closest first, each distance in picture order. Distances are whole
+    // bits, so a pass per distance orders them without a second list.
+    template <typename Visit> void closestFirst(Visit visit) const {
+        int farthest = -1;
+        for (const auto& pair : pairs_) {
+            if (pair.distance > farthest && usable_(pair)) {
+                farthest = pair.distance;
+            }
+        }
+        for (int distance = 0; distance <= farthest; ++distance) {
+            for (const auto& pair : pairs_) {
+                if (pair.distance == distance && usable_(pair)) {
+                    visit(pair);
+                }
+            }
+        }
+    }
 
     [[nodiscard]] bool linksAll(int picture, const std::vector<int>& cluster) const {
         return std::ranges::all_of(cluster,
@@ -80,7 +95,8 @@ public:
     }
 
 private:
-    std::vector<const SimilarPair*> byKey_;
+    std::span<const SimilarPair> pairs_;
+    Usable usable_;
 };
 
 } // namespace
@@ -94,7 +110,10 @@ SimilarityIndex::SimilarityIndex(std::vector<PhotoAsset> pictures,
     , pairs(std::move(pairs))
     , candidatesProposed(candidatesProposed)
     , unmeasured(std::move(unmeasured)) {
-    std::ranges::sort(this->pairs, pairOrder);
+    // The matcher's pairs come sorted; a million of them are not sorted again.
+    if (!std::ranges::is_sorted(this->pairs, pairOrder)) {
+        std::ranges::sort(this->pairs, pairOrder);
+    }
     byPath_.resize(this->pictures.size());
     std::iota(byPath_.begin(), byPath_.end(), 0);
     std::ranges::sort(byPath_, [this](int x, int y) {
@@ -201,21 +220,9 @@ std::vector<DuplicateGroup> SimilarityIndex::groups(double maxDistance) const {
 }
 
 std::vector<DuplicateGroup> SimilarityIndex::completeLinkGroups(const Accept& accept) const {
-    // Counted first: a million pictures accept millions of pairs, and the
-    // list is the largest thing forming groups holds.
-    auto usable = [&](const SimilarPair& pair) {
+    AcceptedPairs lookup(pairs, [&](const SimilarPair& pair) {
         return accept(pair) && !isDeclaredDifferent(pair.a, pair.b);
-    };
-    std::vector<const SimilarPair*> accepted;
-    accepted.reserve(static_cast<std::size_t>(std::ranges::count_if(pairs, usable)));
-    int farthest = 0;
-    for (const auto& pair : pairs) {
-        if (usable(pair)) {
-            accepted.push_back(&pair);
-            farthest = std::max(farthest, static_cast<int>(pair.distance));
-        }
-    }
-    AcceptedPairs lookup(std::move(accepted));
+    });
 
     constexpr int kNone = -1;
     std::vector<int> clusterOf(pictures.size(), kNone);
@@ -224,20 +231,20 @@ std::vector<DuplicateGroup> SimilarityIndex::completeLinkGroups(const Accept& ac
         clusters[cluster].push_back(picture);
         clusterOf[picture] = cluster;
     };
-    auto link = [&](const SimilarPair* pair) {
-        int ca = clusterOf[pair->a];
-        int cb = clusterOf[pair->b];
+    lookup.closestFirst([&](const SimilarPair& pair) {
+        int ca = clusterOf[pair.a];
+        int cb = clusterOf[pair.b];
         if (ca == kNone && cb == kNone) {
             clusters.push_back({});
-            join(pair->a, static_cast<int>(clusters.size()) - 1);
-            join(pair->b, static_cast<int>(clusters.size()) - 1);
+            join(pair.a, static_cast<int>(clusters.size()) - 1);
+            join(pair.b, static_cast<int>(clusters.size()) - 1);
         } else if (cb == kNone) {
-            if (lookup.linksAll(pair->b, clusters[ca])) {
-                join(pair->b, ca);
+            if (lookup.linksAll(pair.b, clusters[ca])) {
+                join(pair.b, ca);
             }
         } else if (ca == kNone) {
-            if (lookup.linksAll(pair->a, clusters[cb])) {
-                join(pair->a, cb);
+            if (lookup.linksAll(pair.a, clusters[cb])) {
+                join(pair.a, cb);
             }
         } else if (ca != cb) {
             bool complete = std::ranges::all_of(
@@ -248,16 +255,7 @@ std::vector<DuplicateGroup> SimilarityIndex::completeLinkGroups(const Accept& ac
                 }
             }
         }
-    };
-    // Closest pairs first, each distance in picture order. Distances are
-    // whole bits, so a pass per distance orders them without a second list.
-    for (int distance = 0; distance <= farthest; ++distance) {
-        for (const SimilarPair* pair : lookup.all()) {
-            if (pair->distance == distance) {
-                link(pair);
-            }
-        }
-    }
+    });
 
     std::vector<DuplicateGroup> result;
     for (auto& cluster : clusters) {
