@@ -22,7 +22,8 @@ namespace brevant {
 class SimilarityIndex {
 public:
     std::vector<PhotoAsset> pictures;
-    // Parallel to pictures; absent where measuring failed.
+    // Parallel to pictures; absent where measuring failed. The matcher's
+    // index holds no detail hashes: they are spent on the pairs.
     std::vector<std::optional<ImageFeatures>> features;
     // Sorted by (a, b), each unordered pair once, a < b. Only the pairs
     // something can use are kept: those within the broadest preset's

@@ -92,6 +92,13 @@ SimilarityMatcher::index(std::vector<PhotoAsset> pictures,
     if (!candidates) {
         return std::nullopt;
     }
+    // Only the pairs read the detail hashes, a third of the pictures' memory;
+    // grouping, hints and keeper choice go on without them.
+    for (auto& measured : features) {
+        if (measured) {
+            std::vector<DetailHash>().swap(measured->detailHashes);
+        }
+    }
     return SimilarityIndex(std::move(pictures), std::move(features), std::move(candidates->pairs),
                            candidates->proposed, std::move(unmeasured));
 }
