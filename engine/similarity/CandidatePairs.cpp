@@ -437,17 +437,15 @@ private:
     std::vector<std::vector<SimilarPair>> chunks_;
 };
 
-} // namespace
-
-std::optional<SimilarityMatcher::Candidates>
-SimilarityMatcher::candidatePairs(const std::vector<PhotoAsset>& pictures,
-                                  const std::vector<std::optional<ImageFeatures>>& features,
-                                  const CancellationFlag& cancel) {
+// Every kept pair in chunks, and the count of proposals; nullopt when
+// cancelled.
+std::optional<PairChunks> keptPairs(const std::vector<PhotoAsset>& pictures,
+                                    const std::vector<std::optional<ImageFeatures>>& features,
+                                    const CancellationFlag& cancel, std::int64_t& proposed) {
     auto captures = capturesByFolder(pictures, features);
     ProposalTable table(features, captures);
     HammingScan::Kernel kernel = HammingScan::best();
 
-    Candidates candidates;
     PairChunks kept;
     // Adds what a parallel pass found; false when it was cancelled.
     auto gather = [&](std::vector<std::optional<Found>>& found) {
@@ -458,7 +456,7 @@ SimilarityMatcher::candidatePairs(const std::vector<PhotoAsset>& pictures,
             if (!part) {
                 return false;
             }
-            candidates.proposed += part->proposed;
+            proposed += part->proposed;
             kept.add(std::move(part->pairs));
         }
         return true;
@@ -505,8 +503,21 @@ SimilarityMatcher::candidatePairs(const std::vector<PhotoAsset>& pictures,
             return std::nullopt;
         }
     }
+    return kept;
+}
 
-    candidates.pairs = kept.take();
+} // namespace
+
+std::optional<SimilarityMatcher::Candidates>
+SimilarityMatcher::candidatePairs(const std::vector<PhotoAsset>& pictures,
+                                  const std::vector<std::optional<ImageFeatures>>& features,
+                                  const CancellationFlag& cancel) {
+    Candidates candidates;
+    auto kept = keptPairs(pictures, features, cancel, candidates.proposed);
+    if (!kept) {
+        return std::nullopt;
+    }
+    candidates.pairs = kept->take();
     std::ranges::sort(candidates.pairs, [](const SimilarPair& x, const SimilarPair& y) {
         return x.a != y.a ? x.a < y.a : x.b < y.b;
     });
